@@ -1,0 +1,43 @@
+# The two set-up commands of the README: `make demo` and `make test`.
+# Both install what is missing, configure and build.
+
+TEST_DIR  ?= build/test
+DEMO_DIR  ?= build/release
+BENCH_DIR ?= build/bench
+JOBS      ?= $(shell nproc)
+CMAKE_GEN := -G Ninja
+
+.PHONY: all deps demo test bench screenshot clean
+
+all: demo
+
+deps:
+	@scripts/install-deps
+
+$(DEMO_DIR)/build.ninja: | deps
+	cmake -S . -B $(DEMO_DIR) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Release -DKX_BUILD_TESTS=OFF
+
+demo: deps $(DEMO_DIR)/build.ninja
+	cmake --build $(DEMO_DIR) -j $(JOBS) --target kxjournal_app
+	@scripts/run-gui $(DEMO_DIR)/app/kxjournal demo $(ARGS)
+
+screenshot: deps $(DEMO_DIR)/build.ninja
+	cmake --build $(DEMO_DIR) -j $(JOBS) --target kxjournal_app
+	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --screenshot docs/screenshot.png
+
+$(TEST_DIR)/build.ninja: | deps
+	cmake -S . -B $(TEST_DIR) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DKX_SANITIZE=ON -DKX_BUILD_APP=ON
+
+test: deps $(TEST_DIR)/build.ninja
+	cmake --build $(TEST_DIR) -j $(JOBS)
+	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
+
+$(BENCH_DIR)/build.ninja: | deps
+	cmake -S . -B $(BENCH_DIR) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Release -DKX_BUILD_TESTS=OFF -DKX_BUILD_APP=OFF -DKX_BUILD_BENCH=ON
+
+bench: deps $(BENCH_DIR)/build.ninja
+	cmake --build $(BENCH_DIR) -j $(JOBS)
+	$(BENCH_DIR)/bench/kxjournal_bench $(ARGS)
+
+clean:
+	rm -rf build

@@ -1,0 +1,56 @@
+#include <kxjournal/GridModel.h>
+
+#include <QCoreApplication>
+#include <benchmark/benchmark.h>
+
+namespace {
+
+constexpr int Cols = 29;
+
+// Texts shaped like a loaded journal: dates, numbers, amounts, Chinese words.
+kx::CellArray journalArray(int rows)
+{
+    kx::CellArray a(rows, Cols);
+    for (int r = 0; r < rows; ++r) {
+        a.at(r, 0) = QStringLiteral("2026年%1月%2日").arg(r % 12 + 1, 2, 10, QLatin1Char('0')).arg(r % 28 + 1, 2, 10, QLatin1Char('0'));
+        a.at(r, 1) = QStringLiteral("2026-%1-%2").arg(r % 12 + 1, 2, 10, QLatin1Char('0')).arg(r % 28 + 1, 2, 10, QLatin1Char('0'));
+        a.at(r, 2) = QString::number(r + 1);
+        a.at(r, 3) = QStringLiteral("银行存款");
+        a.at(r, 5) = QStringLiteral("收到货款");
+        a.at(r, 6) = QString::number((r * 37) % 100000) + QStringLiteral(".25");
+        a.at(r, 11) = QString::number(r * 13) + QStringLiteral(".5");
+        for (int c = 19; c < Cols; ++c)
+            a.at(r, c) = QString::number(r + c);
+    }
+    return a;
+}
+
+void BM_GridFillFromArray(benchmark::State &state)
+{
+    const int rows = int(state.range(0));
+    const kx::CellArray source = journalArray(rows);
+    for (auto _ : state) {
+        state.PauseTiming();
+        kx::CellArray copy = source;
+        kx::GridModel grid;
+        state.ResumeTiming();
+        grid.loadArray(std::move(copy));
+        benchmark::DoNotOptimize(grid.rows());
+        state.PauseTiming();
+        // The grid's teardown is not part of the fill.
+    }
+    state.ResumeTiming();
+    state.SetItemsProcessed(state.iterations() * rows);
+}
+BENCHMARK(BM_GridFillFromArray)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

@@ -1,0 +1,111 @@
+#pragma once
+
+#include <QColor>
+#include <QPointer>
+#include <QTableView>
+
+namespace kx {
+
+class GridModel;
+class GridDelegate;
+
+/// The on-screen grid: shows a GridModel with its fixed row as the column
+/// header and its fixed column as a frozen row-selector column, draws the
+/// model's colours, fonts, alignment, hidden rows and columns and row heights,
+/// and runs the model's edit cycle when a person edits a cell.
+///
+/// The cursor and the selected block are kept the same in the view and in the
+/// model, whichever side moves them. A column dragged by its header moves the
+/// model's column (its key goes with it).
+class GridView : public QTableView
+{
+    Q_OBJECT
+public:
+    /// A view without a model.
+    explicit GridView(QWidget *parent = nullptr);
+    ~GridView() override;
+
+    /// Opens the editor of a cell, through the edit cycle (QAbstractItemView::edit).
+    using QTableView::edit;
+
+    /// Shows \a model (not owned).
+    void setGridModel(GridModel *model);
+    /// The model shown.
+    GridModel *gridModel() const { return m_model; }
+
+    /// Grid row under the mouse at the last mouse event (-1 when none).
+    int mouseRow() const { return m_mouseRow; }
+    /// Grid column under the mouse at the last mouse event (-1 when none).
+    int mouseCol() const { return m_mouseCol; }
+    /// The cell editor open now (nullptr when none).
+    QWidget *activeEditor() const { return m_activeEditor; }
+
+    /// Background of the cells.
+    QColor backColor() const { return m_backColor; }
+    /// Sets the background of the cells.
+    void setBackColor(const QColor &c);
+    /// Background of the fixed row and column.
+    QColor backColorFixed() const { return m_backColorFixed; }
+    /// Sets the background of the fixed row and column.
+    void setBackColorFixed(const QColor &c);
+    /// Background of the area outside the cells.
+    QColor backColorBkg() const { return m_backColorBkg; }
+    /// Sets the background of the area outside the cells.
+    void setBackColorBkg(const QColor &c);
+    /// Colour of the grid lines between cells.
+    QColor gridColor() const { return m_gridColor; }
+    /// Sets the colour of the grid lines between cells.
+    void setGridColor(const QColor &c);
+    /// Colour of the grid lines of the fixed row and column.
+    QColor gridColorFixed() const { return m_gridColorFixed; }
+    /// Sets the colour of the grid lines of the fixed row and column.
+    void setGridColorFixed(const QColor &c);
+
+    /// Re-reads every row's height and hidden flag from the model.
+    void syncRows();
+    /// Re-reads every column's width and hidden flag from the model.
+    void syncCols();
+
+signals:
+    /// A mouse button went down over the grid (buttons 1 left, 2 right,
+    /// 4 middle; shift 1 Shift, 2 Ctrl, 4 Alt; x, y in pixels of the viewport).
+    void mouseDown(int button, int shift, float x, float y);
+    /// The mouse moved over the grid.
+    void mouseMove(int button, int shift, float x, float y);
+    /// A mouse button was released over the grid.
+    void mouseUp(int button, int shift, float x, float y);
+
+protected:
+    bool edit(const QModelIndex &index, EditTrigger trigger, QEvent *event) override;
+    void commitData(QWidget *editor) override;
+    void closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint) override;
+    void currentChanged(const QModelIndex &current, const QModelIndex &previous) override;
+    void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+
+private:
+    void syncRow(int row);
+    void syncCol(int col);
+    void syncCursorFromModel();
+    void syncSelectionFromModel();
+    void onSectionMoved(int logical, int oldVisual, int newVisual);
+    void trackMouse(const QPoint &pos);
+    void applyLook();
+
+    QPointer<GridModel> m_model;
+    GridDelegate *m_delegate = nullptr;
+    QPointer<QWidget> m_activeEditor;
+    QWidget *m_rejectedEditor = nullptr;
+    int m_mouseRow = -1;
+    int m_mouseCol = -1;
+    bool m_syncing = false;
+    QColor m_backColor{Qt::white};
+    QColor m_backColorFixed{0xf0, 0xf0, 0xf0};
+    QColor m_backColorBkg{0x80, 0x80, 0x80};
+    QColor m_gridColor{0xc0, 0xc0, 0xc0};
+    QColor m_gridColorFixed{0x80, 0x80, 0x80};
+};
+
+} // namespace kx

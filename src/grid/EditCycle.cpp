@@ -1,0 +1,96 @@
+#include "kxjournal/EditCycle.h"
+
+#include "kxjournal/GridModel.h"
+
+namespace kx {
+
+EditCycle::EditCycle(GridModel *grid) : QObject(grid), m_grid(grid) {}
+
+void EditCycle::setEditText(const QString &text)
+{
+    m_editText = text;
+}
+
+bool EditCycle::begin(int row, int col)
+{
+    if (m_editing || !m_grid->editable() || !m_grid->isDataRow(row) || !m_grid->isDataCol(col))
+        return false;
+    m_row = row;
+    m_col = col;
+    m_comboList = m_grid->colComboList(col);
+    m_editText = m_grid->text(row, col);
+    m_stored = false;
+    // Marked as editing before the event so a handler sees editRow()/editCol().
+    m_editing = true;
+    bool cancel = false;
+    emit beforeEdit(row, col, cancel);
+    if (cancel) {
+        m_editing = false;
+        return false;
+    }
+    return true;
+}
+
+int EditCycle::keyPress(int keyCode)
+{
+    if (!m_editing)
+        return keyCode;
+    emit keyPressEdit(m_row, m_col, keyCode);
+    return keyCode;
+}
+
+bool EditCycle::validate(const QString &text)
+{
+    if (!m_editing)
+        return false;
+    m_editText = text;
+    bool cancel = false;
+    emit validateEdit(m_row, m_col, cancel);
+    return !cancel;
+}
+
+void EditCycle::store()
+{
+    if (!m_editing)
+        return;
+    m_grid->setText(m_row, m_col, m_editText);
+    m_stored = true;
+}
+
+void EditCycle::finish()
+{
+    if (!m_editing)
+        return;
+    m_editing = false;
+    if (m_stored) {
+        m_stored = false;
+        emit afterEdit(m_row, m_col);
+    }
+}
+
+void EditCycle::cancel()
+{
+    m_editing = false;
+    m_stored = false;
+}
+
+bool EditCycle::editCell(int row, int col, const QString &text)
+{
+    if (!begin(row, col))
+        return false;
+    if (!validate(text)) {
+        cancel();
+        return false;
+    }
+    store();
+    finish();
+    return true;
+}
+
+void EditCycle::clickButton()
+{
+    if (m_editing)
+        emit cellButtonClick(m_row, m_col);
+}
+
+} // namespace kx

@@ -1,0 +1,344 @@
+#include "kxjournal/GridView.h"
+
+#include "grid/GridDelegate.h"
+#include "kxjournal/EditCycle.h"
+#include "kxjournal/GridModel.h"
+
+#include <QHeaderView>
+#include <QMouseEvent>
+#include <QScopedValueRollback>
+
+namespace kx {
+
+namespace {
+
+int buttonCode(Qt::MouseButtons b)
+{
+    int code = 0;
+    if (b & Qt::LeftButton)
+        code |= 1;
+    if (b & Qt::RightButton)
+        code |= 2;
+    if (b & Qt::MiddleButton)
+        code |= 4;
+    return code;
+}
+
+int shiftCode(Qt::KeyboardModifiers m)
+{
+    int code = 0;
+    if (m & Qt::ShiftModifier)
+        code |= 1;
+    if (m & Qt::ControlModifier)
+        code |= 2;
+    if (m & Qt::AltModifier)
+        code |= 4;
+    return code;
+}
+
+} // namespace
+
+GridView::GridView(QWidget *parent) : QTableView(parent), m_delegate(new GridDelegate(this))
+{
+    setItemDelegate(m_delegate);
+    setEditTriggers(DoubleClicked | EditKeyPressed | AnyKeyPressed);
+    setSelectionMode(ContiguousSelection);
+    setSelectionBehavior(SelectItems);
+    setWordWrap(false);
+    setTabKeyNavigation(true);
+    horizontalHeader()->setSectionsMovable(true);
+    horizontalHeader()->setHighlightSections(false);
+    verticalHeader()->setSectionResizeMode(QHeaderView::Interactive);
+    verticalHeader()->setHighlightSections(false);
+    connect(horizontalHeader(), &QHeaderView::sectionMoved, this, &GridView::onSectionMoved);
+    applyLook();
+}
+
+GridView::~GridView()
+{
+    m_delegate->detach();
+    if (m_model)
+        disconnect(m_model, nullptr, this, nullptr);
+}
+
+void GridView::setGridModel(GridModel *model)
+{
+    if (m_model)
+        disconnect(m_model, nullptr, this, nullptr);
+    m_model = model;
+    setModel(model);
+    if (!model)
+        return;
+    connect(model, &GridModel::rowLayoutChanged, this, [this](int row) { row < 0 ? syncRows() : syncRow(row); });
+    connect(model, &GridModel::colLayoutChanged, this, [this](int col) { col < 0 ? syncCols() : syncCol(col); });
+    connect(model, &GridModel::cursorChanged, this, &GridView::syncCursorFromModel);
+    connect(model, &GridModel::selectionBlockChanged, this, &GridView::syncSelectionFromModel);
+    connect(model, &QAbstractItemModel::modelReset, this, [this] {
+        syncRows();
+        syncCols();
+        syncCursorFromModel();
+    });
+    connect(model, &QAbstractItemModel::rowsInserted, this, [this](const QModelIndex &, int first, int last) {
+        for (int r = first; r <= last; ++r)
+            syncRow(r + m_model->fixedRows());
+    });
+    connect(model, &QAbstractItemModel::columnsInserted, this, [this] { syncCols(); });
+    syncRows();
+    syncCols();
+    syncCursorFromModel();
+}
+
+void GridView::syncRow(int row)
+{
+    if (!m_model || !m_model->isDataRow(row))
+        return;
+    const int r = row - m_model->fixedRows();
+    const bool hidden = m_model->isRowHidden(row);
+    if (isRowHidden(r) != hidden)
+        setRowHidden(r, hidden);
+    const int h = m_model->rowHeight(row);
+    if (verticalHeader()->sectionSize(r) != h && !hidden)
+        verticalHeader()->resizeSection(r, h);
+}
+
+void GridView::syncRows()
+{
+    if (!m_model)
+        return;
+    const int def = m_model->rowHeight(-1);
+    verticalHeader()->setMinimumSectionSize(std::max(1, std::min(def, m_model->rowHeightMin() > 0 ? m_model->rowHeightMin() : def)));
+    verticalHeader()->setDefaultSectionSize(def);
+    const int n = m_model->rows();
+    for (int row = m_model->fixedRows(); row < n; ++row)
+        syncRow(row);
+    if (m_model->rows() > 0)
+        horizontalHeader()->setFixedHeight(m_model->rowHeight(0));
+}
+
+void GridView::syncCol(int col)
+{
+    if (!m_model || !m_model->isDataCol(col))
+        return;
+    const int c = col - m_model->fixedCols();
+    if (isColumnHidden(c) != m_model->isColHidden(col))
+        setColumnHidden(c, m_model->isColHidden(col));
+    const int w = m_model->colWidth(col);
+    if (w >= 0 && horizontalHeader()->sectionSize(c) != w && !m_model->isColHidden(col))
+        horizontalHeader()->resizeSection(c, w);
+}
+
+void GridView::syncCols()
+{
+    if (!m_model)
+        return;
+    for (int col = m_model->fixedCols(); col < m_model->cols(); ++col)
+        syncCol(col);
+    if (m_model->cols() > 0 && m_model->colWidth(0) >= 0)
+        verticalHeader()->setFixedWidth(m_model->colWidth(0));
+}
+
+void GridView::syncCursorFromModel()
+{
+    if (!m_model || m_syncing)
+        return;
+    const QModelIndex idx = m_model->indexAt(m_model->row(), m_model->col());
+    if (!idx.isValid() || idx == currentIndex())
+        return;
+    QScopedValueRollback<bool> guard(m_syncing, true);
+    selectionModel()->setCurrentIndex(idx, QItemSelectionModel::ClearAndSelect);
+}
+
+void GridView::syncSelectionFromModel()
+{
+    if (!m_model || m_syncing)
+        return;
+    int r1, c1, r2, c2;
+    m_model->selection(r1, c1, r2, c2);
+    const QModelIndex tl = m_model->indexAt(r1, c1);
+    const QModelIndex br = m_model->indexAt(r2, c2);
+    if (!tl.isValid() || !br.isValid())
+        return;
+    QScopedValueRollback<bool> guard(m_syncing, true);
+    selectionModel()->select(QItemSelection(tl, br), QItemSelectionModel::ClearAndSelect);
+}
+
+void GridView::currentChanged(const QModelIndex &current, const QModelIndex &previous)
+{
+    QTableView::currentChanged(current, previous);
+    if (!m_model || m_syncing || !current.isValid())
+        return;
+    QScopedValueRollback<bool> guard(m_syncing, true);
+    m_model->setCursor(m_model->gridRow(current), m_model->gridCol(current));
+}
+
+void GridView::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)
+{
+    QTableView::selectionChanged(selected, deselected);
+    if (!m_model || m_syncing)
+        return;
+    const QItemSelection all = selectionModel()->selection();
+    if (all.isEmpty())
+        return;
+    int top = INT_MAX, left = INT_MAX, bottom = -1, right = -1;
+    for (const QItemSelectionRange &range : all) {
+        top = std::min(top, range.top());
+        left = std::min(left, range.left());
+        bottom = std::max(bottom, range.bottom());
+        right = std::max(right, range.right());
+    }
+    QScopedValueRollback<bool> guard(m_syncing, true);
+    m_model->setSelectionBlock(top + m_model->fixedRows(), left + m_model->fixedCols(),
+                               bottom + m_model->fixedRows(), right + m_model->fixedCols());
+}
+
+bool GridView::edit(const QModelIndex &index, EditTrigger trigger, QEvent *event)
+{
+    const bool opens = trigger == AllEditTriggers || (editTriggers() & trigger);
+    if (!m_model || !index.isValid() || !opens || state() == EditingState || m_activeEditor ||
+        !(m_model->flags(index) & Qt::ItemIsEditable))
+        return QTableView::edit(index, trigger, event);
+    if (index != currentIndex())
+        setCurrentIndex(index);
+    EditCycle *cycle = m_model->editCycle();
+    if (!cycle->begin(m_model->gridRow(index), m_model->gridCol(index)))
+        return false;
+    if (!QTableView::edit(index, trigger, event)) {
+        cycle->cancel();
+        return false;
+    }
+    m_activeEditor = indexWidget(index);
+    if (!m_activeEditor)
+        m_activeEditor = focusWidget();
+    return true;
+}
+
+void GridView::commitData(QWidget *editor)
+{
+    if (!m_model)
+        return;
+    EditCycle *cycle = m_model->editCycle();
+    if (!cycle->isEditing())
+        return;
+    if (!cycle->validate(GridDelegate::editorText(editor))) {
+        // Refused: nothing is stored and the editor stays open with the text,
+        // as the handler may have rewritten it.
+        m_rejectedEditor = editor;
+        GridDelegate::setEditorText(editor, cycle->editText());
+        return;
+    }
+    cycle->store();
+}
+
+void GridView::closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint)
+{
+    if (editor == m_rejectedEditor) {
+        m_rejectedEditor = nullptr;
+        editor->setFocus();
+        return;
+    }
+    // Close first, then raise the after-edit event, then move on: handlers of
+    // the event see the cell as stored and the cursor still on it.
+    QTableView::closeEditor(editor, QAbstractItemDelegate::NoHint);
+    m_activeEditor = nullptr;
+    if (m_model)
+        m_model->editCycle()->finish();
+    if (hint == QAbstractItemDelegate::EditNextItem || hint == QAbstractItemDelegate::EditPreviousItem) {
+        const QModelIndex next =
+            moveCursor(hint == QAbstractItemDelegate::EditNextItem ? MoveNext : MovePrevious, Qt::NoModifier);
+        if (next.isValid())
+            setCurrentIndex(next);
+    }
+    setFocus();
+}
+
+void GridView::trackMouse(const QPoint &pos)
+{
+    if (!m_model) {
+        m_mouseRow = m_mouseCol = -1;
+        return;
+    }
+    const int r = rowAt(pos.y());
+    const int c = columnAt(pos.x());
+    m_mouseRow = r < 0 ? -1 : r + m_model->fixedRows();
+    m_mouseCol = c < 0 ? -1 : c + m_model->fixedCols();
+}
+
+void GridView::mousePressEvent(QMouseEvent *event)
+{
+    const QPoint pos = event->position().toPoint();
+    trackMouse(pos);
+    emit mouseDown(buttonCode(event->button()), shiftCode(event->modifiers()), float(pos.x()), float(pos.y()));
+    QTableView::mousePressEvent(event);
+}
+
+void GridView::mouseMoveEvent(QMouseEvent *event)
+{
+    const QPoint pos = event->position().toPoint();
+    trackMouse(pos);
+    emit mouseMove(buttonCode(event->buttons()), shiftCode(event->modifiers()), float(pos.x()), float(pos.y()));
+    QTableView::mouseMoveEvent(event);
+}
+
+void GridView::mouseReleaseEvent(QMouseEvent *event)
+{
+    QTableView::mouseReleaseEvent(event);
+    const QPoint pos = event->position().toPoint();
+    trackMouse(pos);
+    emit mouseUp(buttonCode(event->button()), shiftCode(event->modifiers()), float(pos.x()), float(pos.y()));
+}
+
+void GridView::onSectionMoved(int, int oldVisual, int newVisual)
+{
+    if (m_syncing || !m_model)
+        return;
+    // The header only moves its picture of the column; put it back and move
+    // the model's column instead, so keys and indexes stay one and the same.
+    {
+        QScopedValueRollback<bool> guard(m_syncing, true);
+        horizontalHeader()->moveSection(newVisual, oldVisual);
+    }
+    m_model->moveColTo(oldVisual + m_model->fixedCols(), newVisual + m_model->fixedCols());
+}
+
+void GridView::setBackColor(const QColor &c)
+{
+    m_backColor = c;
+    viewport()->update();
+}
+
+void GridView::setBackColorFixed(const QColor &c)
+{
+    m_backColorFixed = c;
+    applyLook();
+}
+
+void GridView::setBackColorBkg(const QColor &c)
+{
+    m_backColorBkg = c;
+    applyLook();
+}
+
+void GridView::setGridColor(const QColor &c)
+{
+    m_gridColor = c;
+    applyLook();
+}
+
+void GridView::setGridColorFixed(const QColor &c)
+{
+    m_gridColorFixed = c;
+    applyLook();
+}
+
+void GridView::applyLook()
+{
+    setStyleSheet(QStringLiteral("QTableView { background-color: %1; gridline-color: %2; }"
+                                 "QHeaderView::section { background-color: %3; border: none;"
+                                 " border-right: 1px solid %4; border-bottom: 1px solid %4; padding: 0 2px; }"
+                                 "QTableCornerButton::section { background-color: %3; border: none;"
+                                 " border-right: 1px solid %4; border-bottom: 1px solid %4; }")
+                      .arg(m_backColorBkg.name(), m_gridColor.name(), m_backColorFixed.name(),
+                           m_gridColorFixed.name()));
+}
+
+} // namespace kx

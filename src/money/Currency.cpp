@@ -1,0 +1,271 @@
+#include "kxjournal/Currency.h"
+
+#include "money/NumberPattern.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+namespace kx {
+
+namespace {
+
+constexpr std::int64_t MaxRaw = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t MaxUnits = MaxRaw / Currency::Scale;
+
+// People type amounts with an input method in full-width mode as often as not;
+// fold those forms to ASCII before reading.
+char16_t foldWidth(char16_t c)
+{
+    if (c >= 0xFF10 && c <= 0xFF19)
+        return char16_t(u'0' + (c - 0xFF10));
+    switch (c) {
+    case 0xFF0E: case 0x3002: return u'.'; // ．and 。typed for a decimal point
+    case 0xFF0C: return u',';
+    case 0xFF0D: case 0x2212: return u'-';
+    case 0xFF0B: return u'+';
+    case 0xFF08: return u'(';
+    case 0xFF09: return u')';
+    case 0x3000: return u' ';
+    default: return c;
+    }
+}
+
+bool isBlank(char16_t c) { return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n'; }
+
+enum class ParseError { None, Syntax, Range };
+
+// Reads [sign] digits[,digits]*[.digits] with the sign already stripped by the
+// caller; rounds past four decimals half to even.
+ParseError parseUnsigned(const std::u16string &s, std::int64_t &raw)
+{
+    std::size_t i = 0;
+    const std::size_t n = s.size();
+    std::int64_t units = 0;
+    bool anyDigit = false;
+    bool lastWasDigit = false;
+    for (; i < n && s[i] != u'.'; ++i) {
+        const char16_t c = s[i];
+        if (c >= u'0' && c <= u'9') {
+            if (units > (MaxUnits - (c - u'0')) / 10)
+                return ParseError::Range;
+            units = units * 10 + (c - u'0');
+            anyDigit = lastWasDigit = true;
+        } else if (c == u',') {
+            if (!lastWasDigit || i + 1 >= n || s[i + 1] < u'0' || s[i + 1] > u'9')
+                return ParseError::Syntax;
+            lastWasDigit = false;
+        } else {
+            return ParseError::Syntax;
+        }
+    }
+    std::int64_t frac = 0;
+    int fracDigits = 0;
+    int roundDigit = -1;   // the fifth decimal
+    bool stickyBeyond = false;
+    if (i < n) {
+        ++i; // the point
+        for (; i < n; ++i) {
+            const char16_t c = s[i];
+            if (c < u'0' || c > u'9')
+                return ParseError::Syntax;
+            anyDigit = true;
+            const int d = c - u'0';
+            if (fracDigits < Currency::Decimals) {
+                frac = frac * 10 + d;
+                ++fracDigits;
+            } else if (roundDigit < 0) {
+                roundDigit = d;
+            } else if (d != 0) {
+                stickyBeyond = true;
+            }
+        }
+    }
+    if (!anyDigit)
+        return ParseError::Syntax;
+    for (; fracDigits < Currency::Decimals; ++fracDigits)
+        frac *= 10;
+    const __int128 wide = __int128(units) * Currency::Scale + frac;
+    if (wide > MaxRaw)
+        return ParseError::Range;
+    std::int64_t value = std::int64_t(wide);
+    const bool up = roundDigit > 5 || (roundDigit == 5 && (stickyBeyond || (value & 1)));
+    if (up) {
+        if (value == MaxRaw)
+            return ParseError::Range;
+        ++value;
+    }
+    raw = value;
+    return ParseError::None;
+}
+
+Result<Currency> parseAmount(QStringView text, const QString &shown)
+{
+    std::u16string s;
+    s.reserve(std::size_t(text.size()));
+    for (QChar qc : text) {
+        const char16_t c = foldWidth(qc.unicode());
+        if (!isBlank(c))
+            s.push_back(c);
+    }
+    if (s.empty())
+        return Currency();
+
+    bool negative = false;
+    if (s.front() == u'(' && s.back() == u')') {
+        negative = true;
+        s = s.substr(1, s.size() - 2);
+    }
+    auto takeSign = [&] {
+        if (!s.empty() && (s.front() == u'-' || s.front() == u'+')) {
+            if (s.front() == u'-')
+                negative = !negative;
+            s.erase(0, 1);
+        }
+    };
+    auto takeCurrencySign = [&] {
+        if (!s.empty() && (s.front() == 0x00A5 || s.front() == 0xFFE5))
+            s.erase(0, 1);
+    };
+    takeSign();
+    takeCurrencySign();
+    if (!negative)
+        takeSign();
+
+    std::int64_t raw = 0;
+    switch (parseUnsigned(s, raw)) {
+    case ParseError::Syntax:
+        return Result<Currency>::failure(QStringLiteral("“%1”不是有效的金额。").arg(shown));
+    case ParseError::Range:
+        return Result<Currency>::failure(QStringLiteral("“%1”超出了金额的范围。").arg(shown));
+    case ParseError::None:
+        break;
+    }
+    return Currency::fromRaw(negative ? -raw : raw);
+}
+
+std::int64_t pow10(int n)
+{
+    std::int64_t p = 1;
+    while (n-- > 0)
+        p *= 10;
+    return p;
+}
+
+} // namespace
+
+Currency Currency::fromUnits(std::int64_t units)
+{
+    if (units > MaxUnits || units < -MaxUnits)
+        return invalid();
+    return Currency(units * Scale);
+}
+
+Result<Currency> Currency::fromText(QStringView text)
+{
+    return parseAmount(text, text.toString());
+}
+
+Result<Currency> Currency::fromDouble(double value)
+{
+    if (!std::isfinite(value))
+        return Result<Currency>::failure(QStringLiteral("金额不是一个有限的数。"));
+    if (std::fabs(value) >= double(MaxUnits) + 1.0)
+        return Result<Currency>::failure(QStringLiteral("%1超出了金额的范围。").arg(value, 0, 'g', 17));
+    // The shortest fixed form round-trips to the same double, so rounding it
+    // treats 2.00005 as the half a person typed, not as 2.0000499999...
+    std::array<char, 64> buf{};
+    const auto res = std::to_chars(buf.data(), buf.data() + buf.size(), value, std::chars_format::fixed);
+    if (res.ec != std::errc())
+        return Result<Currency>::failure(QStringLiteral("金额无法转换。"));
+    return fromText(QString::fromLatin1(buf.data(), int(res.ptr - buf.data())));
+}
+
+double Currency::toDouble() const
+{
+    return double(m_raw) / double(Scale);
+}
+
+QString Currency::toString() const
+{
+    if (!isValid())
+        return QStringLiteral("#溢出");
+    const std::uint64_t mag = m_raw < 0 ? std::uint64_t(-m_raw) : std::uint64_t(m_raw);
+    QString out = QString::number(mag / Scale);
+    std::uint64_t frac = mag % Scale;
+    if (frac != 0) {
+        int digits = Decimals;
+        while (frac % 10 == 0) {
+            frac /= 10;
+            --digits;
+        }
+        out += QLatin1Char('.') + QString::number(frac).rightJustified(digits, QLatin1Char('0'));
+    }
+    if (m_raw < 0)
+        out.prepend(QLatin1Char('-'));
+    return out;
+}
+
+QString Currency::format(const QString &pattern) const
+{
+    if (pattern.isEmpty())
+        return toString();
+    if (!isValid())
+        return QStringLiteral("#溢出");
+    return NumberPattern(pattern).apply(*this);
+}
+
+Currency Currency::rounded(int decimals, Rounding mode) const
+{
+    if (!isValid() || decimals >= Decimals)
+        return *this;
+    if (decimals < 0)
+        decimals = 0;
+    const std::int64_t factor = pow10(Decimals - decimals);
+    std::int64_t q = m_raw / factor;
+    const std::int64_t r = m_raw % factor;
+    const std::int64_t twice = 2 * (r < 0 ? -r : r);
+    const bool up = mode == Rounding::HalfAwayFromZero ? twice >= factor
+                                                        : (twice > factor || (twice == factor && (q & 1)));
+    if (up)
+        q += m_raw < 0 ? -1 : 1;
+    __int128 result = __int128(q) * factor;
+    if (result > MaxRaw || result < -MaxRaw)
+        return invalid();
+    return Currency(std::int64_t(result));
+}
+
+Currency operator+(Currency a, Currency b)
+{
+    std::int64_t out = 0;
+    if (!a.isValid() || !b.isValid() || __builtin_add_overflow(a.m_raw, b.m_raw, &out))
+        return Currency::invalid();
+    return Currency::fromRaw(out);
+}
+
+Currency operator-(Currency a, Currency b)
+{
+    std::int64_t out = 0;
+    if (!a.isValid() || !b.isValid() || __builtin_sub_overflow(a.m_raw, b.m_raw, &out))
+        return Currency::invalid();
+    return Currency::fromRaw(out);
+}
+
+Result<Currency> Currency::add(Currency a, Currency b)
+{
+    const Currency sum = a + b;
+    if (!sum.isValid())
+        return Result<Currency>::failure(QStringLiteral("金额合计超出了范围。"));
+    return sum;
+}
+
+Result<Currency> Currency::subtract(Currency a, Currency b)
+{
+    const Currency diff = a - b;
+    if (!diff.isValid())
+        return Result<Currency>::failure(QStringLiteral("金额差额超出了范围。"));
+    return diff;
+}
+
+} // namespace kx
