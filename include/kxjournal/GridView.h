@@ -1,12 +1,13 @@
 #pragma once
 
+#include "kxjournal/GridModel.h"
+
 #include <QColor>
 #include <QPointer>
 #include <QTableView>
 
 namespace kx {
 
-class GridModel;
 class GridDelegate;
 
 /// The on-screen grid: shows a GridModel with its fixed row as the column

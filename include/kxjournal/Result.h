@@ -28,6 +28,8 @@ public:
     explicit operator bool() const { return ok(); }
     /// The value (default-constructed on failure).
     const T &value() const { return m_value; }
+    /// Moves the value out (for values that should not be copied).
+    T takeValue() { return std::move(m_value); }
     /// The value, or \a fallback on failure.
     T valueOr(const T &fallback) const { return ok() ? m_value : fallback; }
     /// Why the call failed; empty on success.

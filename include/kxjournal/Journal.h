@@ -1,0 +1,362 @@
+#pragma once
+
+#include "kxjournal/AccContext.h"
+#include "kxjournal/GridModel.h"
+#include "kxjournal/PropertyBag.h"
+
+#include <QColor>
+#include <QDate>
+#include <QFont>
+#include <QPointer>
+#include <QWidget>
+#include <functional>
+#include <memory>
+
+namespace kx {
+
+class GridView;
+class JournalFrame;
+class JournalMenu;
+struct BookState;
+
+/// The journal book control: an editable grid of one book's records with
+/// running balances, for a host program to place on a screen.
+///
+/// The host sets Acc (its accounting context), then DocID (the book), and
+/// calls Load. The control reports through its signals; every message goes
+/// through Prompt, which raises Notify. Signals that carry a reference
+/// (CommandExecute's Cancel, the mouse events) must be connected directly,
+/// the default on the UI thread: a queued connection cannot write back.
+///
+/// Properties read as X() and write as setX(v); those with a Row argument
+/// take it last and use the current row when it is 0. No operation throws:
+/// each traps its own errors and returns its empty value.
+class Journal : public QWidget
+{
+    Q_OBJECT
+    Q_PROPERTY(QString Message READ Message WRITE setMessage)
+    Q_PROPERTY(kx::AccContext *Acc READ Acc WRITE setAcc)
+    Q_PROPERTY(QString Caption READ Caption WRITE setCaption)
+    Q_PROPERTY(QString FmtName READ FmtName)
+    Q_PROPERTY(QString FmtFlag READ FmtFlag)
+    Q_PROPERTY(int fmtID READ fmtID)
+    Q_PROPERTY(bool IsPackedJnl READ IsPackedJnl WRITE setIsPackedJnl)
+    Q_PROPERTY(bool IsBottomClass READ IsBottomClass)
+    Q_PROPERTY(QString AccCode READ AccCode)
+    Q_PROPERTY(QString AccName READ AccName)
+    Q_PROPERTY(int RelativeAccID READ RelativeAccID WRITE setRelativeAccID)
+    Q_PROPERTY(QString RelativeAccCode READ RelativeAccCode)
+    Q_PROPERTY(QString RelativeAccName READ RelativeAccName)
+    Q_PROPERTY(QString Direction READ Direction WRITE setDirection)
+    Q_PROPERTY(QString ObjName READ ObjName)
+    Q_PROPERTY(int LastSumRow READ LastSumRow WRITE setLastSumRow)
+    Q_PROPERTY(kx::GridModel *Grid READ Grid)
+    Q_PROPERTY(bool AllowAccDoc READ AllowAccDoc)
+    Q_PROPERTY(QColor BorderColor READ BorderColor WRITE setBorderColor)
+    Q_PROPERTY(QColor BackColor READ BackColor WRITE setBackColor)
+    Q_PROPERTY(QColor BackColorFixed READ BackColorFixed WRITE setBackColorFixed)
+    Q_PROPERTY(QColor BackColorBkg READ BackColorBkg WRITE setBackColorBkg)
+    Q_PROPERTY(QColor GridColor READ GridColor WRITE setGridColor)
+    Q_PROPERTY(QColor GridColorFixed READ GridColorFixed WRITE setGridColorFixed)
+    Q_PROPERTY(QColor HotBackColor READ HotBackColor WRITE setHotBackColor)
+    Q_PROPERTY(QColor WarnBackColor READ WarnBackColor WRITE setWarnBackColor)
+    Q_PROPERTY(QColor LockedForeColor READ LockedForeColor WRITE setLockedForeColor)
+    Q_PROPERTY(QColor ModifiedForeColor READ ModifiedForeColor WRITE setModifiedForeColor)
+    Q_PROPERTY(QString ColsFilter READ ColsFilter WRITE setColsFilter)
+    Q_PROPERTY(QString OutlineKey READ OutlineKey WRITE setOutlineKey)
+    Q_PROPERTY(QString ListFields READ ListFields WRITE setListFields)
+    Q_PROPERTY(QString NumericFields READ NumericFields WRITE setNumericFields)
+    Q_PROPERTY(QString EditFields READ EditFields WRITE setEditFields)
+    Q_PROPERTY(QString DateFields READ DateFields WRITE setDateFields)
+    Q_PROPERTY(QFont Font READ Font WRITE setFont)
+    Q_PROPERTY(int RowHeightMax READ RowHeightMax WRITE setRowHeightMax)
+    Q_PROPERTY(int RowHeightMin READ RowHeightMin WRITE setRowHeightMin)
+    Q_PROPERTY(int Row READ Row WRITE setRow)
+    Q_PROPERTY(QString PriceFormat READ PriceFormat WRITE setPriceFormat)
+    Q_PROPERTY(QString RateFormat READ RateFormat WRITE setRateFormat)
+    Q_PROPERTY(QString QuantityFormat READ QuantityFormat WRITE setQuantityFormat)
+    Q_PROPERTY(QString AccountFormat READ AccountFormat WRITE setAccountFormat)
+    Q_PROPERTY(QString DateFormat READ DateFormat WRITE setDateFormat)
+    Q_PROPERTY(bool AllowModify READ AllowModify WRITE setAllowModify)
+    Q_PROPERTY(bool AllowAudit READ AllowAudit)
+    Q_PROPERTY(int Rows READ Rows)
+    Q_PROPERTY(bool IsDirty READ IsDirty WRITE setIsDirty)
+    Q_PROPERTY(bool IsLastSumRow READ IsLastSumRow)
+    Q_PROPERTY(int DocID READ DocID WRITE setDocID)
+    Q_PROPERTY(QDate JnlDate READ JnlDate WRITE setJnlDate)
+
+public:
+    /// A control with an empty grid and its persisted properties at their defaults.
+    explicit Journal(QWidget *parent = nullptr);
+    ~Journal() override;
+
+    // ---- stored values ----
+    /// A plain stored text.
+    QString Message() const;
+    /// Stores a text.
+    void setMessage(const QString &value);
+    /// The host's accounting context (not owned).
+    AccContext *Acc() const;
+    /// Sets the host's accounting context; its Announce reaches the control.
+    void setAcc(AccContext *value);
+    /// The header strip's caption without the leading blanks.
+    QString Caption() const;
+    /// Writes four blanks and \a value into the header strip.
+    void setCaption(const QString &value);
+    /// Always "流水账".
+    QString FmtName() const;
+    /// The book id as decimal text.
+    QString FmtFlag() const;
+    /// The book id.
+    int fmtID() const;
+    /// Whether a book with books below it is shown consolidated (the 合并显示 menu item).
+    bool IsPackedJnl() const;
+    /// Checks or unchecks 合并显示; takes effect at the next Load.
+    void setIsPackedJnl(bool value);
+    /// True when the book has no books below it.
+    bool IsBottomClass() const;
+    /// The Row's AccID cell as a number.
+    Q_INVOKABLE int AccID(int Row = 0) const;
+    /// Writes the Row's AccID cell and makes \a value the current account.
+    Q_INVOKABLE void setAccID(int value, int Row = 0);
+    /// Code of the current account.
+    QString AccCode() const;
+    /// Name of the current account.
+    QString AccName() const;
+    /// The book's relative account.
+    int RelativeAccID() const;
+    /// Sets the relative account.
+    void setRelativeAccID(int value);
+    /// Code of the relative account.
+    QString RelativeAccCode() const;
+    /// Name of the relative account.
+    QString RelativeAccName() const;
+    /// The book's balance direction: "借", "贷" or empty.
+    QString Direction() const;
+    /// Keeps "借" or "贷" (anything else: empty) when it differs from the present one.
+    void setDirection(const QString &value);
+    /// Always "JournalRec".
+    QString ObjName() const;
+    /// The last summary row.
+    int LastSumRow() const;
+    /// Sets the last summary row.
+    void setLastSumRow(int value);
+    /// The journal grid.
+    GridModel *Grid() const;
+    /// The view of the journal grid.
+    GridView *gridView() const;
+    /// True when the current row has an account (a voucher may be linked to it).
+    bool AllowAccDoc() const;
+
+    // ---- looks ----
+    /// Background of the frame around the grid.
+    QColor BorderColor() const;
+    /// Sets the background of the frame around the grid.
+    void setBorderColor(const QColor &value);
+    /// Grid background.
+    QColor BackColor() const;
+    /// Sets the grid background.
+    void setBackColor(const QColor &value);
+    /// Background of the fixed row and column.
+    QColor BackColorFixed() const;
+    /// Sets the background of the fixed row and column.
+    void setBackColorFixed(const QColor &value);
+    /// Background outside the cells.
+    QColor BackColorBkg() const;
+    /// Sets the background outside the cells.
+    void setBackColorBkg(const QColor &value);
+    /// Grid line colour.
+    QColor GridColor() const;
+    /// Sets the grid line colour.
+    void setGridColor(const QColor &value);
+    /// Grid line colour of the fixed cells.
+    QColor GridColorFixed() const;
+    /// Sets the grid line colour of the fixed cells.
+    void setGridColorFixed(const QColor &value);
+    /// Background of the row under edit.
+    QColor HotBackColor() const;
+    /// Sets the background of the row under edit.
+    void setHotBackColor(const QColor &value);
+    /// Background of rows that fail a check.
+    QColor WarnBackColor() const;
+    /// Sets the background of rows that fail a check.
+    void setWarnBackColor(const QColor &value);
+    /// Text colour of locked rows.
+    QColor LockedForeColor() const;
+    /// Sets the text colour of locked rows.
+    void setLockedForeColor(const QColor &value);
+    /// Text colour of changed cells (not persisted).
+    QColor ModifiedForeColor() const;
+    /// Sets the text colour of changed cells.
+    void setModifiedForeColor(const QColor &value);
+    /// The grid's font.
+    QFont Font() const;
+    /// Gives every cell of the grid \a value.
+    void setFont(const QFont &value);
+    /// Largest row height.
+    int RowHeightMax() const;
+    /// Sets the largest row height.
+    void setRowHeightMax(int value);
+    /// Smallest row height.
+    int RowHeightMin() const;
+    /// Sets the smallest row height.
+    void setRowHeightMin(int value);
+
+    // ---- key lists and formats ----
+    /// Columns offered in the show-fields list ("|key|key|").
+    QString ColsFilter() const;
+    /// Sets ColsFilter.
+    void setColsFilter(const QString &value);
+    /// The column whose empty cell marks a blank row.
+    QString OutlineKey() const;
+    /// Sets OutlineKey.
+    void setOutlineKey(const QString &value);
+    /// Columns that offer a drop-down list.
+    QString ListFields() const;
+    /// Sets ListFields.
+    void setListFields(const QString &value);
+    /// Numeric columns.
+    QString NumericFields() const;
+    /// Sets NumericFields.
+    void setNumericFields(const QString &value);
+    /// Columns a person may edit.
+    QString EditFields() const;
+    /// Sets EditFields.
+    void setEditFields(const QString &value);
+    /// Date columns.
+    QString DateFields() const;
+    /// Sets DateFields.
+    void setDateFields(const QString &value);
+    /// Format of prices (not persisted).
+    QString PriceFormat() const;
+    /// Sets PriceFormat.
+    void setPriceFormat(const QString &value);
+    /// Format of exchange rates (not persisted).
+    QString RateFormat() const;
+    /// Sets RateFormat.
+    void setRateFormat(const QString &value);
+    /// Format of quantities (not persisted).
+    QString QuantityFormat() const;
+    /// Sets QuantityFormat.
+    void setQuantityFormat(const QString &value);
+    /// Format of amounts, e.g. "#,##0.00" (not persisted).
+    QString AccountFormat() const;
+    /// Sets AccountFormat.
+    void setAccountFormat(const QString &value);
+    /// Format of dates (not persisted).
+    QString DateFormat() const;
+    /// Sets DateFormat.
+    void setDateFormat(const QString &value);
+
+    // ---- state ----
+    /// The grid's current row.
+    int Row() const;
+    /// Moves the cursor to a row, showing it when hidden and scrolling it into view.
+    void setRow(int value);
+    /// Whether records may be changed.
+    bool AllowModify() const;
+    /// Allows changes; always false while no book (DocID below 1) is set.
+    void setAllowModify(bool value);
+    /// Whether the book may be audited.
+    bool AllowAudit() const;
+    /// Grid rows less the header row.
+    int Rows() const;
+    /// True when the grid holds changes not yet saved.
+    bool IsDirty() const;
+    /// Sets the dirty flag; setting it raises DataChanged with the current column's key.
+    void setIsDirty(bool value);
+    /// True when the current row is the last summary row and no dated row follows it.
+    bool IsLastSumRow() const;
+    /// The book shown.
+    int DocID() const;
+    /// Sets the book to show.
+    void setDocID(int value);
+    /// The current row's date.
+    QDate JnlDate() const;
+    /// Writes the current row's date and its shown form.
+    void setJnlDate(const QDate &value);
+
+    // ---- methods ----
+    /// Does nothing; kept for hosts that call it before Load.
+    Q_INVOKABLE void Initial();
+    /// Field \a rFieldName of account \a rAccID as text (empty when there is none).
+    Q_INVOKABLE QString Get_AccCodeField(const QString &rFieldName, int rAccID);
+    /// Sends a message to the host through Notify.
+    Q_INVOKABLE void Prompt(const QString &rMsg, bool ShowBox = false);
+    /// Runs the command \a CommandName (exact, case-sensitive match); unknown names do nothing.
+    Q_INVOKABLE void DoCommand(const QString &CommandName, const QString &CommandParameter = QString());
+
+    // ---- persisted properties ----
+    /// Writes the persisted looks into \a bag.
+    void WriteProperties(PropertyBag &bag) const;
+    /// Restores the persisted looks from \a bag; a missing key keeps the present value.
+    void ReadProperties(const PropertyBag &bag);
+
+    /// Replaces how Yes/No questions are asked (No is the default answer).
+    void setAsker(std::function<bool(const QString &text, const QString &title)> asker);
+    /// Asks a Yes/No question through the asker.
+    bool ask(const QString &text, const QString &title = QString()) const;
+    /// The context menu.
+    QMenu *contextMenu() const;
+
+signals:
+    /// 1: the grid changed (key of the current column).
+    void DataChanged(const QString &ColKey);
+    /// 2: declared for hosts; never raised.
+    void MouseDown(int &Button, int &Shift, float &X, float &Y);
+    /// 3: a mouse button was released over the grid.
+    void MouseUp(int &Button, int &Shift, float &X, float &Y);
+    /// 4: declared for hosts; never raised.
+    void MouseMove(int &Button, int &Shift, float &X, float &Y);
+    /// 5: the grid's current row changed.
+    void AfterRowChanged();
+    /// 6: the grid's current column changed.
+    void AfterColChanged();
+    /// 7: Load finished.
+    void AfterLoaded();
+    /// 8: Save finished.
+    void AfterSaved();
+    /// 9: an operation is about to run; set Cancel to stop it.
+    void CommandExecute(const QString &CommandName, bool &Cancel);
+    /// 10: declared for hosts; never raised.
+    void AfterCommand(const QString &CommandName);
+    /// 11: a message for the user; ShowBox asks for a message box.
+    void Notify(const QString &rMsg, bool ShowBox);
+    /// 12: progress of a long operation, 0 to 100, then -1.
+    void Process(int Indicator);
+    /// 13: a voucher exchange file was written.
+    void AfterMaked(const QString &rFileName);
+    /// 14: an export file was written.
+    void AfterExport(const QString &rFileName);
+    /// 15: the side-task menu item was chosen.
+    void IconClick();
+    /// 16: a find reports a result.
+    void FindMsg(const QString &Msg);
+    /// A persisted (or announced) property changed.
+    void propertyChanged(const QString &name);
+
+protected:
+    void contextMenuEvent(QContextMenuEvent *event) override;
+
+private:
+    void announce(const QString &name);
+    bool hostCancels(const QString &command);
+    int rowOr(int row) const;
+    QString accText(int accId, bool code) const;
+    void copySelection();
+    void onCursorChanged(int row, int col);
+
+    std::unique_ptr<BookState> m_book;
+    GridModel *m_grid;
+    GridView *m_view;
+    JournalFrame *m_frame;
+    JournalMenu *m_menu;
+    QPointer<AccContext> m_acc;
+    QString m_message;
+    std::function<bool(const QString &, const QString &)> m_asker;
+    int m_lastRow = -1;
+    int m_lastCol = -1;
+    bool m_colFontsStale = false;
+};
+
+} // namespace kx

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "kxjournal/Result.h"
+
+namespace kx {
+
+class Database;
+
+/// The four tables the journal reads and writes, created where missing.
+///
+/// kxJournal (book definitions), kxJournalRecs (records), kxAccClass (chart
+/// of accounts), kxDocDir (vouchers), with database-generated keys, amounts
+/// that keep four decimals exactly, and the indexes the load and save paths
+/// use. SQLite and PostgreSQL; an ODBC database is the host's own.
+class Schema
+{
+public:
+    /// Creates whatever of the four tables and their indexes is missing.
+    static Status create(Database &db);
+};
+
+} // namespace kx

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "kxjournal/Result.h"
+#include "kxjournal/SqlStatement.h"
+
+#include <QList>
+#include <QString>
+#include <QVariant>
+#include <memory>
+
+namespace kx {
+
+/// Every statement the journal runs, in one database's syntax.
+///
+/// Four dialects: the server and desktop dialects for ODBC connections
+/// (SQL Server and Access), chosen by whether the ODBC connection string
+/// contains "SQL" (exact case), and the SQLite and PostgreSQL dialects. All
+/// four give the same statements: the same columns, joins, conditions and
+/// order, each in its own syntax.
+class SqlDialect
+{
+public:
+    /// The four dialects.
+    enum Kind { Server, Desktop, Sqlite, Postgres };
+
+    virtual ~SqlDialect();
+
+    /// The dialect of \a kind.
+    static std::unique_ptr<SqlDialect> create(Kind kind);
+    /// The dialect of an ODBC connection: Server when \a connectionString
+    /// contains "SQL" (case-sensitive), Desktop otherwise.
+    static Kind odbcKind(const QString &connectionString);
+
+    /// Which dialect this is.
+    virtual Kind kind() const = 0;
+    /// A short name for messages ("server", "desktop", "sqlite", "postgresql").
+    QString name() const;
+
+    // ---- kxJournal: book definitions ----
+    /// The book with id \a asId.
+    SqlStatement journalById(int asId) const;
+    /// The book with code \a code and every book below it, by code.
+    SqlStatement journalSubtree(const QString &code) const;
+    /// Names and codes of the books of top-level group \a group, by code.
+    SqlStatement journalGroup(const QString &group) const;
+
+    // ---- kxJournalRecs: records ----
+    /// The records of one book with the account, voucher and book columns, in stored row order.
+    SqlStatement loadBook(int docId) const;
+    /// The records of several books, interleaved by date, then stored row, then key.
+    SqlStatement loadConsolidated(const QList<int> &docIds) const;
+    /// Every record of a book, by key (the save pass reads it).
+    SqlStatement recordsOfBook(int docId) const;
+    /// Deletes one record.
+    SqlStatement deleteRecord(int recId) const;
+    /// Deletes every record of a book.
+    SqlStatement deleteBook(int docId) const;
+    /// The first record of a book, by key.
+    SqlStatement firstRecordOfBook(int docId) const;
+    /// Writes one field of one record: an integer into the text, a double,
+    /// date or text bound. Fails for a field the record table does not have.
+    Result<SqlStatement> updateRecordField(const QString &field, const QVariant &value, int recId) const;
+    /// The 20 most recent explanations of all books, newest date first.
+    SqlStatement recentExplains() const;
+    /// The 30 latest explanations of one book, newest key first.
+    SqlStatement bookExplains(int docId) const;
+
+    // ---- kxAccClass: the chart of accounts ----
+    /// The account with id \a accId.
+    SqlStatement accountById(int accId) const;
+    /// The accounts with code \a code.
+    SqlStatement accountByCode(const QString &code) const;
+    /// The id of the first account with code \a code.
+    SqlStatement accountIdByCode(const QString &code) const;
+    /// The ids of the accounts named \a name.
+    SqlStatement accountIdByName(const QString &name) const;
+    /// The ids of the accounts with entry code \a enterCode.
+    SqlStatement accountIdByEnterCode(const QString &enterCode) const;
+    /// Accounts named \a name, below \a codePrefix when it is not empty.
+    SqlStatement accountByNameUnder(const QString &name, const QString &codePrefix) const;
+    /// Accounts whose name, code or entry code is \a text.
+    SqlStatement accountByAnyName(const QString &text) const;
+    /// The ids of the accounts below the account with code \a code.
+    SqlStatement accountBelow(const QString &code) const;
+
+    // ---- kxDocDir: vouchers ----
+    /// The voucher with id \a docId.
+    SqlStatement voucherById(int docId) const;
+
+    /// Columns of the record table that updateRecordField() accepts.
+    static const QStringList &recordFields();
+
+protected:
+    /// "Select Top n " + body, or the dialect's equivalent.
+    virtual QString selectTop(int n, const QString &body) const;
+    /// The first \a length characters of \a column.
+    virtual QString leftOf(const QString &column, int length) const;
+    /// The opening words of a statement that deletes rows.
+    virtual QString deleteRowsFrom() const;
+    /// The select list and joins of the load query, up to and including the
+    /// last join and its trailing blank.
+    virtual QString loadSelect() const = 0;
+};
+
+} // namespace kx

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QColor>
+#include <QList>
+#include <QString>
+#include <functional>
+
+namespace kx {
+
+class AccContext;
+
+/// What the journal knows of the book it shows, and how its logic talks back
+/// to the control. The control owns one; the loading, saving, balance and
+/// editing classes read and write it instead of reaching into the widget.
+struct BookState {
+    AccContext *acc = nullptr;   ///< the host's context (not owned)
+    int docId = 0;               ///< the book shown (kxJournal.asID)
+    QString journalName;         ///< its name
+    int accId = 0;               ///< the account the book is kept for
+    int relativeAccId = 0;       ///< the book's relative account
+    QString direction;           ///< "借", "贷" or empty
+    bool isBottomClass = false;  ///< no books below it
+    bool isPacked = false;       ///< show the consolidated journal when it has books below it
+    int lastSumRow = 0;          ///< the last summary row
+    bool allowModify = false;
+    bool allowAudit = false;
+    bool dirty = false;
+
+    QColor hotBackColor{Qt::black};
+    QColor warnBackColor{Qt::black};
+    QColor lockedForeColor{Qt::black};
+    QColor modifiedForeColor{Qt::black};
+
+    QString colsFilter;
+    QString outlineKey;
+    QString listFields;
+    QString numericFields;
+    QString editFields;
+    QString dateFields;
+
+    QString priceFormat;
+    QString rateFormat;
+    QString quantityFormat;
+    QString accountFormat;
+    QString dateFormat;
+
+    QList<int> removedRecords;   ///< keys of rows taken out, deleted by the next save
+
+    /// A message for the user (text, show as a message box).
+    std::function<void(const QString &, bool)> prompt;
+    /// Asks the host before an operation; true when the host cancelled it.
+    std::function<bool(const QString &)> cancelledByHost;
+    /// Progress of a long operation: 0 to 100, -1 at the end.
+    std::function<void(int)> process;
+
+    /// True when the consolidated journal is shown (packed and not a bottom book).
+    bool isConsolidated() const { return isPacked && !isBottomClass; }
+    /// Whether \a key is in the "|"-delimited key list \a list.
+    static bool inList(const QString &list, const QString &key)
+    {
+        return !key.isEmpty() && list.contains(QLatin1Char('|') + key + QLatin1Char('|'));
+    }
+};
+
+} // namespace kx

@@ -1,0 +1,198 @@
+#include "kxjournal/Database.h"
+
+#include <QAtomicInt>
+#include <QSqlError>
+#include <QSqlRecord>
+#include <QRegularExpression>
+#include <QUrl>
+#include <QUrlQuery>
+
+namespace kx {
+
+namespace {
+
+QString nextConnectionName()
+{
+    static QAtomicInt counter;
+    return QStringLiteral("kxjournal-%1").arg(counter.fetchAndAddRelaxed(1) + 1);
+}
+
+QString errorText(const QSqlError &e)
+{
+    QString t = e.text().trimmed();
+    return t.isEmpty() ? QStringLiteral("未知的数据库错误") : t;
+}
+
+} // namespace
+
+Database::Database() : m_dialect(SqlDialect::create(SqlDialect::Sqlite)) {}
+
+Database::~Database()
+{
+    close();
+}
+
+Database::Database(Database &&other) noexcept
+    : m_db(std::move(other.m_db)), m_dialect(std::move(other.m_dialect)), m_url(std::move(other.m_url)),
+      m_connectionString(std::move(other.m_connectionString)), m_schema(std::move(other.m_schema)),
+      m_lastError(std::move(other.m_lastError)), m_engine(other.m_engine)
+{
+    other.m_db = QSqlDatabase();
+    other.m_dialect = SqlDialect::create(SqlDialect::Sqlite);
+    other.m_engine = NoEngine;
+}
+
+Database &Database::operator=(Database &&other) noexcept
+{
+    if (this != &other) {
+        close();
+        m_db = std::move(other.m_db);
+        m_dialect = std::move(other.m_dialect);
+        m_url = std::move(other.m_url);
+        m_connectionString = std::move(other.m_connectionString);
+        m_schema = std::move(other.m_schema);
+        m_lastError = std::move(other.m_lastError);
+        m_engine = other.m_engine;
+        other.m_db = QSqlDatabase();
+        other.m_dialect = SqlDialect::create(SqlDialect::Sqlite);
+        other.m_engine = NoEngine;
+    }
+    return *this;
+}
+
+Database Database::open(const QString &url)
+{
+    Database db;
+    db.m_url = url;
+    db.m_connectionString = url;
+    const QString name = nextConnectionName();
+    if (url.startsWith(QLatin1String("sqlite:"))) {
+        db.m_engine = SqliteEngine;
+        db.m_dialect = SqlDialect::create(SqlDialect::Sqlite);
+        QString path = url.mid(7);
+        if (path == QLatin1String(":memory:"))
+            path = QStringLiteral(":memory:");
+        if (path.isEmpty()) {
+            db.m_lastError = QStringLiteral("没有给出数据库文件：%1").arg(url);
+            return db;
+        }
+        db.m_db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        db.m_db.setDatabaseName(path);
+        db.m_db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
+    } else if (url.startsWith(QLatin1String("postgresql://")) || url.startsWith(QLatin1String("postgres://"))) {
+        db.m_engine = PostgresEngine;
+        db.m_dialect = SqlDialect::create(SqlDialect::Postgres);
+        const QUrl u(url);
+        const QString dbName = u.path().mid(1);
+        if (!u.isValid() || u.host().isEmpty() || dbName.isEmpty()) {
+            db.m_lastError = QStringLiteral("PostgreSQL 连接地址不正确：%1").arg(url);
+            return db;
+        }
+        db.m_db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), name);
+        db.m_db.setHostName(u.host());
+        db.m_db.setPort(u.port(5432));
+        db.m_db.setDatabaseName(dbName);
+        db.m_db.setUserName(u.userName());
+        if (!u.password().isEmpty())
+            db.m_db.setPassword(u.password());
+        db.m_db.setConnectOptions(QStringLiteral("connect_timeout=10"));
+        db.m_schema = QUrlQuery(u).queryItemValue(QStringLiteral("schema"));
+        static const QRegularExpression identifier(QStringLiteral("^[A-Za-z_][A-Za-z0-9_]*$"));
+        if (!db.m_schema.isEmpty() && !identifier.match(db.m_schema).hasMatch()) {
+            db.m_lastError = QStringLiteral("模式名“%1”不正确。").arg(db.m_schema);
+            return db;
+        }
+    } else if (url.startsWith(QLatin1String("odbc:"))) {
+        db.m_engine = OdbcEngine;
+        db.m_connectionString = url.mid(5);
+        db.m_dialect = SqlDialect::create(SqlDialect::odbcKind(db.m_connectionString));
+        db.m_db = QSqlDatabase::addDatabase(QStringLiteral("QODBC"), name);
+        db.m_db.setDatabaseName(db.m_connectionString);
+    } else {
+        db.m_lastError = QStringLiteral("不认识的数据库地址：%1（应以 sqlite:、postgresql:// 或 odbc: 开头）").arg(url);
+        return db;
+    }
+    if (!db.m_db.isValid()) {
+        db.m_lastError = QStringLiteral("缺少数据库驱动：%1").arg(errorText(db.m_db.lastError()));
+        return db;
+    }
+    if (!db.m_db.open()) {
+        db.m_lastError = QStringLiteral("无法打开数据库：%1").arg(errorText(db.m_db.lastError()));
+        return db;
+    }
+    if (!db.m_schema.isEmpty()) {
+        // A checked identifier: names cannot be bound as values.
+        QSqlQuery path(db.m_db);
+        if (!path.exec(QStringLiteral("SET search_path TO %1").arg(db.m_schema))) {
+            db.m_lastError = QStringLiteral("无法选用模式“%1”：%2").arg(db.m_schema, errorText(path.lastError()));
+            db.m_db.close();
+            return db;
+        }
+    }
+    if (db.m_engine == SqliteEngine) {
+        QSqlQuery pragma(db.m_db);
+        // A journal written by one program and read by others: WAL keeps
+        // readers going while a save is under way.
+        pragma.exec(QStringLiteral("PRAGMA journal_mode=WAL"));
+        pragma.exec(QStringLiteral("PRAGMA synchronous=NORMAL"));
+    }
+    return db;
+}
+
+bool Database::isOpen() const
+{
+    return m_db.isValid() && m_db.isOpen();
+}
+
+Result<QSqlQuery> Database::exec(const SqlStatement &statement, bool forwardOnly) const
+{
+    if (!isOpen()) {
+        m_lastError = m_lastError.isEmpty() ? QStringLiteral("数据库没有打开。") : m_lastError;
+        return Result<QSqlQuery>::failure(m_lastError);
+    }
+    QSqlQuery q(m_db);
+    q.setForwardOnly(forwardOnly);
+    // Amounts are fixed-point; numbers come back as text so no digit is lost.
+    q.setNumericalPrecisionPolicy(QSql::HighPrecision);
+    bool ok = false;
+    if (statement.binds.isEmpty()) {
+        ok = q.exec(statement.text);
+    } else if (q.prepare(statement.text)) {
+        for (const QVariant &v : statement.binds)
+            q.addBindValue(v);
+        ok = q.exec();
+    }
+    if (!ok) {
+        m_lastError = QStringLiteral("数据库操作失败：%1").arg(errorText(q.lastError()));
+        return Result<QSqlQuery>::failure(m_lastError);
+    }
+    m_lastError.clear();
+    return Result<QSqlQuery>(std::move(q));
+}
+
+Result<QVariant> Database::scalar(const SqlStatement &statement) const
+{
+    Result<QSqlQuery> r = exec(statement);
+    if (!r.ok())
+        return Result<QVariant>::failure(r.error());
+    QSqlQuery q = r.takeValue();
+    return q.next() ? q.value(0) : QVariant();
+}
+
+Status Database::run(const SqlStatement &statement) const
+{
+    Result<QSqlQuery> r = exec(statement);
+    return r.ok() ? Status(true) : Status::failure(r.error());
+}
+
+void Database::close()
+{
+    if (!m_db.isValid())
+        return;
+    const QString name = m_db.connectionName();
+    m_db.close();
+    m_db = QSqlDatabase();
+    QSqlDatabase::removeDatabase(name);
+}
+
+} // namespace kx

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "kxjournal/SqlDialect.h"
+
+namespace kx {
+
+/// The dialect of an ODBC connection to a desktop database (Access): Format() for dates, strings joined with &.
+class DesktopDialect : public SqlDialect
+{
+public:
+    Kind kind() const override;
+
+protected:
+    QString loadSelect() const override;
+};
+
+} // namespace kx

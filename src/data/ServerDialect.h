@@ -1,0 +1,17 @@
+#pragma once
+
+#include "kxjournal/SqlDialect.h"
+
+namespace kx {
+
+/// The dialect of an ODBC connection to a database server (SQL Server): dates built with CONVERT, strings joined with +.
+class ServerDialect : public SqlDialect
+{
+public:
+    Kind kind() const override;
+
+protected:
+    QString loadSelect() const override;
+};
+
+} // namespace kx
