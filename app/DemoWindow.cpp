@@ -1,26 +1,111 @@
 #include "DemoWindow.h"
 
-#include <kxjournal/GridModel.h>
-#include <kxjournal/GridView.h>
+#include <kxjournal/Journal.h>
+#include <kxjournal/SqlAccContext.h>
 
+#include <QAction>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMap>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QSplitter>
+#include <QSqlQuery>
 #include <QStatusBar>
+#include <QToolBar>
+#include <QTreeWidget>
 
-DemoWindow::DemoWindow(QWidget *parent)
-    : QMainWindow(parent), m_grid(new kx::GridModel(this)), m_view(new kx::GridView(this))
+DemoWindow::DemoWindow(kx::SqlAccContext *context, QWidget *parent)
+    : QMainWindow(parent), m_context(context), m_journal(new kx::Journal), m_books(new QTreeWidget),
+      m_message(new QLabel), m_progress(new QProgressBar)
 {
-    setWindowTitle(QStringLiteral("日记账"));
-    const QStringList headers{QStringLiteral("日期"), QStringLiteral("凭证号"), QStringLiteral("对方科目"),
-                              QStringLiteral("摘要"), QStringLiteral("借方金额"), QStringLiteral("贷方金额"),
-                              QStringLiteral("方向"), QStringLiteral("余额")};
-    m_grid->setCols(int(headers.size()) + 1);
-    m_grid->setColWidth(0, 28);
-    for (int c = 0; c < headers.size(); ++c) {
-        m_grid->setText(0, c + 1, headers.at(c));
-        m_grid->setColWidth(c + 1, c == 3 ? 220 : 100);
+    setWindowTitle(QStringLiteral("kxAccJournal 日记账 — 演示"));
+    m_journal->setAcc(context);
+    m_journal->setAccountFormat(QStringLiteral("#,##0.00"));
+    m_journal->setRateFormat(QStringLiteral("0.0000"));
+    m_journal->setLockedForeColor(QColor(0x5a, 0x6b, 0x86));
+    m_journal->setModifiedForeColor(QColor(0x00, 0x40, 0xc0));
+    m_journal->setHotBackColor(QColor(0xff, 0xf8, 0xd8));
+    m_journal->setWarnBackColor(QColor(0xff, 0xd8, 0xd8));
+    m_journal->setBackColorBkg(QColor(0xe8, 0xec, 0xf0));
+    m_journal->setBorderColor(QColor(0x9a, 0xa8, 0xb8));
+    m_journal->setOutlineKey(QStringLiteral("JnlDate"));
+
+    m_books->setHeaderLabels({QStringLiteral("日记账")});
+    m_books->header()->setStretchLastSection(true);
+    fillBookTree();
+    connect(m_books, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem *item) { onBookChosen(item); });
+
+    auto *split = new QSplitter;
+    split->addWidget(m_books);
+    split->addWidget(m_journal);
+    split->setStretchFactor(1, 1);
+    split->setSizes({200, 1000});
+    setCentralWidget(split);
+
+    QToolBar *bar = addToolBar(QStringLiteral("日记账"));
+    QAction *packed = bar->addAction(QStringLiteral("合并显示"));
+    packed->setCheckable(true);
+    connect(packed, &QAction::toggled, this, [this](bool on) {
+        m_journal->setIsPackedJnl(on);
+        m_journal->Load();
+    });
+    QAction *recalc = bar->addAction(QStringLiteral("刷新"));
+    connect(recalc, &QAction::triggered, this, [this] { m_journal->DoCommand(QStringLiteral("Refresh")); });
+
+    m_progress->setRange(0, 100);
+    m_progress->setMaximumWidth(180);
+    m_progress->hide();
+    statusBar()->addWidget(m_message, 1);
+    statusBar()->addPermanentWidget(m_progress);
+    connect(m_journal, &kx::Journal::Notify, this, [this](const QString &text, bool box) {
+        m_message->setText(text);
+        if (box)
+            QMessageBox::information(this, m_journal->Caption(), text);
+    });
+    connect(m_journal, &kx::Journal::Process, this, [this](int n) {
+        m_progress->setVisible(n >= 0);
+        if (n >= 0)
+            m_progress->setValue(n);
+    });
+    resize(1280, 760);
+}
+
+void DemoWindow::fillBookTree()
+{
+    QSqlQuery q(m_context->Connection().handle());
+    q.exec(QStringLiteral("Select asID, AssistCode, AssistName From kxJournal Order by AssistCode"));
+    QMap<QString, QTreeWidgetItem *> byCode;
+    while (q.next()) {
+        const QString code = q.value(1).toString();
+        QTreeWidgetItem *parent = nullptr;
+        for (int len = int(code.size()) - 1; len > 0 && !parent; --len)
+            parent = byCode.value(code.left(len));
+        auto *item = parent ? new QTreeWidgetItem(parent) : new QTreeWidgetItem(m_books);
+        item->setText(0, code + QLatin1Char(' ') + q.value(2).toString());
+        item->setData(0, Qt::UserRole, q.value(0).toInt());
+        item->setData(0, Qt::UserRole + 1, code);
+        byCode.insert(code, item);
     }
-    m_grid->setRows(11);
-    m_view->setGridModel(m_grid);
-    setCentralWidget(m_view);
-    statusBar()->showMessage(QStringLiteral("就绪"));
-    resize(1000, 600);
+    m_books->expandAll();
+}
+
+void DemoWindow::onBookChosen(QTreeWidgetItem *item)
+{
+    if (!item)
+        return;
+    m_journal->setDocID(item->data(0, Qt::UserRole).toInt());
+    m_journal->Load();
+}
+
+void DemoWindow::openBook(const QString &code)
+{
+    const QList<QTreeWidgetItem *> all = m_books->findItems(QStringLiteral("*"), Qt::MatchWildcard | Qt::MatchRecursive);
+    for (QTreeWidgetItem *item : all) {
+        if (item->data(0, Qt::UserRole + 1).toString() == code) {
+            m_books->setCurrentItem(item);
+            onBookChosen(item);
+            return;
+        }
+    }
 }

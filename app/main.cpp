@@ -1,22 +1,88 @@
 #include "DemoWindow.h"
 
+#include "data/SampleBooks.h"
+
+#include <kxjournal/Database.h>
+#include <kxjournal/Journal.h>
+#include <kxjournal/SqlAccContext.h>
+
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QScreen>
+#include <QDate>
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
 #include <QTimer>
 #include <cstdio>
+#include <memory>
 
 namespace {
 
-int runDemo(QApplication &app, const QString &screenshot)
+QString defaultDatabaseUrl()
 {
-    DemoWindow window;
+    const QString dir = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    QDir().mkpath(dir);
+    return QStringLiteral("sqlite:") + dir + QStringLiteral("/journal.db");
+}
+
+bool isNewSqliteFile(const QString &url)
+{
+    return url.startsWith(QLatin1String("sqlite:")) && url != QLatin1String("sqlite::memory:") &&
+           !QFileInfo::exists(url.mid(7));
+}
+
+int runSample(const QString &url, int records, int books)
+{
+    kx::Database db = kx::Database::open(url);
+    if (!db.isOpen()) {
+        std::fprintf(stderr, "kxjournal: %s\n", qPrintable(db.lastError()));
+        return 1;
+    }
+    kx::SampleOptions options;
+    options.records = records;
+    options.books = books;
+    const kx::Status made = kx::SampleBooks::create(db, options);
+    if (!made.ok()) {
+        std::fprintf(stderr, "kxjournal: %s\n", qPrintable(made.error()));
+        return 1;
+    }
+    std::printf("kxjournal: %d records in %d books written to %s\n", records, books, qPrintable(url));
+    return 0;
+}
+
+int runDemo(QCoreApplication &app, const QString &url, const QString &screenshot, const QString &book, bool packed)
+{
+    const bool fresh = isNewSqliteFile(url);
+    kx::Database db = kx::Database::open(url);
+    if (!db.isOpen()) {
+        std::fprintf(stderr, "kxjournal: %s\n", qPrintable(db.lastError()));
+        return 1;
+    }
+    if (fresh || url == QLatin1String("sqlite::memory:")) {
+        kx::SampleOptions options;
+        options.records = 3000;
+        const kx::Status made = kx::SampleBooks::create(db, options);
+        if (!made.ok()) {
+            std::fprintf(stderr, "kxjournal: %s\n", qPrintable(made.error()));
+            return 1;
+        }
+    }
+    kx::SqlAccContext context(std::move(db));
+    context.setUserName(QStringLiteral("演示用户"));
+    context.setDirectorName(QStringLiteral("王会计"));
+    context.setBeginDate(QDate(QDate::currentDate().year(), 1, 1));
+    context.setDocTypes(QStringLiteral("记|收|付|转"));
+    DemoWindow window(&context);
     window.show();
+    window.journal()->setIsPackedJnl(packed);
+    window.openBook(book);
     if (screenshot.isEmpty())
         return app.exec();
-    // Let the window lay itself out and paint once before it is captured.
     int rc = 1;
-    QTimer::singleShot(300, &window, [&] {
+    QTimer::singleShot(400, &window, [&] {
+        // Show the latest records, as a bookkeeper opening the book would see them.
+        window.journal()->setRow(window.journal()->Rows());
+        QCoreApplication::processEvents();
         rc = window.grab().save(screenshot) ? 0 : 1;
         if (rc != 0)
             std::fprintf(stderr, "kxjournal: cannot write %s\n", qPrintable(screenshot));
@@ -30,21 +96,45 @@ int runDemo(QApplication &app, const QString &screenshot)
 
 int main(int argc, char **argv)
 {
-    QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("kxjournal"));
+    // The command-line tool needs no screen; only the demo builds widgets.
+    bool tool = false;
+    for (int i = 1; i < argc; ++i)
+        tool = tool || qstrcmp(argv[i], "sample") == 0;
+    std::unique_ptr<QCoreApplication> instance(tool ? new QCoreApplication(argc, argv) : new QApplication(argc, argv));
+    QCoreApplication &app = *instance;
+    QCoreApplication::setApplicationName(QStringLiteral("kxjournal"));
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("kxAccJournal demo host and tool"));
+    parser.setApplicationDescription(QStringLiteral("kxAccJournal demo host and tool.\n\n"
+                                                    "  demo     open the demo host (the default)\n"
+                                                    "  sample   write sample books into a database"));
     parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("demo (the default)"));
-    QCommandLineOption screenshot(QStringLiteral("screenshot"),
-                                  QStringLiteral("Write a PNG of the window to FILE and quit."),
-                                  QStringLiteral("FILE"));
-    parser.addOption(screenshot);
+    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("demo or sample"));
+    const QCommandLineOption dbOption(QStringLiteral("db"), QStringLiteral("Database URL (sqlite:PATH, postgresql://…)."),
+                                      QStringLiteral("URL"));
+    const QCommandLineOption screenshot(QStringLiteral("screenshot"), QStringLiteral("Write a PNG of the window to FILE and quit."),
+                                        QStringLiteral("FILE"));
+    const QCommandLineOption records(QStringLiteral("records"), QStringLiteral("Records to write (sample)."),
+                                     QStringLiteral("N"), QStringLiteral("2000"));
+    const QCommandLineOption books(QStringLiteral("books"), QStringLiteral("Bottom books to fill, 1 to 5 (sample)."),
+                                   QStringLiteral("K"), QStringLiteral("5"));
+    const QCommandLineOption book(QStringLiteral("book"), QStringLiteral("Code of the book to open (demo)."),
+                                  QStringLiteral("CODE"), QStringLiteral("020101"));
+    const QCommandLineOption packed(QStringLiteral("packed"), QStringLiteral("Open the book consolidated (demo)."));
+    parser.addOptions({dbOption, screenshot, records, books, book, packed});
     parser.process(app);
     const QStringList args = parser.positionalArguments();
     const QString command = args.isEmpty() ? QStringLiteral("demo") : args.first();
-    if (command == QLatin1String("demo"))
-        return runDemo(app, parser.value(screenshot));
+    if (command == QLatin1String("sample")) {
+        if (!parser.isSet(dbOption)) {
+            std::fprintf(stderr, "kxjournal: sample needs --db URL\n");
+            return 2;
+        }
+        return runSample(parser.value(dbOption), parser.value(records).toInt(), parser.value(books).toInt());
+    }
+    if (command == QLatin1String("demo")) {
+        const QString url = parser.isSet(dbOption) ? parser.value(dbOption) : defaultDatabaseUrl();
+        return runDemo(app, url, parser.value(screenshot), parser.value(book), parser.isSet(packed));
+    }
     std::fprintf(stderr, "kxjournal: unknown command '%s'\n", qPrintable(command));
     return 2;
 }

@@ -52,6 +52,7 @@ struct GridColumn {
     QString key;
     QString format;
     QString comboList;
+    quint16 dataFont = 0;  ///< font of the data cells: 0 = the grid's, else index + 1 into the font-name table
     int width = -1;  ///< -1 = the default width
     int dataType = 0;
     int align = 0;   ///< Qt::Alignment bits; 0 = by data type
@@ -258,6 +259,10 @@ public:
     QString colComboList(int col) const;
     /// Sets the column's combo list.
     void setColComboList(int col, const QString &list);
+    /// Sets the font family of every data cell of column \a col, present and
+    /// future (cells' own font names in the column are dropped); empty text
+    /// returns them to the grid font.
+    void setColDataFont(int col, const QString &family);
     /// Moves column \a from (texts, looks, data, key and settings) to index \a to.
     void moveColTo(int from, int to);
 
@@ -318,6 +323,7 @@ private:
     template <typename Fn> void forRange(int r1, int c1, int r2, int c2, Fn fn);
     QVariant displayText(int row, int col) const;
     QVariant fontFor(int row, int col) const;
+    quint16 fontIndexOf(const QString &family);
     void resizeRowCells(detail::GridRow &row) const;
     void rebuildKeyIndex() const;
 

@@ -283,6 +283,14 @@ public:
     Q_INVOKABLE QString Get_AccCodeField(const QString &rFieldName, int rAccID);
     /// Sends a message to the host through Notify.
     Q_INVOKABLE void Prompt(const QString &rMsg, bool ShowBox = false);
+    /// Reads the records of book \a rDocID (0: the current book) into the grid;
+    /// true when the grid was filled.
+    Q_INVOKABLE bool Load(int rDocID = 0);
+    /// Lays the 29 columns down again in their places; every cell value stays.
+    Q_INVOKABLE void SetDefaultFormat();
+    /// Expands an explanation template for the current row ("[日期]", "[月份]",
+    /// "[科目名称]", "[]") and stores it as the row's explanation.
+    void ApplyExplainTemplate(const QString &rTemplate);
     /// Runs the command \a CommandName (exact, case-sensitive match); unknown names do nothing.
     Q_INVOKABLE void DoCommand(const QString &CommandName, const QString &CommandParameter = QString());
 
@@ -344,6 +352,11 @@ private:
     int rowOr(int row) const;
     QString accText(int accId, bool code) const;
     void copySelection();
+    void calculate(int startRow);
+    void recalculateAll();
+    void refresh();
+    void defaultFormatCommand();
+    void applyFormats();
     void onCursorChanged(int row, int col);
 
     std::unique_ptr<BookState> m_book;

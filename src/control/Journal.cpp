@@ -5,6 +5,10 @@
 #include "data/BookState.h"
 #include "kxjournal/Database.h"
 #include "kxjournal/GridView.h"
+#include "data/JournalDefinition.h"
+#include "ledger/BalanceCalculator.h"
+#include "ledger/BookLoader.h"
+#include "ledger/ColumnModel.h"
 #include "rows/GridClipboard.h"
 
 #include <QApplication>
@@ -30,6 +34,13 @@ Journal::Journal(QWidget *parent)
     m_book->prompt = [this](const QString &text, bool box) { Prompt(text, box); };
     m_book->cancelledByHost = [this](const QString &command) { return hostCancels(command); };
     m_book->process = [this](int n) { emit Process(n); };
+    m_book->caption = [this](const QString &text) { setCaption(text); };
+    m_book->optionIcon = [this](const QString &key) {
+        QToolButton *b = m_frame->optionButton();
+        b->setProperty("imageKey", key);
+        b->setText(key == QLatin1String("Jnl1") ? QStringLiteral("⧉") : QStringLiteral("☰"));
+    };
+    ColumnModel::define(*m_grid, *m_book);
 
     m_asker = [this](const QString &text, const QString &title) {
         return QMessageBox::question(this, title.isEmpty() ? Caption() : title, text,
@@ -44,6 +55,9 @@ Journal::Journal(QWidget *parent)
         m_menu->popup(m_frame->optionButton()->mapToGlobal(QPoint(0, m_frame->optionButton()->height())));
     });
     m_menu->bind(QStringLiteral("mnuCopy"), this, [this] { copySelection(); });
+    m_menu->bind(QStringLiteral("mnuRecalc"), this, [this] { recalculateAll(); });
+    m_menu->bind(QStringLiteral("mnuRefresh"), this, [this] { refresh(); });
+    m_menu->bind(QStringLiteral("mnuDefaultFormat"), this, [this] { defaultFormatCommand(); });
     connect(m_menu->item(QStringLiteral("mnuSideTask")), &QAction::triggered, this, [this](bool checked) {
         m_frame->setSidePanelVisible(checked);
         emit IconClick();
@@ -166,8 +180,8 @@ void Journal::setDirection(const QString &value)
 {
     if (value == m_book->direction)
         return;
-    m_book->direction =
-        value == u"借" || value == u"贷" ? value : QString();
+    m_book->direction = value == u"借" || value == u"贷" ? value : QString();
+    calculate(m_grid->row());
 }
 
 QString Journal::ObjName() const { return QStringLiteral("JournalRec"); }
@@ -224,7 +238,59 @@ int Journal::DocID() const { return m_book->docId; }
 
 void Journal::setDocID(int value)
 {
-    m_book->docId = value;
+    if (!m_acc) {
+        m_book->docId = value;
+        return;
+    }
+    JournalDefinition(m_acc->Connection(), *m_book).read(value);
+}
+
+bool Journal::Load(int rDocID)
+{
+    const BookLoader::Outcome outcome = BookLoader(*m_grid, *m_book).load(rDocID);
+    if (outcome == BookLoader::Loaded)
+        emit AfterLoaded();
+    return outcome == BookLoader::Loaded || outcome == BookLoader::Empty;
+}
+
+void Journal::SetDefaultFormat()
+{
+    ColumnModel::define(*m_grid, *m_book);
+}
+
+void Journal::ApplyExplainTemplate(const QString &rTemplate)
+{
+    ColumnModel::applyExplainTemplate(*m_grid, *m_book, m_grid->row(), rTemplate);
+}
+
+void Journal::calculate(int startRow)
+{
+    BalanceCalculator(*m_grid, *m_book).calculate(startRow);
+}
+
+void Journal::recalculateAll()
+{
+    calculate(m_grid->fixedRows());
+    Prompt(QStringLiteral("已经重新计算全部余额。"));
+}
+
+void Journal::refresh()
+{
+    if (!hostCancels(QStringLiteral("Refresh")))
+        Load();
+}
+
+void Journal::defaultFormatCommand()
+{
+    if (hostCancels(QStringLiteral("BeforeFormat")))
+        return;
+    SetDefaultFormat();
+    hostCancels(QStringLiteral("AfterFormated"));
+}
+
+void Journal::applyFormats()
+{
+    ColumnModel::applyFormats(*m_grid, *m_book);
 }
 
 QDate Journal::JnlDate() const
@@ -272,6 +338,12 @@ void Journal::DoCommand(const QString &CommandName, const QString &CommandParame
         copySelection();
     } else if (CommandName == QLatin1String("Find")) {
         // Accepted and ignored: a find runs through Find().
+    } else if (CommandName == QLatin1String("DefaultFormat")) {
+        SetDefaultFormat();
+    } else if (CommandName == QLatin1String("Refresh")) {
+        refresh();
+    } else if (CommandName == QLatin1String("AfterSetFormat") || CommandName == QLatin1String("SetColFont")) {
+        applyFormats();
     } else if (CommandName == QLatin1String("SideVisible")) {
         const bool on = CommandParameter == QLatin1String("True");
         m_menu->item(QStringLiteral("mnuSideTask"))->setChecked(on);

@@ -30,6 +30,12 @@ struct BookState {
     QColor warnBackColor{Qt::black};
     QColor lockedForeColor{Qt::black};
     QColor modifiedForeColor{Qt::black};
+    QColor highlightForeColor{0xd0, 0x00, 0x00};  ///< a balance on the wrong side
+    QColor summaryForeColor{0x00, 0x00, 0xa0};    ///< totals of summary rows
+
+    int rowHeight = 22;        ///< every row
+    int headerRowHeight = 24;  ///< the header row
+    int sumRowHeight = 38;     ///< summary rows (two-line totals)
 
     QString colsFilter;
     QString outlineKey;
@@ -45,6 +51,8 @@ struct BookState {
     QString dateFormat;
 
     QList<int> removedRecords;   ///< keys of rows taken out, deleted by the next save
+    QString amountColumns;       ///< the money and balance columns ("|Debit|…|")
+    QString explainList;         ///< the Explain drop-down list, read on first use
 
     /// A message for the user (text, show as a message box).
     std::function<void(const QString &, bool)> prompt;
@@ -52,6 +60,10 @@ struct BookState {
     std::function<bool(const QString &)> cancelledByHost;
     /// Progress of a long operation: 0 to 100, -1 at the end.
     std::function<void(int)> process;
+    /// Shows a caption in the header strip.
+    std::function<void(const QString &)> caption;
+    /// Gives the option button its picture ("Jnl" for a book, "Jnl1" consolidated).
+    std::function<void(const QString &)> optionIcon;
 
     /// True when the consolidated journal is shown (packed and not a bottom book).
     bool isConsolidated() const { return isPacked && !isBottomClass; }

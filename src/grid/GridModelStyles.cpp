@@ -97,24 +97,44 @@ void GridModel::setCellBold(int r1, int c1, int r2, int c2, bool bold)
     });
 }
 
+quint16 GridModel::fontIndexOf(const QString &family)
+{
+    if (family.isEmpty())
+        return 0;
+    int idx = int(m_fontNames.indexOf(family)) + 1;
+    if (idx == 0) {
+        m_fontNames << family;
+        idx = int(m_fontNames.size());
+    }
+    return quint16(idx);
+}
+
 QString GridModel::cellFontName(int row, int col) const
 {
     const CellStyle *s = styleAt(row, col);
     if (s && s->fontIndex > 0)
         return m_fontNames.at(s->fontIndex - 1);
+    if (isDataRow(row) && isCell(row, col) && m_cols[std::size_t(col)].dataFont > 0)
+        return m_fontNames.at(m_cols[std::size_t(col)].dataFont - 1);
     return m_font.family();
+}
+
+void GridModel::setColDataFont(int col, const QString &family)
+{
+    if (col < 0 || col >= cols())
+        return;
+    m_cols[std::size_t(col)].dataFont = fontIndexOf(family);
+    for (int r = m_fixedRows; r < rows(); ++r) {
+        const auto &extra = m_rows[std::size_t(r)].extra;
+        if (extra && !extra->styles.empty())
+            extra->styles[std::size_t(col)].fontIndex = 0;
+    }
+    notifyCells(m_fixedRows, col, rows() - 1, col);
 }
 
 void GridModel::setCellFontName(int r1, int c1, int r2, int c2, const QString &family)
 {
-    int idx = 0;
-    if (!family.isEmpty()) {
-        idx = int(m_fontNames.indexOf(family)) + 1;
-        if (idx == 0) {
-            m_fontNames << family;
-            idx = int(m_fontNames.size());
-        }
-    }
+    const int idx = fontIndexOf(family);
     forRange(r1, c1, r2, c2, [&](int r, int c) {
         if (idx == 0 && !styleAt(r, c))
             return;
@@ -150,13 +170,16 @@ void GridModel::clearCellStyles(int r1, int c1, int r2, int c2)
 QVariant GridModel::fontFor(int row, int col) const
 {
     const CellStyle *s = styleAt(row, col);
+    const int colFont = isDataRow(row) ? m_cols[std::size_t(col)].dataFont : 0;
     const bool own = s && (s->fontIndex > 0 || (s->flags & CellStyle::HasBold));
-    if (!own)
+    if (!own && colFont == 0)
         return m_fontSet ? QVariant(m_font) : QVariant();
     QFont f = m_font;
-    if (s->fontIndex > 0)
+    if (s && s->fontIndex > 0)
         f.setFamilies({m_fontNames.at(s->fontIndex - 1)});
-    if (s->flags & CellStyle::HasBold)
+    else if (colFont > 0)
+        f.setFamilies({m_fontNames.at(colFont - 1)});
+    if (s && (s->flags & CellStyle::HasBold))
         f.setBold(s->flags & CellStyle::Bold);
     return f;
 }

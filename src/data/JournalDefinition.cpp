@@ -1,0 +1,123 @@
+#include "data/JournalDefinition.h"
+
+#include "data/BookState.h"
+#include "kxjournal/Database.h"
+
+#include <QSqlRecord>
+#include <QStringList>
+
+namespace kx {
+
+namespace {
+
+// The number after the first "|" of "label|number"; 0 when there is none.
+int numberAfterBar(const QString &s)
+{
+    const int bar = int(s.indexOf(QLatin1Char('|')));
+    return bar < 0 ? 0 : s.mid(bar + 1).trimmed().toInt();
+}
+
+} // namespace
+
+JournalDefinition::JournalDefinition(const Database &db, BookState &book) : m_db(db), m_book(book) {}
+
+QString JournalDefinition::fieldOf(const QString &name, int id) const
+{
+    Result<QSqlQuery> r = m_db.exec(m_db.dialect().journalById(id));
+    if (!r.ok())
+        return {};
+    QSqlQuery q = r.takeValue();
+    if (!q.next())
+        return {};
+    // The first field of that name; engines that fold names to lower case
+    // still match the name as written.
+    const QSqlRecord rec = q.record();
+    for (int i = 0; i < rec.count(); ++i) {
+        if (rec.fieldName(i) == name)
+            return q.value(i).toString();
+    }
+    for (int i = 0; i < rec.count(); ++i) {
+        if (rec.fieldName(i).compare(name, Qt::CaseInsensitive) == 0)
+            return q.value(i).toString();
+    }
+    return {};
+}
+
+QString JournalDefinition::field(const QString &name, int &id) const
+{
+    if (id == 0)
+        id = m_book.docId;
+    return fieldOf(name, id);
+}
+
+QString JournalDefinition::codeOf(int id) const
+{
+    return fieldOf(QStringLiteral("AssistCode"), id);
+}
+
+void JournalDefinition::read(int id)
+{
+    m_book.docId = id;
+    int current = 0;
+    m_book.direction = field(QStringLiteral("ZipCode"), current);
+    m_book.accId = numberAfterBar(field(QStringLiteral("Address"), current));
+    m_book.relativeAccId = numberAfterBar(field(QStringLiteral("Header"), current));
+    m_book.journalName = fieldOf(QStringLiteral("AssistName"), id);
+    m_book.isBottomClass = subordinateIds().size() == 1;
+}
+
+QList<int> JournalDefinition::subordinateIds() const
+{
+    QList<int> ids;
+    Result<QSqlQuery> self = m_db.exec(m_db.dialect().journalById(m_book.docId));
+    if (!self.ok())
+        return ids;
+    QSqlQuery book = self.takeValue();
+    // No such book: no list (an empty code would otherwise match every book).
+    if (!book.next())
+        return ids;
+    const QString code = book.record().value(QStringLiteral("AssistCode")).toString();
+    book.finish();
+    Result<QSqlQuery> r = m_db.exec(m_db.dialect().journalSubtree(code));
+    if (!r.ok())
+        return ids;
+    QSqlQuery q = r.takeValue();
+    while (q.next())
+        ids << q.record().value(QStringLiteral("asID")).toInt();
+    return ids;
+}
+
+QString JournalDefinition::subordinateList() const
+{
+    const QList<int> ids = subordinateIds();
+    QString list;
+    for (int id : ids)
+        list += QLatin1Char('|') + QString::number(id);
+    if (!list.isEmpty())
+        list += QLatin1Char('|');
+    return list;
+}
+
+QString JournalDefinition::caption() const
+{
+    if (m_book.docId == 0)
+        return QStringLiteral("流水账");
+    const QString code = codeOf(m_book.docId);
+    QString caption;
+    Result<QSqlQuery> r = m_db.exec(m_db.dialect().journalGroup(code.left(4)));
+    if (r.ok()) {
+        QSqlQuery q = r.takeValue();
+        while (q.next()) {
+            const QString rowCode = q.value(1).toString();
+            if (code.startsWith(rowCode))
+                caption += QLatin1Char('\\') + q.value(0).toString();
+        }
+    }
+    if (caption.startsWith(QLatin1Char('\\')))
+        caption.remove(0, 1);
+    if (m_book.isConsolidated())
+        caption += QStringLiteral("(合并日记账)");
+    return caption;
+}
+
+} // namespace kx

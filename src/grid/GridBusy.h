@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+
+namespace kx {
+
+class GridModel;
+
+/// For the length of a scope: the grid carries a busy tag (its change
+/// handlers stand aside), redraw is off, and the mouse pointer is the
+/// hourglass when there is a screen. Everything is put back on the way out.
+class GridBusy
+{
+public:
+    /// Marks \a grid busy with \a tag.
+    GridBusy(GridModel &grid, const QString &tag);
+    ~GridBusy();
+    GridBusy(const GridBusy &) = delete;
+    GridBusy &operator=(const GridBusy &) = delete;
+
+private:
+    GridModel &m_grid;
+    QString m_tag;
+    bool m_redraw;
+    bool m_cursor;
+};
+
+} // namespace kx

@@ -1,0 +1,132 @@
+#include "ledger/BalanceCalculator.h"
+
+#include "data/BookState.h"
+#include "grid/GridBusy.h"
+#include "kxjournal/GridModel.h"
+#include "ledger/RowLook.h"
+
+namespace kx {
+
+namespace {
+
+const QString LineBreak = QStringLiteral("\r\n");
+
+// The two lines of a summary cell: the text before the first CR, and the
+// text after the first LF (empty when there is none).
+void twoLines(const QString &text, Currency &first, Currency &second)
+{
+    const int cr = int(text.indexOf(QLatin1Char('\r')));
+    const int lf = int(text.indexOf(QLatin1Char('\n')));
+    const QStringView whole(text);
+    first = Currency::fromText(cr < 0 ? whole : whole.left(cr)).valueOr(Currency());
+    second = lf < 0 ? Currency() : Currency::fromText(whole.mid(lf + 1)).valueOr(Currency());
+}
+
+Currency amountAt(const GridModel &grid, int row, int col)
+{
+    return Currency::fromText(grid.text(row, col)).valueOr(Currency());
+}
+
+} // namespace
+
+BalanceCalculator::BalanceCalculator(GridModel &grid, const BookState &book)
+    : m_grid(grid), m_book(book), m_debit(grid.colIndex(QStringLiteral("Debit"))),
+      m_credit(grid.colIndex(QStringLiteral("Credit"))), m_forex(grid.colIndex(QStringLiteral("Forex"))),
+      m_dir(grid.colIndex(QStringLiteral("Dir"))), m_balance(grid.colIndex(QStringLiteral("Balance"))),
+      m_fxBalance(grid.colIndex(QStringLiteral("fxBalance"))), m_tag(grid.colIndex(QStringLiteral("Tag"))),
+      m_outline(RowLook::outlineColumn(grid, book))
+{
+}
+
+QString BalanceCalculator::pair(Currency first, Currency second) const
+{
+    return first.format(m_book.accountFormat) + LineBreak + second.format(m_book.accountFormat);
+}
+
+void BalanceCalculator::readSummary(int row, Totals &t) const
+{
+    twoLines(m_grid.text(row, m_debit), t.periodDebit, t.cumDebit);
+    twoLines(m_grid.text(row, m_credit), t.periodCredit, t.cumCredit);
+    twoLines(m_grid.text(row, m_forex), t.periodFxDebit, t.periodFxCredit);
+    twoLines(m_grid.cellData(row, m_forex).toString(), t.cumFxDebit, t.cumFxCredit);
+    t.balance = t.cumDebit - t.cumCredit;
+    t.fxBalance = t.cumFxDebit - t.cumFxCredit;
+}
+
+void BalanceCalculator::writeSummary(int row, Totals &t)
+{
+    m_grid.setText(row, m_debit, pair(t.periodDebit, t.cumDebit));
+    m_grid.setText(row, m_credit, pair(t.periodCredit, t.cumCredit));
+    m_grid.setText(row, m_forex, pair(t.periodFxDebit, t.periodFxCredit));
+    m_grid.setCellData(row, m_forex, pair(t.cumFxDebit, t.cumFxCredit));
+    m_grid.setCellForeColor(row, m_debit, row, m_debit, m_book.summaryForeColor);
+    m_grid.setCellForeColor(row, m_credit, row, m_credit, m_book.summaryForeColor);
+    t.periodDebit = t.periodCredit = t.periodFxDebit = t.periodFxCredit = Currency();
+}
+
+void BalanceCalculator::writeBalance(int row, const Totals &t)
+{
+    const bool debitBook = m_book.direction == u"借";
+    const bool creditBook = m_book.direction == u"贷";
+    m_grid.setText(row, m_dir, m_book.direction);
+    m_grid.setText(row, m_balance, (debitBook || creditBook ? t.balance.abs() : t.balance).toString());
+    const bool highlight = (debitBook && t.balance.sign() > 0) || (creditBook && t.balance.sign() < 0);
+    // Clearing a colour that was never set costs nothing; only set it when needed.
+    if (highlight || m_grid.cellForeColor(row, m_balance).isValid())
+        m_grid.setCellForeColor(row, m_balance, row, m_balance, highlight ? m_book.highlightForeColor : QColor());
+    m_grid.setText(row, m_fxBalance, t.fxBalance.toString());
+}
+
+void BalanceCalculator::calculate(int startRow)
+{
+    const int first = m_grid.fixedRows();
+    if (m_grid.rows() <= first)
+        return;
+    GridBusy busy(m_grid, QStringLiteral("Calculate"));
+    if (startRow == 0)
+        startRow = m_grid.row();
+    if (startRow != m_book.lastSumRow && startRow > first)
+        startRow = m_book.lastSumRow;
+    if (startRow < first || startRow >= m_grid.rows())
+        startRow = first;
+
+    Totals t;
+    int row = startRow;
+    if (startRow != first) {
+        readSummary(startRow, t);
+        ++row;
+    }
+    const int last = m_grid.rows();
+    for (; row < last; ++row) {
+        if (m_grid.text(row, m_outline).isEmpty()) {
+            m_grid.setText(row, m_dir, QString());
+            m_grid.setText(row, m_balance, QString());
+            m_grid.setText(row, m_fxBalance, QString());
+            continue;
+        }
+        if (m_grid.text(row, m_tag).toInt() < 0) {
+            writeSummary(row, t);
+        } else {
+            const Currency debit = amountAt(m_grid, row, m_debit);
+            const Currency credit = amountAt(m_grid, row, m_credit);
+            const Currency forex = amountAt(m_grid, row, m_forex);
+            t.periodDebit += debit;
+            t.cumDebit += debit;
+            t.periodCredit += credit;
+            t.cumCredit += credit;
+            t.balance += debit - credit;
+            // A zero foreign amount goes to the credit side, where it changes nothing.
+            if (forex.sign() > 0) {
+                t.periodFxDebit += forex;
+                t.cumFxDebit += forex;
+            } else {
+                t.periodFxCredit -= forex;
+                t.cumFxCredit -= forex;
+            }
+            t.fxBalance += forex;
+        }
+        writeBalance(row, t);
+    }
+}
+
+} // namespace kx

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "kxjournal/Currency.h"
+
+namespace kx {
+
+class GridModel;
+struct BookState;
+
+/// Running balances down the journal grid, in fixed-point currency.
+///
+/// Record rows get their balance, foreign balance and direction; summary rows
+/// get their period and cumulative totals (two lines) and carry the balance
+/// through; blank rows are cleared and skipped. A pass starts at the first
+/// data row or at the last summary row, never in between.
+class BalanceCalculator
+{
+public:
+    /// Works on \a grid for the book in \a book.
+    BalanceCalculator(GridModel &grid, const BookState &book);
+
+    /// Recalculates from \a startRow (0: the current row) to the last row.
+    void calculate(int startRow);
+
+private:
+    struct Totals {
+        Currency periodDebit, periodCredit, cumDebit, cumCredit;
+        Currency periodFxDebit, periodFxCredit, cumFxDebit, cumFxCredit;
+        Currency balance, fxBalance;
+    };
+
+    void readSummary(int row, Totals &t) const;
+    void writeSummary(int row, Totals &t);
+    void writeBalance(int row, const Totals &t);
+    QString pair(Currency first, Currency second) const;
+
+    GridModel &m_grid;
+    const BookState &m_book;
+    int m_debit, m_credit, m_forex, m_dir, m_balance, m_fxBalance, m_tag, m_outline;
+};
+
+} // namespace kx
