@@ -178,9 +178,10 @@ QString Journal::Direction() const { return m_book->direction; }
 
 void Journal::setDirection(const QString &value)
 {
-    if (value == m_book->direction)
+    const QString kept = value == u"借" || value == u"贷" ? value : QString();
+    if (kept == m_book->direction)
         return;
-    m_book->direction = value == u"借" || value == u"贷" ? value : QString();
+    m_book->direction = kept;
     calculate(m_grid->row());
 }
 

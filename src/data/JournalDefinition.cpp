@@ -104,7 +104,9 @@ QString JournalDefinition::caption() const
         return QStringLiteral("流水账");
     const QString code = codeOf(m_book.docId);
     QString caption;
-    Result<QSqlQuery> r = m_db.exec(m_db.dialect().journalGroup(code.left(4)));
+    // Every ancestor's code begins with the book's first character, however
+    // long the top-level codes are (01 → 0102 → 010201).
+    Result<QSqlQuery> r = m_db.exec(m_db.dialect().journalGroup(code.left(1)));
     if (r.ok()) {
         QSqlQuery q = r.takeValue();
         while (q.next()) {

@@ -1,0 +1,193 @@
+#include "QtPrinters.h"
+
+#include "data/BookState.h"
+#include "ledger/BalanceCalculator.h"
+#include "ledger/ColumnModel.h"
+
+#include <kxjournal/GridModel.h>
+#include <kxjournal/Journal.h>
+
+#include <QAction>
+#include <QMenu>
+#include <gtest/gtest.h>
+
+using kx::GridModel;
+
+namespace {
+
+// A laid-out journal grid; rows are added as date, debit, credit, forex, tag.
+class Balances : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        kx::ColumnModel::define(grid, book);
+        book.accountFormat = QStringLiteral("0.00");
+    }
+
+    int add(const char *date, const char *debit, const char *credit, const char *forex = "", const char *tag = "0")
+    {
+        const int r = grid.rows();
+        grid.setRows(r + 1);
+        grid.setText(r, QStringLiteral("JnlDate"), QString::fromLatin1(date));
+        grid.setText(r, QStringLiteral("Debit"), QString::fromLatin1(debit));
+        grid.setText(r, QStringLiteral("Credit"), QString::fromLatin1(credit));
+        grid.setText(r, QStringLiteral("Forex"), QString::fromLatin1(forex));
+        grid.setText(r, QStringLiteral("Tag"), QString::fromLatin1(tag));
+        return r;
+    }
+
+    QString cell(int row, const char *key) const { return grid.text(row, QString::fromLatin1(key)); }
+    void calculate(int start) { kx::BalanceCalculator(grid, book).calculate(start); }
+
+    GridModel grid;
+    kx::BookState book;
+};
+
+} // namespace
+
+TEST_F(Balances, HeaderOnlyGridIsLeftAlone)
+{
+    calculate(1);
+    EXPECT_EQ(grid.rows(), 1);
+    EXPECT_EQ(grid.tag(), QString());
+}
+
+TEST_F(Balances, RunsAcrossBlankAndSummaryRowsWithPeriodAndCumulativeTotals)
+{
+    book.direction = QStringLiteral("借");
+    add("2026-01-01", "1000", "");                       // 1 opening
+    add("2026-01-05", "250.50", "");                     // 2
+    add("", "999", "999");                               // 3 blank: no balance, no effect
+    add("2026-01-20", "", "100.25");                     // 4
+    const int sum = add("2026-01-31", "", "", "", "-1"); // 5 sub-total
+    add("2026-02-03", "10", "");                         // 6
+    const int sum2 = add("2026-02-28", "", "", "", "-1");
+
+    calculate(1);
+    EXPECT_EQ(cell(1, "Balance"), QStringLiteral("1000"));
+    EXPECT_EQ(cell(2, "Balance"), QStringLiteral("1250.5"));
+    EXPECT_EQ(cell(3, "Balance"), QString());
+    EXPECT_EQ(cell(3, "Dir"), QString());
+    EXPECT_EQ(cell(4, "Balance"), QStringLiteral("1150.25"));
+    EXPECT_EQ(cell(4, "Dir"), QStringLiteral("借"));
+    EXPECT_EQ(cell(sum, "Debit"), QStringLiteral("1250.50\r\n1250.50"));
+    EXPECT_EQ(cell(sum, "Credit"), QStringLiteral("100.25\r\n100.25"));
+    EXPECT_EQ(cell(sum, "Balance"), QStringLiteral("1150.25")) << "the balance passes through the summary row";
+    EXPECT_EQ(cell(6, "Balance"), QStringLiteral("1160.25"));
+    EXPECT_EQ(cell(sum2, "Debit"), QStringLiteral("10.00\r\n1260.50")) << "periods restart, cumulative goes on";
+    EXPECT_EQ(cell(sum2, "Credit"), QStringLiteral("0.00\r\n100.25"));
+    EXPECT_EQ(grid.cellForeColor(sum, grid.colIndex(QStringLiteral("Debit"))), book.summaryForeColor);
+    EXPECT_EQ(grid.tag(), QString()) << "the busy tag is put back";
+    EXPECT_TRUE(grid.redraw());
+}
+
+TEST_F(Balances, StartsAtTheFirstRowOrTheLastSummaryRowNeverBetween)
+{
+    book.direction = QStringLiteral("借");
+    add("2026-01-01", "100", "");
+    add("2026-01-02", "50", "");
+    const int sum = add("2026-01-31", "", "", "", "-1");
+    add("2026-02-01", "5", "");
+    add("2026-02-02", "", "1");
+    calculate(1);
+    book.lastSumRow = sum;
+    // Figures above the anchor change, and so does the anchor's own record of them.
+    grid.setText(2, QStringLiteral("Debit"), QStringLiteral("7000"));
+    grid.setText(sum, QStringLiteral("Debit"), QStringLiteral("1.00\r\n500.00"));
+    grid.setText(sum, QStringLiteral("Credit"), QStringLiteral("0.00\r\n0.00"));
+
+    calculate(5); // asked for a row below the anchor: starts at the anchor and reads it back
+    EXPECT_EQ(cell(4, "Balance"), QStringLiteral("505"));
+    EXPECT_EQ(cell(5, "Balance"), QStringLiteral("504"));
+    EXPECT_EQ(cell(2, "Balance"), QStringLiteral("150")) << "rows above the anchor are not touched";
+
+    grid.setCursor(4, 1);
+    calculate(0); // the current row, anchored the same way
+    EXPECT_EQ(cell(5, "Balance"), QStringLiteral("504"));
+
+    calculate(1); // from the top everything is rebuilt
+    EXPECT_EQ(cell(2, "Balance"), QStringLiteral("7100"));
+    EXPECT_EQ(cell(5, "Balance"), QStringLiteral("7104"));
+    EXPECT_EQ(cell(sum, "Debit"), QStringLiteral("7100.00\r\n7100.00"));
+
+    book.lastSumRow = 0;
+    calculate(4); // no anchor: from the first data row
+    EXPECT_EQ(cell(5, "Balance"), QStringLiteral("7104"));
+}
+
+TEST_F(Balances, DirectionDecidesSignAndHighlight)
+{
+    add("2026-01-01", "", "30");
+    add("2026-01-02", "", "20");
+    const int bal = grid.colIndex(QStringLiteral("Balance"));
+    book.direction = QStringLiteral("贷");
+    calculate(1);
+    EXPECT_EQ(cell(2, "Balance"), QStringLiteral("50"));
+    EXPECT_EQ(cell(2, "Dir"), QStringLiteral("贷"));
+    EXPECT_EQ(grid.cellForeColor(2, bal), book.highlightForeColor);
+
+    book.direction = QStringLiteral("借");
+    calculate(1);
+    EXPECT_EQ(cell(2, "Balance"), QStringLiteral("50")) << "the same magnitude";
+    EXPECT_FALSE(grid.cellForeColor(2, bal).isValid()) << "in the normal colour";
+
+    book.direction = QString();
+    calculate(1);
+    EXPECT_EQ(cell(2, "Balance"), QStringLiteral("-50")) << "no fixed direction: signed";
+    EXPECT_EQ(cell(2, "Dir"), QString());
+
+    grid.setText(1, QStringLiteral("Debit"), QStringLiteral("100"));
+    grid.setText(1, QStringLiteral("Credit"), QString());
+    book.direction = QStringLiteral("借");
+    calculate(1);
+    EXPECT_EQ(cell(1, "Balance"), QStringLiteral("100"));
+    EXPECT_EQ(grid.cellForeColor(1, bal), book.highlightForeColor);
+}
+
+TEST_F(Balances, ForeignAmountsGoToTheirSideAndZeroToCredit)
+{
+    book.direction = QStringLiteral("借");
+    add("2026-01-01", "710", "", "100");
+    add("2026-01-02", "", "71", "-10");
+    add("2026-01-03", "5", "", "0");
+    const int sum = add("2026-01-31", "", "", "", "-1");
+    add("2026-02-01", "", "", "-0.5");
+    const int sum2 = add("2026-02-28", "", "", "", "-1");
+    calculate(1);
+    EXPECT_EQ(cell(3, "fxBalance"), QStringLiteral("90"));
+    EXPECT_EQ(cell(sum, "Forex"), QStringLiteral("100.00\r\n10.00"));
+    EXPECT_EQ(grid.cellData(sum, grid.colIndex(QStringLiteral("Forex"))).toString(), QStringLiteral("100.00\r\n10.00"));
+    EXPECT_EQ(cell(sum2, "Forex"), QStringLiteral("0.00\r\n0.50"));
+    EXPECT_EQ(grid.cellData(sum2, grid.colIndex(QStringLiteral("Forex"))).toString(), QStringLiteral("100.00\r\n10.50"));
+
+    // Starting again at the second summary row reads the hidden cumulative pair back.
+    book.lastSumRow = sum2;
+    add("2026-03-01", "", "", "2");
+    calculate(sum2 + 1);
+    EXPECT_EQ(cell(sum2 + 1, "fxBalance"), QStringLiteral("91.5"));
+}
+
+TEST(JournalBalances, DirectionChangeRecalculatesAndMenuReportsIt)
+{
+    kx::Journal j;
+    kx::GridModel *g = j.Grid();
+    g->setRows(3);
+    g->setText(1, QStringLiteral("JnlDate"), QStringLiteral("2026-01-01"));
+    g->setText(1, QStringLiteral("Credit"), QStringLiteral("40"));
+    g->setText(2, QStringLiteral("JnlDate"), QStringLiteral("2026-01-02"));
+    g->setText(2, QStringLiteral("Debit"), QStringLiteral("15"));
+    g->setCursor(1, 1);
+    j.setDirection(QStringLiteral("借方"));
+    EXPECT_EQ(j.Direction(), QString());
+    EXPECT_EQ(g->text(2, QStringLiteral("Balance")), QString()) << "same value (empty): nothing runs";
+    j.setDirection(QStringLiteral("贷"));
+    EXPECT_EQ(g->text(2, QStringLiteral("Balance")), QStringLiteral("25"));
+
+    QStringList said;
+    QObject::connect(&j, &kx::Journal::Notify, [&](const QString &m, bool) { said << m; });
+    g->setText(2, QStringLiteral("Debit"), QStringLiteral("50"));
+    j.contextMenu()->findChild<QAction *>(QStringLiteral("mnuRecalc"))->trigger();
+    EXPECT_EQ(g->text(2, QStringLiteral("Balance")), QStringLiteral("10"));
+    EXPECT_EQ(said, QStringList{QStringLiteral("已经重新计算全部余额。")});
+}
