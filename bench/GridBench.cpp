@@ -1,6 +1,5 @@
 #include <kxjournal/GridModel.h>
 
-#include <QCoreApplication>
 #include <benchmark/benchmark.h>
 #include <memory>
 
@@ -46,12 +45,3 @@ void BM_GridFillFromArray(benchmark::State &state)
 BENCHMARK(BM_GridFillFromArray)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 } // namespace
-
-int main(int argc, char **argv)
-{
-    QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

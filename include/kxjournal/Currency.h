@@ -64,6 +64,9 @@ public:
     /// Plain text: no grouping, no trailing zeros ("1250.5", "0", "-0.01").
     /// The invalid value gives "#溢出".
     QString toString() const;
+    /// Writes toString()'s text into \a buf (room for 32 characters) and
+    /// returns its length; for passes that compare before they allocate.
+    int toChars(char16_t *buf) const;
     /// Text in a numeric format such as "#,##0.00", "0.0000", "¥#,##0.00" or
     /// "#,##0.00;(#,##0.00);-" (positive;negative;zero sections). An empty
     /// format gives toString().

@@ -41,6 +41,8 @@ struct GridRow {
     std::vector<QString> cells;
     QVariant data;
     std::unique_ptr<RowExtra> extra;
+    QRgb fore = 0;    ///< text colour of the row's data cells without their own
+    bool hasFore = false;
     int height = -1;  ///< -1 = the default height
     int outline = 0;
     bool hidden = false;
@@ -143,6 +145,9 @@ public:
     // ---- cells ----
     /// Cell text; empty outside the grid.
     QString text(int row, int col) const;
+    /// Cell text without a copy, for passes over many rows; valid until the
+    /// cell or the grid's shape changes. Empty outside the grid.
+    const QString &textRef(int row, int col) const;
     /// Cell text of the column keyed \a key.
     QString text(int row, const QString &key) const { return text(row, colIndex(key)); }
     /// Writes a cell text (ignored outside the grid).
@@ -164,10 +169,17 @@ public:
     void setCellData(int row, int col, const QVariant &value);
 
     // ---- styles over ranges (inclusive, any corner order) ----
-    /// Fore colour of a cell (invalid when the cell has none of its own).
+    /// Fore colour of a cell: its own, else its row's (invalid when neither is set).
     QColor cellForeColor(int row, int col) const;
     /// Sets the fore colour of a range; an invalid colour clears it.
     void setCellForeColor(int r1, int c1, int r2, int c2, const QColor &color);
+    /// Sets the fore colour of one cell; an invalid colour clears it.
+    void setCellForeColor(int row, int col, const QColor &color);
+    /// Text colour of the data cells of a whole row (invalid when none).
+    QColor rowForeColor(int row) const;
+    /// Colours the text of every data cell of \a row: cells' own fore colours
+    /// are dropped, so the whole row takes \a color (invalid: the normal colour).
+    void setRowForeColor(int row, const QColor &color);
     /// Back colour of a cell (invalid when the cell has none of its own).
     QColor cellBackColor(int row, int col) const;
     /// Sets the back colour of a range; an invalid colour clears it.

@@ -3,6 +3,7 @@
 #include "data/SqlValue.h"
 #include "kxjournal/Database.h"
 
+#include <QHash>
 #include <QSqlDriver>
 #include <QSqlRecord>
 #include <cmath>
@@ -30,6 +31,55 @@ std::vector<bool> amountMask(const QStringList &names, const QStringList &amount
         mask[std::size_t(i)] = amountFields.contains(names.at(i), Qt::CaseInsensitive);
     return mask;
 }
+
+// Integers as text in one allocation; 0, the commonest, shares one string.
+QString integerText(qint64 v)
+{
+    static const QString zero = QStringLiteral("0");
+    if (v == 0)
+        return zero;
+    char16_t buf[24];
+    char16_t *end = buf + 24;
+    char16_t *p = end;
+    quint64 mag = v < 0 ? quint64(-v) : quint64(v);
+    do {
+        *--p = char16_t(u'0' + mag % 10);
+        mag /= 10;
+    } while (mag != 0);
+    if (v < 0)
+        *--p = u'-';
+    return QString(reinterpret_cast<const QChar *>(p), int(end - p));
+}
+
+// Journal texts repeat: account and book names, directions, dates, common
+// explanations. Handing out one shared copy per distinct text saves both the
+// decoding and the memory of a copy per row. Each column keeps at most a few
+// thousand texts, so a column of unique texts costs little.
+class TextPool
+{
+public:
+    const QString &get(int col, const char *bytes, int size)
+    {
+        if (size == 0)
+            return m_empty;
+        auto &pool = m_pools[std::size_t(col)];
+        const QByteArray key = QByteArray::fromRawData(bytes, size);
+        auto it = pool.find(key);
+        if (it != pool.end())
+            return it.value();
+        m_scratch = QString::fromUtf8(bytes, size);
+        if (pool.size() < Cap)
+            return *pool.insert(QByteArray(bytes, size), m_scratch);
+        return m_scratch;
+    }
+    explicit TextPool(int cols) : m_pools(std::size_t(cols)) {}
+
+private:
+    static constexpr int Cap = 4096;
+    std::vector<QHash<QByteArray, QString>> m_pools;
+    QString m_empty;
+    QString m_scratch;
+};
 
 sqlite3 *sqliteHandle(const Database &db)
 {
@@ -75,6 +125,7 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
         out.fieldNames << QString::fromUtf8(sqlite3_column_name(stmt, c));
     const std::vector<bool> isAmount = amountMask(out.fieldNames, amountFields);
     out.cells = CellArray(0, n);
+    TextPool pool(n);
     int rc;
     while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
         const int r = out.cells.appendRow();
@@ -84,7 +135,7 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
             case SQLITE_NULL:
                 break;
             case SQLITE_INTEGER:
-                cell = QString::number(sqlite3_column_int64(stmt, c));
+                cell = integerText(sqlite3_column_int64(stmt, c));
                 break;
             case SQLITE_FLOAT: {
                 const double d = sqlite3_column_double(stmt, c);
@@ -93,7 +144,7 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
             }
             default: {
                 const auto *p = reinterpret_cast<const char *>(sqlite3_column_text(stmt, c));
-                cell = QString::fromUtf8(p, sqlite3_column_bytes(stmt, c));
+                cell = pool.get(c, p, sqlite3_column_bytes(stmt, c));
                 if (isAmount[std::size_t(c)] && !cell.isEmpty())
                     cell = Currency::fromText(cell).valueOr(Currency()).toString();
                 break;

@@ -175,8 +175,8 @@ Status SampleBooks::create(Database &db, const SampleOptions &options)
                 const int no = ++voucherNo[key];
                 if (!runInsert(db, docSql, {date.toString(Qt::ISODate), QStringLiteral("记"), no, date.toString(QStringLiteral("yyyyMM"))}, error))
                     return fail();
-                dirId = db.scalar({QStringLiteral("Select DocID From kxDocDir Where AccPeriod=? And DocNo=?"),
-                                   {date.toString(QStringLiteral("yyyyMM")), no}}).value().toInt();
+                // The newest voucher has the highest key (the key index answers at once).
+                dirId = db.scalar({QStringLiteral("Select max(DocID) From kxDocDir"), {}}).value().toInt();
                 if (!brokenLinkMade && i > 3) {
                     dirId += 1000000; // points at a voucher that is not there
                     brokenLinkMade = true;

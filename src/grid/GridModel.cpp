@@ -260,6 +260,12 @@ QString GridModel::text(int row, int col) const
     return isCell(row, col) ? m_rows[std::size_t(row)].cells[std::size_t(col)] : QString();
 }
 
+const QString &GridModel::textRef(int row, int col) const
+{
+    static const QString empty;
+    return isCell(row, col) ? m_rows[std::size_t(row)].cells[std::size_t(col)] : empty;
+}
+
 void GridModel::setText(int row, int col, const QString &text)
 {
     if (!isCell(row, col))

@@ -49,7 +49,30 @@ CellStyle *GridModel::styleFor(int row, int col)
 QColor GridModel::cellForeColor(int row, int col) const
 {
     const CellStyle *s = styleAt(row, col);
-    return s && (s->flags & CellStyle::HasFore) ? QColor::fromRgba(s->fore) : QColor();
+    if (s && (s->flags & CellStyle::HasFore))
+        return QColor::fromRgba(s->fore);
+    if (isCell(row, col) && col >= m_fixedCols && m_rows[std::size_t(row)].hasFore)
+        return QColor::fromRgba(m_rows[std::size_t(row)].fore);
+    return QColor();
+}
+
+QColor GridModel::rowForeColor(int row) const
+{
+    return row >= 0 && row < rows() && m_rows[std::size_t(row)].hasFore ? QColor::fromRgba(m_rows[std::size_t(row)].fore)
+                                                                         : QColor();
+}
+
+void GridModel::setRowForeColor(int row, const QColor &color)
+{
+    if (row < 0 || row >= rows())
+        return;
+    detail::GridRow &r = m_rows[std::size_t(row)];
+    r.hasFore = color.isValid();
+    r.fore = color.isValid() ? color.rgba() : 0;
+    if (r.extra && !r.extra->styles.empty())
+        for (std::size_t c = std::size_t(m_fixedCols); c < r.extra->styles.size(); ++c)
+            r.extra->styles[c].flags &= quint8(~CellStyle::HasFore);
+    notifyCells(row, m_fixedCols, row, cols() - 1);
 }
 
 void GridModel::setCellForeColor(int r1, int c1, int r2, int c2, const QColor &color)
@@ -61,6 +84,25 @@ void GridModel::setCellForeColor(int r1, int c1, int r2, int c2, const QColor &c
         s->fore = color.rgba();
         s->flags = color.isValid() ? (s->flags | CellStyle::HasFore) : (s->flags & ~CellStyle::HasFore);
     });
+}
+
+void GridModel::setCellForeColor(int row, int col, const QColor &color)
+{
+    if (!isCell(row, col))
+        return;
+    const CellStyle *now = styleAt(row, col);
+    const bool had = now && (now->flags & CellStyle::HasFore);
+    if (!color.isValid()) {
+        if (!had)
+            return;
+    } else if (had && now->fore == color.rgba()) {
+        return;
+    }
+    // Clearing a cell's own colour lets its row's colour show again.
+    CellStyle *s = styleFor(row, col);
+    s->fore = color.rgba();
+    s->flags = color.isValid() ? (s->flags | CellStyle::HasFore) : (s->flags & ~CellStyle::HasFore);
+    notifyCells(row, col, row, col);
 }
 
 QColor GridModel::cellBackColor(int row, int col) const

@@ -22,9 +22,21 @@ void twoLines(const QString &text, Currency &first, Currency &second)
     second = lf < 0 ? Currency() : Currency::fromText(whole.mid(lf + 1)).valueOr(Currency());
 }
 
+// Writes an amount's plain text unless the cell already holds exactly that:
+// a recalculation mostly finds the figures it would write.
+void writeAmount(GridModel &grid, int row, int col, Currency value)
+{
+    char16_t buf[32];
+    const int n = value.toChars(buf);
+    const QStringView text(buf, n);
+    if (grid.textRef(row, col) != text)
+        grid.setText(row, col, text.toString());
+}
+
 Currency amountAt(const GridModel &grid, int row, int col)
 {
-    return Currency::fromText(grid.text(row, col)).valueOr(Currency());
+    const QString &text = grid.textRef(row, col);
+    return text.isEmpty() ? Currency() : Currency::fromText(text).valueOr(Currency());
 }
 
 } // namespace
@@ -69,12 +81,11 @@ void BalanceCalculator::writeBalance(int row, const Totals &t)
     const bool debitBook = m_book.direction == u"借";
     const bool creditBook = m_book.direction == u"贷";
     m_grid.setText(row, m_dir, m_book.direction);
-    m_grid.setText(row, m_balance, (debitBook || creditBook ? t.balance.abs() : t.balance).toString());
+    writeAmount(m_grid, row, m_balance, debitBook || creditBook ? t.balance.abs() : t.balance);
     const bool highlight = (debitBook && t.balance.sign() > 0) || (creditBook && t.balance.sign() < 0);
     // Clearing a colour that was never set costs nothing; only set it when needed.
-    if (highlight || m_grid.cellForeColor(row, m_balance).isValid())
-        m_grid.setCellForeColor(row, m_balance, row, m_balance, highlight ? m_book.highlightForeColor : QColor());
-    m_grid.setText(row, m_fxBalance, t.fxBalance.toString());
+    m_grid.setCellForeColor(row, m_balance, highlight ? m_book.highlightForeColor : QColor());
+    writeAmount(m_grid, row, m_fxBalance, t.fxBalance);
 }
 
 void BalanceCalculator::calculate(int startRow)
@@ -98,13 +109,14 @@ void BalanceCalculator::calculate(int startRow)
     }
     const int last = m_grid.rows();
     for (; row < last; ++row) {
-        if (m_grid.text(row, m_outline).isEmpty()) {
+        if (m_grid.textRef(row, m_outline).isEmpty()) {
             m_grid.setText(row, m_dir, QString());
             m_grid.setText(row, m_balance, QString());
             m_grid.setText(row, m_fxBalance, QString());
             continue;
         }
-        if (m_grid.text(row, m_tag).toInt() < 0) {
+        const QString &tag = m_grid.textRef(row, m_tag);
+        if (tag.startsWith(QLatin1Char('-')) && tag.toInt() < 0) {
             writeSummary(row, t);
         } else {
             const Currency debit = amountAt(m_grid, row, m_debit);

@@ -166,27 +166,36 @@ void BookLoader::dressRows()
     const int dir = m_grid.colIndex(QStringLiteral("Dir"));
     const QString zero = QStringLiteral("0");
 
+    // Cells hold the fetched forms: integers and amounts in plain text, so
+    // signs and zeros are read off the text without parsing every row.
+    auto isNegative = [&](int r, int c) {
+        const QString &t = m_grid.textRef(r, c);
+        return !t.isEmpty() && t.front() == QLatin1Char('-') && m_grid.value(r, c) < 0;
+    };
     int lastSum = m_book.lastSumRow;
     for (int r = first; r <= last; ++r)
-        if (m_grid.value(r, tag) < 0)
+        if (isNegative(r, tag))
             lastSum = r;
     m_book.lastSumRow = lastSum;
 
+    const QString debitSide = QStringLiteral("借");
+    const QString creditSide = QStringLiteral("贷");
+    const QString even = QStringLiteral("平");
+    const QString broken = QStringLiteral("#错误的凭证链接#");
     int reported = 30;
     for (int r = first; r <= last; ++r) {
-        const bool summary = m_grid.value(r, tag) < 0;
+        const bool summary = isNegative(r, tag);
         if (summary)
             RowLook::markSummary(m_grid, m_book, r);
-        if (m_grid.value(r, dirId) != 0.0 && m_grid.text(r, accDoc).isEmpty())
-            m_grid.setText(r, accDoc, QStringLiteral("#错误的凭证链接#"));
-        if (m_grid.text(r, debit) == zero)
+        const QString &link = m_grid.textRef(r, dirId);
+        if (!link.isEmpty() && link != zero && m_grid.textRef(r, accDoc).isEmpty())
+            m_grid.setText(r, accDoc, broken);
+        if (m_grid.textRef(r, debit) == zero)
             m_grid.setText(r, debit, QString());
-        if (m_grid.text(r, credit) == zero)
+        if (m_grid.textRef(r, credit) == zero)
             m_grid.setText(r, credit, QString());
-        const QString b = m_grid.text(r, balance);
-        m_grid.setText(r, dir, b.startsWith(QLatin1Char('-')) ? QStringLiteral("贷")
-                               : (b.isEmpty() || b == zero) ? QStringLiteral("平")
-                                                            : QStringLiteral("借"));
+        const QString &b = m_grid.textRef(r, balance);
+        m_grid.setText(r, dir, b.startsWith(QLatin1Char('-')) ? creditSide : (b.isEmpty() || b == zero) ? even : debitSide);
         // Summary rows, the opening row and everything above the last summary row are closed.
         const bool locked = summary || r == first || r <= lastSum;
         if (locked)

@@ -23,7 +23,7 @@ bool RowLook::isBlank(const GridModel &grid, const BookState &book, int row)
 void RowLook::setLocked(GridModel &grid, const BookState &book, int row, bool locked)
 {
     grid.setText(row, QStringLiteral("Locked"), locked ? QStringLiteral("1") : QStringLiteral("0"));
-    grid.setCellForeColor(row, grid.fixedCols(), row, grid.cols() - 1, locked ? book.lockedForeColor : QColor());
+    grid.setRowForeColor(row, locked ? book.lockedForeColor : QColor());
 }
 
 bool RowLook::isLocked(const GridModel &grid, int row)

@@ -2,6 +2,7 @@
 
 #include "money/NumberPattern.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -99,8 +100,50 @@ ParseError parseUnsigned(const char16_t *s, std::size_t n, std::int64_t &raw)
     return ParseError::None;
 }
 
+// The common case, plain "-1234.5": read in one pass without folding.
+// Returns false when the text needs the full reader.
+bool parsePlain(QStringView text, std::int64_t &raw)
+{
+    const QChar *p = text.data();
+    const QChar *end = p + text.size();
+    bool negative = false;
+    if (p != end && *p == u'-') {
+        negative = true;
+        ++p;
+    }
+    if (p == end || end - p > 19)
+        return false;
+    std::int64_t units = 0;
+    int intDigits = 0;
+    for (; p != end && p->unicode() >= u'0' && p->unicode() <= u'9'; ++p, ++intDigits)
+        units = units * 10 + (p->unicode() - u'0');
+    if (intDigits > 14)
+        return false;
+    std::int64_t frac = 0;
+    int fracDigits = 0;
+    if (p != end && *p == u'.') {
+        ++p;
+        for (; p != end && p->unicode() >= u'0' && p->unicode() <= u'9' && fracDigits < Currency::Decimals; ++p, ++fracDigits)
+            frac = frac * 10 + (p->unicode() - u'0');
+    }
+    if (p != end || intDigits + fracDigits == 0)
+        return false;
+    for (int i = fracDigits; i < Currency::Decimals; ++i)
+        frac *= 10;
+    raw = units * Currency::Scale + frac;
+    if (negative)
+        raw = -raw;
+    return true;
+}
+
 Result<Currency> parseAmount(QStringView text)
 {
+    std::int64_t plain = 0;
+    if (text.isEmpty())
+        return Currency();
+    if (parsePlain(text, plain))
+        return Currency::fromRaw(plain);
+
     // Amounts are short: a fixed buffer keeps reading free of allocations,
     // which matters when a balance pass reads a hundred thousand rows.
     constexpr std::size_t Cap = 64;
@@ -194,24 +237,51 @@ double Currency::toDouble() const
     return double(m_raw) / double(Scale);
 }
 
-QString Currency::toString() const
+int Currency::toChars(char16_t *buf) const
 {
-    if (!isValid())
-        return QStringLiteral("#溢出");
-    const std::uint64_t mag = m_raw < 0 ? std::uint64_t(-m_raw) : std::uint64_t(m_raw);
-    QString out = QString::number(mag / Scale);
+    if (!isValid()) {
+        const char16_t overflow[] = u"#溢出";
+        std::copy(overflow, overflow + 3, buf);
+        return 3;
+    }
+    // Built backwards at the end of the buffer, then moved to its start.
+    char16_t tmp[32];
+    char16_t *end = tmp + 32;
+    char16_t *p = end;
+    std::uint64_t mag = m_raw < 0 ? std::uint64_t(-m_raw) : std::uint64_t(m_raw);
     std::uint64_t frac = mag % Scale;
+    std::uint64_t units = mag / Scale;
     if (frac != 0) {
         int digits = Decimals;
         while (frac % 10 == 0) {
             frac /= 10;
             --digits;
         }
-        out += QLatin1Char('.') + QString::number(frac).rightJustified(digits, QLatin1Char('0'));
+        for (int i = 0; i < digits; ++i) {
+            *--p = char16_t(u'0' + frac % 10);
+            frac /= 10;
+        }
+        *--p = u'.';
     }
+    do {
+        *--p = char16_t(u'0' + units % 10);
+        units /= 10;
+    } while (units != 0);
     if (m_raw < 0)
-        out.prepend(QLatin1Char('-'));
-    return out;
+        *--p = u'-';
+    std::copy(p, end, buf);
+    return int(end - p);
+}
+
+QString Currency::toString() const
+{
+    // Zero is the commonest amount of all; every zero shares one string.
+    static const QString zero = QStringLiteral("0");
+    if (m_raw == 0)
+        return zero;
+    char16_t buf[32];
+    const int n = toChars(buf);
+    return QString(reinterpret_cast<const QChar *>(buf), n);
 }
 
 QString Currency::format(const QString &pattern) const

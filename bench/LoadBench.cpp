@@ -1,0 +1,156 @@
+// Opening a book, next to the bare fetch of the same query, on one SQLite file.
+#include "data/BookState.h"
+#include "data/JournalDefinition.h"
+#include "data/SampleBooks.h"
+#include "ledger/BalanceCalculator.h"
+#include "ledger/BookLoader.h"
+
+#include <kxjournal/Database.h>
+#include <kxjournal/GridModel.h>
+#include <kxjournal/SqlAccContext.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QSqlDriver>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <benchmark/benchmark.h>
+#include <map>
+#include <memory>
+#include <sqlite3.h>
+
+namespace {
+
+// One sample database per size, made once per run; all records in one book.
+struct Fixture {
+    std::unique_ptr<kx::SqlAccContext> acc;
+    int docId = 0;
+};
+
+std::map<int, Fixture> &fixtures()
+{
+    static std::map<int, Fixture> made;
+    return made;
+}
+
+// The databases close while Qt is still there to close them.
+void dropFixtures()
+{
+    fixtures().clear();
+}
+
+Fixture &fixture(int records)
+{
+    if (fixtures().empty())
+        qAddPostRoutine(dropFixtures);
+    Fixture &f = fixtures()[records];
+    if (f.acc)
+        return f;
+    const QString path = QDir::tempPath() + QStringLiteral("/kxjournal-bench-%1.db").arg(records);
+    for (const char *suffix : {"", "-wal", "-shm"})
+        QFile::remove(path + QLatin1String(suffix));
+    kx::Database db = kx::Database::open(QStringLiteral("sqlite:") + path);
+    kx::SampleOptions options;
+    options.records = records;
+    options.books = 1;
+    options.year = 2025;
+    if (!kx::SampleBooks::create(db, options).ok())
+        std::abort();
+    f.docId = db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("020101")}}).value().toInt();
+    f.acc = std::make_unique<kx::SqlAccContext>(std::move(db));
+    return f;
+}
+
+QString loadQuery(Fixture &f)
+{
+    return f.acc->Connection().dialect().loadBook(f.docId).text;
+}
+
+void BM_Load(benchmark::State &state)
+{
+    Fixture &f = fixture(int(state.range(0)));
+    kx::GridModel grid;
+    kx::BookState book;
+    book.acc = f.acc.get();
+    book.prompt = [](const QString &, bool) {};
+    book.process = [](int) {};
+    book.accountFormat = QStringLiteral("#,##0.00");
+    kx::JournalDefinition(f.acc->Connection(), book).read(f.docId);
+    for (auto _ : state) {
+        if (kx::BookLoader(grid, book).load(0) != kx::BookLoader::Loaded)
+            state.SkipWithError("load failed");
+        benchmark::DoNotOptimize(grid.rows());
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void BM_FetchQtSql(benchmark::State &state)
+{
+    Fixture &f = fixture(int(state.range(0)));
+    const QString sql = loadQuery(f);
+    for (auto _ : state) {
+        QSqlQuery q(f.acc->Connection().handle());
+        q.setForwardOnly(true);
+        q.exec(sql);
+        const int n = q.record().count();
+        qint64 touched = 0;
+        while (q.next())
+            for (int c = 0; c < n; ++c)
+                touched += q.value(c).isNull() ? 0 : 1;
+        benchmark::DoNotOptimize(touched);
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void BM_FetchSqliteC(benchmark::State &state)
+{
+    Fixture &f = fixture(int(state.range(0)));
+    const QByteArray sql = loadQuery(f).toUtf8();
+    const QVariant handle = f.acc->Connection().handle().driver()->handle();
+    sqlite3 *db = *static_cast<sqlite3 *const *>(handle.constData());
+    for (auto _ : state) {
+        sqlite3_stmt *stmt = nullptr;
+        sqlite3_prepare_v2(db, sql.constData(), int(sql.size()), &stmt, nullptr);
+        const int n = sqlite3_column_count(stmt);
+        qint64 sum = 0;
+        double dsum = 0;
+        while (sqlite3_step(stmt) == SQLITE_ROW) {
+            for (int c = 0; c < n; ++c) {
+                switch (sqlite3_column_type(stmt, c)) {
+                case SQLITE_INTEGER: sum += sqlite3_column_int64(stmt, c); break;
+                case SQLITE_FLOAT: dsum += sqlite3_column_double(stmt, c); break;
+                case SQLITE_TEXT: sum += sqlite3_column_bytes(stmt, c) + (sqlite3_column_text(stmt, c) != nullptr); break;
+                default: break;
+                }
+            }
+        }
+        sqlite3_finalize(stmt);
+        benchmark::DoNotOptimize(sum);
+        benchmark::DoNotOptimize(dsum);
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void BM_Calculate(benchmark::State &state)
+{
+    Fixture &f = fixture(int(state.range(0)));
+    kx::GridModel grid;
+    kx::BookState book;
+    book.acc = f.acc.get();
+    book.prompt = [](const QString &, bool) {};
+    book.process = [](int) {};
+    book.accountFormat = QStringLiteral("#,##0.00");
+    kx::JournalDefinition(f.acc->Connection(), book).read(f.docId);
+    kx::BookLoader(grid, book).load(0);
+    for (auto _ : state)
+        kx::BalanceCalculator(grid, book).calculate(grid.fixedRows());
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+} // namespace
+
+BENCHMARK(BM_FetchSqliteC)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_FetchQtSql)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Load)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Calculate)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
