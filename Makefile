@@ -23,7 +23,8 @@ demo: deps $(DEMO_DIR)/build.ninja
 
 screenshot: deps $(DEMO_DIR)/build.ninja
 	cmake --build $(DEMO_DIR) -j $(JOBS) --target kxjournal_app
-	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --screenshot docs/screenshot.png
+	rm -f build/screenshot.db build/screenshot.db-wal build/screenshot.db-shm
+	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --db sqlite:build/screenshot.db --screenshot docs/screenshot.png
 
 $(TEST_DIR)/build.ninja: | deps
 	cmake -S . -B $(TEST_DIR) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DKX_SANITIZE=ON -DKX_BUILD_APP=ON

@@ -38,7 +38,7 @@ Journal::Journal(QWidget *parent)
     m_book->optionIcon = [this](const QString &key) {
         QToolButton *b = m_frame->optionButton();
         b->setProperty("imageKey", key);
-        b->setText(key == QLatin1String("Jnl1") ? QStringLiteral("⧉") : QStringLiteral("☰"));
+        b->setText(key == QLatin1String("Jnl1") ? QStringLiteral("合") : QStringLiteral("账"));
     };
     ColumnModel::define(*m_grid, *m_book);
 

@@ -30,8 +30,8 @@ struct BookState {
     QColor warnBackColor{Qt::black};
     QColor lockedForeColor{Qt::black};
     QColor modifiedForeColor{Qt::black};
-    QColor highlightForeColor{0xd0, 0x00, 0x00};  ///< a balance on the wrong side
-    QColor summaryForeColor{0x00, 0x00, 0xa0};    ///< totals of summary rows
+    QColor highlightForeColor{0x00, 0x3c, 0xb4};  ///< a balance on the book's own side
+    QColor summaryForeColor{0x8a, 0x1c, 0x6e};    ///< totals of summary rows
 
     int rowHeight = 22;        ///< every row
     int headerRowHeight = 24;  ///< the header row
