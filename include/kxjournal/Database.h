@@ -61,10 +61,15 @@ public:
     /// Runs a statement whose rows are not needed.
     Status run(const SqlStatement &statement) const;
 
+    /// Checks the connection and opens it again when the server dropped it
+    /// (a restart, a network break); false with lastError() when it stays lost.
+    bool ensureConnected();
     /// Closes the connection.
     void close();
 
 private:
+    bool applySessionSettings();
+
     QSqlDatabase m_db;
     std::unique_ptr<SqlDialect> m_dialect;
     QString m_url;

@@ -84,6 +84,7 @@ class Journal : public QWidget
     Q_PROPERTY(bool IsLastSumRow READ IsLastSumRow)
     Q_PROPERTY(int DocID READ DocID WRITE setDocID)
     Q_PROPERTY(QDate JnlDate READ JnlDate WRITE setJnlDate)
+    Q_PROPERTY(QString Statistics READ Statistics)
 
 public:
     /// A control with an empty grid and its persisted properties at their defaults.
@@ -275,6 +276,8 @@ public:
     QDate JnlDate() const;
     /// Writes the current row's date and its shown form.
     void setJnlDate(const QDate &value);
+    /// Counts of summary rows (less one), saved records and rows linked to vouchers, on three lines.
+    QString Statistics() const;
 
     // ---- methods ----
     /// Does nothing; kept for hosts that call it before Load.
@@ -286,6 +289,13 @@ public:
     /// Reads the records of book \a rDocID (0: the current book) into the grid;
     /// true when the grid was filled.
     Q_INVOKABLE bool Load(int rDocID = 0);
+    /// Writes the grid's records to the database in one transaction; true
+    /// when they were stored (or there was nothing to store).
+    Q_INVOKABLE bool Save();
+    /// Inserts a sub-total row below \a Row (0: the current row).
+    Q_INVOKABLE bool InsSumRow(int Row = 0);
+    /// Removes the summary row \a Row (0: the current row).
+    Q_INVOKABLE bool RemoveSumRow(int Row = 0);
     /// Lays the 29 columns down again in their places; every cell value stays.
     Q_INVOKABLE void SetDefaultFormat();
     /// Expands an explanation template for the current row ("[日期]", "[月份]",
@@ -357,6 +367,7 @@ private:
     void refresh();
     void defaultFormatCommand();
     void applyFormats();
+    int instanceNumber() const;
     void onCursorChanged(int row, int col);
 
     std::unique_ptr<BookState> m_book;
@@ -370,6 +381,7 @@ private:
     int m_lastRow = -1;
     int m_lastCol = -1;
     bool m_colFontsStale = false;
+    mutable int m_instance = 0;
 };
 
 } // namespace kx

@@ -60,6 +60,16 @@ public:
     /// Writes one field of one record: an integer into the text, a double,
     /// date or text bound. Fails for a field the record table does not have.
     Result<SqlStatement> updateRecordField(const QString &field, const QVariant &value, int recId) const;
+    /// Writes the given fields of record \a recId (values bound in order).
+    SqlStatement updateRecord(int recId, const QStringList &fields, const QVariantList &values) const;
+    /// Adds a record with the given fields; the statement hands back the new
+    /// RecID as its result row, except where lastInsertedKey() must be asked.
+    SqlStatement insertRecord(const QStringList &fields, const QVariantList &values) const;
+    /// The statement that tells the key of the record just added, where the
+    /// insert itself cannot return it (empty text otherwise).
+    virtual SqlStatement lastInsertedKey() const;
+    /// How many records book \a docId has.
+    SqlStatement countRecords(int docId) const;
     /// The 20 most recent explanations of all books, newest date first.
     SqlStatement recentExplains() const;
     /// The 30 latest explanations of one book, newest key first.
@@ -97,6 +107,10 @@ protected:
     virtual QString leftOf(const QString &column, int length) const;
     /// The opening words of a statement that deletes rows.
     virtual QString deleteRowsFrom() const;
+    /// Words between the column list and VALUES of an insert (" Output Inserted.RecID").
+    virtual QString insertOutput() const;
+    /// Words after the VALUES of an insert (" Returning RecID").
+    virtual QString insertReturning() const;
     /// The select list and joins of the load query, up to and including the
     /// last join and its trailing blank.
     virtual QString loadSelect() const = 0;

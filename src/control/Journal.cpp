@@ -8,7 +8,9 @@
 #include "data/JournalDefinition.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookLoader.h"
+#include "ledger/BookSaver.h"
 #include "ledger/ColumnModel.h"
+#include "ledger/SummaryRows.h"
 #include "rows/GridClipboard.h"
 
 #include <QApplication>
@@ -35,6 +37,8 @@ Journal::Journal(QWidget *parent)
     m_book->cancelledByHost = [this](const QString &command) { return hostCancels(command); };
     m_book->process = [this](int n) { emit Process(n); };
     m_book->caption = [this](const QString &text) { setCaption(text); };
+    m_book->markDirty = [this] { setIsDirty(true); };
+    m_book->afterSaved = [this] { emit AfterSaved(); };
     m_book->optionIcon = [this](const QString &key) {
         QToolButton *b = m_frame->optionButton();
         b->setProperty("imageKey", key);
@@ -56,6 +60,9 @@ Journal::Journal(QWidget *parent)
     });
     m_menu->bind(QStringLiteral("mnuCopy"), this, [this] { copySelection(); });
     m_menu->bind(QStringLiteral("mnuRecalc"), this, [this] { recalculateAll(); });
+    m_menu->bind(QStringLiteral("mnuInsSumRow"), this, [this] { InsSumRow(); });
+    m_menu->bind(QStringLiteral("mnuRemoveSumRow"), this, [this] { RemoveSumRow(); });
+    m_menu->bind(QStringLiteral("mnuStatistics"), this, [this] { Prompt(Statistics(), true); });
     m_menu->bind(QStringLiteral("mnuRefresh"), this, [this] { refresh(); });
     m_menu->bind(QStringLiteral("mnuDefaultFormat"), this, [this] { defaultFormatCommand(); });
     connect(m_menu->item(QStringLiteral("mnuSideTask")), &QAction::triggered, this, [this](bool checked) {
@@ -252,6 +259,35 @@ bool Journal::Load(int rDocID)
     if (outcome == BookLoader::Loaded)
         emit AfterLoaded();
     return outcome == BookLoader::Loaded || outcome == BookLoader::Empty;
+}
+
+bool Journal::Save()
+{
+    return BookSaver(*m_grid, *m_book).save(Caption(), instanceNumber());
+}
+
+bool Journal::InsSumRow(int Row)
+{
+    return SummaryRows(*m_grid, *m_book).insert(Row);
+}
+
+bool Journal::RemoveSumRow(int Row)
+{
+    return SummaryRows(*m_grid, *m_book).remove(Row);
+}
+
+QString Journal::Statistics() const
+{
+    return SummaryRows(*m_grid, *m_book).statistics();
+}
+
+int Journal::instanceNumber() const
+{
+    // Any number that tells this control from the others in the host process.
+    static int counter = 0;
+    if (m_instance == 0)
+        m_instance = ++counter;
+    return m_instance;
 }
 
 void Journal::SetDefaultFormat()

@@ -60,6 +60,10 @@ struct BookState {
     std::function<bool(const QString &)> cancelledByHost;
     /// Progress of a long operation: 0 to 100, -1 at the end.
     std::function<void(int)> process;
+    /// Marks the grid changed (the control's IsDirty, which tells the host).
+    std::function<void()> markDirty;
+    /// The save finished (the control's AfterSaved).
+    std::function<void()> afterSaved;
     /// Shows a caption in the header strip.
     std::function<void(const QString &)> caption;
     /// Gives the option button its picture ("Jnl" for a book, "Jnl1" consolidated).

@@ -120,23 +120,46 @@ Database Database::open(const QString &url)
         db.m_lastError = QStringLiteral("无法打开数据库：%1").arg(errorText(db.m_db.lastError()));
         return db;
     }
-    if (!db.m_schema.isEmpty()) {
+    db.applySessionSettings();
+    return db;
+}
+
+bool Database::applySessionSettings()
+{
+    if (!m_schema.isEmpty()) {
         // A checked identifier: names cannot be bound as values.
-        QSqlQuery path(db.m_db);
-        if (!path.exec(QStringLiteral("SET search_path TO %1").arg(db.m_schema))) {
-            db.m_lastError = QStringLiteral("无法选用模式“%1”：%2").arg(db.m_schema, errorText(path.lastError()));
-            db.m_db.close();
-            return db;
+        QSqlQuery path(m_db);
+        if (!path.exec(QStringLiteral("SET search_path TO %1").arg(m_schema))) {
+            m_lastError = QStringLiteral("无法选用模式“%1”：%2").arg(m_schema, errorText(path.lastError()));
+            m_db.close();
+            return false;
         }
     }
-    if (db.m_engine == SqliteEngine) {
-        QSqlQuery pragma(db.m_db);
+    if (m_engine == SqliteEngine) {
+        QSqlQuery pragma(m_db);
         // A journal written by one program and read by others: WAL keeps
         // readers going while a save is under way.
         pragma.exec(QStringLiteral("PRAGMA journal_mode=WAL"));
         pragma.exec(QStringLiteral("PRAGMA synchronous=NORMAL"));
     }
-    return db;
+    return true;
+}
+
+bool Database::ensureConnected()
+{
+    if (!m_db.isValid())
+        return false;
+    if (m_db.isOpen()) {
+        QSqlQuery probe(m_db);
+        if (probe.exec(QStringLiteral("Select 1")))
+            return true;
+        m_db.close();
+    }
+    if (!m_db.open()) {
+        m_lastError = QStringLiteral("无法连接数据库：%1").arg(errorText(m_db.lastError()));
+        return false;
+    }
+    return applySessionSettings();
 }
 
 bool Database::isOpen() const

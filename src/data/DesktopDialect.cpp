@@ -21,4 +21,14 @@ QString DesktopDialect::loadSelect() const
         "LEFT JOIN kxJournal AS j ON jr.DocID = j.asID ");
 }
 
+QString DesktopDialect::insertReturning() const
+{
+    return {};
+}
+
+SqlStatement DesktopDialect::lastInsertedKey() const
+{
+    return {QStringLiteral("Select @@IDENTITY"), {}};
+}
+
 } // namespace kx

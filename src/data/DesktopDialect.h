@@ -9,6 +9,8 @@ class DesktopDialect : public SqlDialect
 {
 public:
     Kind kind() const override;
+    QString insertReturning() const override;
+    SqlStatement lastInsertedKey() const override;
 
 protected:
     QString loadSelect() const override;

@@ -24,4 +24,14 @@ QString ServerDialect::loadSelect() const
         "LEFT JOIN kxDocDir AS d ON jr.DirID = d.DocID) LEFT JOIN kxJournal AS j ON jr.DocID = j.asID ");
 }
 
+QString ServerDialect::insertOutput() const
+{
+    return QStringLiteral(" Output Inserted.RecID");
+}
+
+QString ServerDialect::insertReturning() const
+{
+    return {};
+}
+
 } // namespace kx

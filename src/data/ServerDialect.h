@@ -9,6 +9,8 @@ class ServerDialect : public SqlDialect
 {
 public:
     Kind kind() const override;
+    QString insertOutput() const override;
+    QString insertReturning() const override;
 
 protected:
     QString loadSelect() const override;

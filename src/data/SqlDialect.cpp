@@ -138,6 +138,45 @@ Result<SqlStatement> SqlDialect::updateRecordField(const QString &field, const Q
     }
 }
 
+SqlStatement SqlDialect::updateRecord(int recId, const QStringList &fields, const QVariantList &values) const
+{
+    QStringList sets;
+    sets.reserve(fields.size());
+    for (const QString &f : fields)
+        sets << f + QStringLiteral("=?");
+    return {QStringLiteral("Update kxJournalRecs Set %1 Where RecID=%2").arg(sets.join(QLatin1Char(','))).arg(recId), values};
+}
+
+SqlStatement SqlDialect::insertRecord(const QStringList &fields, const QVariantList &values) const
+{
+    QStringList marks;
+    for (int i = 0; i < fields.size(); ++i)
+        marks << QStringLiteral("?");
+    return {QStringLiteral("Insert Into kxJournalRecs (%1)%2 Values (%3)%4")
+                .arg(fields.join(QLatin1Char(',')), insertOutput(), marks.join(QLatin1Char(',')), insertReturning()),
+            values};
+}
+
+QString SqlDialect::insertOutput() const
+{
+    return {};
+}
+
+QString SqlDialect::insertReturning() const
+{
+    return QStringLiteral(" Returning RecID");
+}
+
+SqlStatement SqlDialect::lastInsertedKey() const
+{
+    return {};
+}
+
+SqlStatement SqlDialect::countRecords(int docId) const
+{
+    return {QStringLiteral("Select count(*) From kxJournalRecs Where DocID=%1").arg(docId), {}};
+}
+
 SqlStatement SqlDialect::recentExplains() const
 {
     return {selectTop(20, QStringLiteral("Explain From kxJournalRecs Order by JnlDate DESC ")), {}};

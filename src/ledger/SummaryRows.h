@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 namespace kx {
 
 class GridModel;
@@ -18,6 +20,18 @@ public:
     /// last summary row when it lies lower, and every row from it up to the
     /// first data row is locked. Returns the new row's index.
     int insertBelow(int row);
+    /// Asks the host, inserts a sub-total row below \a row (0: the current
+    /// row) and recalculates from the first data row. False when the host
+    /// said no or \a row is the header or the opening row.
+    bool insert(int row);
+    /// Asks the host and removes summary row \a row (0: the current row): its
+    /// key waits for the next save; when it was the last summary row, the
+    /// rows above it are unlocked down to the previous summary row, which
+    /// becomes the last one. False when refused or not a summary row.
+    bool remove(int row);
+    /// The three-line count of summary rows (less one), saved records and
+    /// rows linked to vouchers.
+    QString statistics() const;
 
 private:
     GridModel &m_grid;

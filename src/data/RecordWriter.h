@@ -1,0 +1,43 @@
+#pragma once
+
+#include "kxjournal/Result.h"
+
+#include <QHash>
+#include <QStringList>
+#include <QVariantList>
+#include <memory>
+#include <vector>
+
+namespace kx {
+
+class Database;
+
+/// One grid row to store.
+struct RecordValues {
+    int gridRow = 0;          ///< its place in the grid, stored as Row
+    int recId = 0;            ///< its key; 0 or less for a row never stored
+    bool withAmounts = true;  ///< false: Debit, Credit, Rate and Forex keep their stored values
+    QVariantList values;      ///< in the order of RecordWriter::fields(withAmounts)
+};
+
+/// Writes journal records inside the caller's transaction, in the fastest
+/// way the engine offers: straight through the engine on SQLite, in batches
+/// on PostgreSQL, one statement a row elsewhere. A record that has a key but
+/// is no longer stored (someone deleted it) is added again with a new key.
+class RecordWriter
+{
+public:
+    virtual ~RecordWriter();
+
+    /// The writer for \a db.
+    static std::unique_ptr<RecordWriter> create(const Database &db);
+    /// The fields written, in order; without the four amounts when \a withAmounts is false.
+    static QStringList fields(bool withAmounts);
+
+    /// Deletes record \a recId.
+    virtual Status remove(int recId) = 0;
+    /// Writes \a rows; returns the keys of the rows that were added, by grid row.
+    virtual Result<QHash<int, int>> write(const std::vector<RecordValues> &rows) = 0;
+};
+
+} // namespace kx

@@ -1,0 +1,114 @@
+#include "data/SqliteRecordWriter.h"
+
+#include "kxjournal/SqlDialect.h"
+
+#include <sqlite3.h>
+
+namespace kx {
+
+SqliteRecordWriter::SqliteRecordWriter(void *handle) : m_db(static_cast<sqlite3 *>(handle)) {}
+
+SqliteRecordWriter::~SqliteRecordWriter()
+{
+    for (sqlite3_stmt *s : {m_update[0], m_update[1], m_insert[0], m_insert[1]})
+        sqlite3_finalize(s);
+}
+
+QString SqliteRecordWriter::error() const
+{
+    return QStringLiteral("数据库操作失败：%1").arg(QString::fromUtf8(sqlite3_errmsg(m_db)));
+}
+
+sqlite3_stmt *SqliteRecordWriter::prepare(const QString &sql)
+{
+    sqlite3_stmt *stmt = nullptr;
+    const QByteArray utf8 = sql.toUtf8();
+    if (sqlite3_prepare_v2(m_db, utf8.constData(), int(utf8.size()), &stmt, nullptr) != SQLITE_OK) {
+        sqlite3_finalize(stmt);
+        return nullptr;
+    }
+    return stmt;
+}
+
+Status SqliteRecordWriter::bindAll(sqlite3_stmt *stmt, const QVariantList &values, int recId)
+{
+    sqlite3_reset(stmt);
+    m_texts.clear();
+    m_texts.reserve(std::size_t(values.size()));
+    int i = 1;
+    for (const QVariant &v : values) {
+        int rc;
+        if (v.isNull()) {
+            rc = sqlite3_bind_null(stmt, i);
+        } else if (v.typeId() == QMetaType::Int || v.typeId() == QMetaType::LongLong) {
+            rc = sqlite3_bind_int64(stmt, i, v.toLongLong());
+        } else {
+            m_texts.push_back(v.toString().toUtf8());
+            rc = sqlite3_bind_text(stmt, i, m_texts.back().constData(), int(m_texts.back().size()), SQLITE_STATIC);
+        }
+        if (rc != SQLITE_OK)
+            return Status::failure(error());
+        ++i;
+    }
+    if (recId > 0 && sqlite3_bind_int64(stmt, i, recId) != SQLITE_OK)
+        return Status::failure(error());
+    return true;
+}
+
+Status SqliteRecordWriter::remove(int recId)
+{
+    const QByteArray sql = SqlDialect::create(SqlDialect::Sqlite)->deleteRecord(recId).text.toUtf8();
+    char *message = nullptr;
+    if (sqlite3_exec(m_db, sql.constData(), nullptr, nullptr, &message) != SQLITE_OK) {
+        const QString why = QString::fromUtf8(message ? message : "");
+        sqlite3_free(message);
+        return Status::failure(QStringLiteral("数据库操作失败：%1").arg(why));
+    }
+    return true;
+}
+
+Result<QHash<int, int>> SqliteRecordWriter::write(const std::vector<RecordValues> &rows)
+{
+    using Keys = Result<QHash<int, int>>;
+    const auto dialect = SqlDialect::create(SqlDialect::Sqlite);
+    QHash<int, int> added;
+    for (const RecordValues &row : rows) {
+        const int shape = row.withAmounts ? 1 : 0;
+        const QStringList names = fields(row.withAmounts);
+        if (row.recId > 0) {
+            sqlite3_stmt *&update = m_update[shape];
+            if (!update) {
+                // The key goes last, as one more bound value.
+                QString sql = dialect->updateRecord(0, names, {}).text;
+                sql.chop(1);
+                update = prepare(sql + QLatin1Char('?'));
+                if (!update)
+                    return Keys::failure(error());
+            }
+            const Status bound = bindAll(update, row.values, row.recId);
+            if (!bound.ok())
+                return Keys::failure(bound.error());
+            if (sqlite3_step(update) != SQLITE_DONE)
+                return Keys::failure(error());
+            if (sqlite3_changes(m_db) > 0)
+                continue;
+        }
+        sqlite3_stmt *&insert = m_insert[shape];
+        if (!insert) {
+            insert = prepare(dialect->insertRecord(names, {}).text);
+            if (!insert)
+                return Keys::failure(error());
+        }
+        const Status bound = bindAll(insert, row.values, 0);
+        if (!bound.ok())
+            return Keys::failure(bound.error());
+        if (sqlite3_step(insert) != SQLITE_ROW)
+            return Keys::failure(error());
+        added.insert(row.gridRow, int(sqlite3_column_int64(insert, 0)));
+        if (sqlite3_step(insert) != SQLITE_DONE)
+            return Keys::failure(error());
+    }
+    return added;
+}
+
+} // namespace kx
