@@ -63,7 +63,7 @@ Result<QList<int>> PgRecordWriter::updateBatch(const std::vector<const RecordVal
                        columns.join(QLatin1Char(',')));
     for (const RecordValues *row : batch) {
         st.binds << row->recId;
-        st.binds << row->values;
+        st.binds << bindable(row->values);
     }
     Result<QSqlQuery> r = m_db.exec(st);
     if (!r.ok())
@@ -83,7 +83,7 @@ Status PgRecordWriter::insertBatch(const std::vector<const RecordValues *> &batc
     st.text = QStringLiteral("Insert Into kxJournalRecs (%1) Values %2 Returning RecID, Row")
                   .arg(names.join(QLatin1Char(',')), valueRows(int(batch.size()), int(names.size())));
     for (const RecordValues *row : batch)
-        st.binds << row->values;
+        st.binds << bindable(row->values);
     Result<QSqlQuery> r = m_db.exec(st);
     if (!r.ok())
         return Status::failure(r.error());

@@ -13,7 +13,7 @@ Status QtRecordWriter::remove(int recId)
 
 Result<int> QtRecordWriter::insert(const RecordValues &row)
 {
-    Result<QSqlQuery> r = m_db.exec(m_db.dialect().insertRecord(fields(row.withAmounts), row.values));
+    Result<QSqlQuery> r = m_db.exec(m_db.dialect().insertRecord(fields(row.withAmounts), bindable(row.values)));
     if (!r.ok())
         return Result<int>::failure(r.error());
     QSqlQuery q = r.takeValue();
@@ -33,7 +33,7 @@ Result<QHash<int, int>> QtRecordWriter::write(const std::vector<RecordValues> &r
     QHash<int, int> added;
     for (const RecordValues &row : rows) {
         if (row.recId > 0) {
-            Result<QSqlQuery> r = m_db.exec(m_db.dialect().updateRecord(row.recId, fields(row.withAmounts), row.values));
+            Result<QSqlQuery> r = m_db.exec(m_db.dialect().updateRecord(row.recId, fields(row.withAmounts), bindable(row.values)));
             if (!r.ok())
                 return Result<QHash<int, int>>::failure(r.error());
             if (r.value().numRowsAffected() > 0)

@@ -2,6 +2,7 @@
 
 #include "data/PgRecordWriter.h"
 #include "data/QtRecordWriter.h"
+#include "data/SqlValue.h"
 #include "data/SqliteRecordWriter.h"
 #include "kxjournal/Database.h"
 
@@ -21,6 +22,25 @@ QStringList RecordWriter::fields(bool withAmounts)
       << QStringLiteral("Field3") << QStringLiteral("Field4") << QStringLiteral("Flag") << QStringLiteral("Remark")
       << QStringLiteral("Tag") << QStringLiteral("DirID") << QStringLiteral("Row") << QStringLiteral("DocID");
     return f;
+}
+
+QVariant FieldValue::toVariant() const
+{
+    switch (kind) {
+    case Amount: return SqlValue::bindAmount(Currency::fromRaw(number));
+    case Text: return *text;
+    case Number: break;
+    }
+    return QVariant::fromValue(number);
+}
+
+QVariantList RecordWriter::bindable(const std::vector<FieldValue> &values)
+{
+    QVariantList out;
+    out.reserve(qsizetype(values.size()));
+    for (const FieldValue &v : values)
+        out << v.toVariant();
+    return out;
 }
 
 std::unique_ptr<RecordWriter> RecordWriter::create(const Database &db)

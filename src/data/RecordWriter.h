@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kxjournal/Currency.h"
 #include "kxjournal/Result.h"
 
 #include <QHash>
@@ -12,12 +13,30 @@ namespace kx {
 
 class Database;
 
+/// One value to store: a number, an amount, or a text that stays in the
+/// grid's cell (the grid does not change while a pass writes).
+struct FieldValue {
+    enum Kind : quint8 { Number, Amount, Text };
+    Kind kind = Number;
+    qint64 number = 0;            ///< the number, or the amount's raw ten-thousandths
+    const QString *text = nullptr;
+
+    /// A whole number.
+    static FieldValue of(qint64 n) { return {Number, n, nullptr}; }
+    /// An amount.
+    static FieldValue of(Currency a) { return {Amount, a.raw(), nullptr}; }
+    /// A text held elsewhere for the length of the pass.
+    static FieldValue of(const QString &t) { return {Text, 0, &t}; }
+    /// The value for a bound parameter: amounts as their exact plain text.
+    QVariant toVariant() const;
+};
+
 /// One grid row to store.
 struct RecordValues {
     int gridRow = 0;          ///< its place in the grid, stored as Row
     int recId = 0;            ///< its key; 0 or less for a row never stored
     bool withAmounts = true;  ///< false: Debit, Credit, Rate and Forex keep their stored values
-    QVariantList values;      ///< in the order of RecordWriter::fields(withAmounts)
+    std::vector<FieldValue> values;  ///< in the order of RecordWriter::fields(withAmounts)
 };
 
 /// Writes journal records inside the caller's transaction, in the fastest
@@ -34,6 +53,8 @@ public:
     /// The fields written, in order; without the four amounts when \a withAmounts is false.
     static QStringList fields(bool withAmounts);
 
+    /// \a values as bound parameters.
+    static QVariantList bindable(const std::vector<FieldValue> &values);
     /// Deletes record \a recId.
     virtual Status remove(int recId) = 0;
     /// Writes \a rows; returns the keys of the rows that were added, by grid row.

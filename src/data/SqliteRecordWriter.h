@@ -2,6 +2,8 @@
 
 #include "data/RecordWriter.h"
 
+#include <QByteArray>
+
 struct sqlite3;
 struct sqlite3_stmt;
 
@@ -22,13 +24,13 @@ public:
 
 private:
     sqlite3_stmt *prepare(const QString &sql);
-    Status bindAll(sqlite3_stmt *stmt, const QVariantList &values, int recId);
+    Status bindAll(sqlite3_stmt *stmt, const std::vector<FieldValue> &values, int recId);
     QString error() const;
 
     sqlite3 *m_db;
     sqlite3_stmt *m_update[2] = {nullptr, nullptr};
     sqlite3_stmt *m_insert[2] = {nullptr, nullptr};
-    std::vector<QByteArray> m_texts;
+    QByteArray m_utf8;  ///< one row's texts, encoded once into a buffer kept between rows
 };
 
 } // namespace kx

@@ -2,7 +2,6 @@
 
 #include "data/BookState.h"
 #include "data/RecordWriter.h"
-#include "data/SqlValue.h"
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Database.h"
 #include "kxjournal/GridModel.h"
@@ -14,6 +13,30 @@
 #include <cmath>
 
 namespace kx {
+
+namespace {
+
+// yyyy-MM-dd naming a real day, checked without the cost of a date parser.
+bool isIsoDate(const QString &t)
+{
+    if (t.size() != 10 || t.at(4) != QLatin1Char('-') || t.at(7) != QLatin1Char('-'))
+        return false;
+    int parts[3] = {0, 0, 0};
+    int part = 0;
+    for (int i = 0; i < 10; ++i) {
+        if (i == 4 || i == 7) {
+            ++part;
+            continue;
+        }
+        const char16_t c = t.at(i).unicode();
+        if (c < u'0' || c > u'9')
+            return false;
+        parts[part] = parts[part] * 10 + (c - u'0');
+    }
+    return QDate::isValid(parts[0], parts[1], parts[2]);
+}
+
+} // namespace
 
 BookSaver::BookSaver(GridModel &grid, BookState &book) : m_grid(grid), m_book(book) {}
 
@@ -60,14 +83,21 @@ Status BookSaver::writeRecords()
         for (int r = first; r <= last; ++r)
             m_grid.setRowData(r, 2);
 
-    const int cRecId = m_grid.colIndex(QStringLiteral("RecID"));
-    const int cDate = m_grid.colIndex(QStringLiteral("JnlDate"));
-    const int cTag = m_grid.colIndex(QStringLiteral("Tag"));
-    const auto text = [this](int r, const char *key) { return m_grid.text(r, QLatin1String(key)); };
-    const auto amount = [this](int r, const char *key) {
-        return SqlValue::bindAmount(m_grid.amount(r, QLatin1String(key)));
+    // Columns are found once; the loop below runs for every row of the book.
+    const auto col = [this](const char *key) { return m_grid.colIndex(QLatin1String(key)); };
+    const int cRecId = col("RecID"), cDate = col("JnlDate"), cTag = col("Tag"), cNo = col("JnlNo"),
+              cAcc = col("AccID"), cExplain = col("Explain"), cDebit = col("Debit"), cCredit = col("Credit"),
+              cRate = col("Rate"), cForex = col("Forex"), cBalance = col("Balance"), cFxBalance = col("fxBalance"),
+              cField1 = col("Field1"), cField2 = col("Field2"), cField3 = col("Field3"), cField4 = col("Field4"),
+              cFlag = col("Flag"), cRemark = col("Remark"), cDirId = col("DirID");
+    const auto amount = [this](int r, int c) { return FieldValue::of(m_grid.amount(r, c)); };
+    const auto text = [this](int r, int c) { return FieldValue::of(m_grid.textRef(r, c)); };
+    const auto number = [this](int r, int c) {
+        // Integer cells are plain digits; anything else is read the long way.
+        bool ok = false;
+        const int v = m_grid.textRef(r, c).toInt(&ok);
+        return ok ? v : int(m_grid.value(r, c));
     };
-    const auto number = [this](int r, const char *key) { return int(m_grid.value(r, QLatin1String(key))); };
 
     std::vector<RecordValues> records;
     records.reserve(std::size_t(std::max(0, last - first + 1)));
@@ -78,21 +108,28 @@ Status BookSaver::writeRecords()
             reported = percent;
             m_book.process(percent);
         }
-        const QString date = m_grid.textRef(r, cDate);
+        const QString &date = m_grid.textRef(r, cDate);
         // Rows without a date are never stored: blank rows and the empty row at the bottom.
-        if (!QDate::fromString(date, Qt::ISODate).isValid())
+        if (!isIsoDate(date))
             continue;
         RecordValues rec;
         rec.gridRow = r;
-        rec.recId = int(m_grid.value(r, cRecId));
+        rec.recId = number(r, cRecId);
         // A summary row's amount cells hold two-line totals; the opening row always writes its amounts.
-        rec.withAmounts = !(m_grid.value(r, cTag) < 0 && r != first);
-        rec.values << date << text(r, "JnlNo") << number(r, "AccID") << text(r, "Explain");
+        rec.withAmounts = !(number(r, cTag) < 0 && r != first);
         if (rec.withAmounts)
-            rec.values << amount(r, "Debit") << amount(r, "Credit") << amount(r, "Rate") << amount(r, "Forex");
-        rec.values << amount(r, "Balance") << amount(r, "fxBalance") << text(r, "Field1") << text(r, "Field2")
-                   << text(r, "Field3") << text(r, "Field4") << number(r, "Flag") << text(r, "Remark")
-                   << number(r, "Tag") << number(r, "DirID") << r << m_book.docId;
+            rec.values = {FieldValue::of(date), text(r, cNo), FieldValue::of(number(r, cAcc)), text(r, cExplain),
+                          amount(r, cDebit), amount(r, cCredit), amount(r, cRate), amount(r, cForex),
+                          amount(r, cBalance), amount(r, cFxBalance), text(r, cField1), text(r, cField2),
+                          text(r, cField3), text(r, cField4), FieldValue::of(number(r, cFlag)), text(r, cRemark),
+                          FieldValue::of(number(r, cTag)), FieldValue::of(number(r, cDirId)), FieldValue::of(r),
+                          FieldValue::of(m_book.docId)};
+        else
+            rec.values = {FieldValue::of(date), text(r, cNo), FieldValue::of(number(r, cAcc)), text(r, cExplain),
+                          amount(r, cBalance), amount(r, cFxBalance), text(r, cField1), text(r, cField2),
+                          text(r, cField3), text(r, cField4), FieldValue::of(number(r, cFlag)), text(r, cRemark),
+                          FieldValue::of(number(r, cTag)), FieldValue::of(number(r, cDirId)), FieldValue::of(r),
+                          FieldValue::of(m_book.docId)};
         records.push_back(std::move(rec));
     }
 

@@ -126,6 +126,27 @@ TEST(SqlDialect, SingleFieldUpdatesBindEverythingButIntegers)
     }
 }
 
+TEST(SqlDialect, RecordWritesReturnTheNewKeyTheEnginesWay)
+{
+    const QStringList fields{QStringLiteral("JnlDate"), QStringLiteral("Explain")};
+    const QVariantList values{QStringLiteral("2026-01-02"), QStringLiteral("x'); DROP TABLE kxJournal; --")};
+    const char *expected[] = {
+        "Insert Into kxJournalRecs (JnlDate,Explain) Output Inserted.RecID Values (?,?)",
+        "Insert Into kxJournalRecs (JnlDate,Explain) Values (?,?)",
+        "Insert Into kxJournalRecs (JnlDate,Explain) Values (?,?) Returning RecID",
+        "Insert Into kxJournalRecs (JnlDate,Explain) Values (?,?) Returning RecID",
+    };
+    for (SqlDialect::Kind kind : {SqlDialect::Server, SqlDialect::Desktop, SqlDialect::Sqlite, SqlDialect::Postgres}) {
+        const auto d = SqlDialect::create(kind);
+        const kx::SqlStatement insert = d->insertRecord(fields, values);
+        EXPECT_EQ(insert.text, QString::fromLatin1(expected[kind])) << d->name().toStdString();
+        EXPECT_EQ(insert.binds, values);
+        EXPECT_EQ(d->updateRecord(9, fields, values).text, QStringLiteral("Update kxJournalRecs Set JnlDate=?,Explain=? Where RecID=9"));
+        EXPECT_EQ(d->lastInsertedKey().text.isEmpty(), kind != SqlDialect::Desktop);
+        EXPECT_EQ(d->countRecords(4).text, QStringLiteral("Select count(*) From kxJournalRecs Where DocID=4"));
+    }
+}
+
 TEST(SqlDialect, EmbeddedDialectsUseTheirOwnSyntax)
 {
     const auto lite = SqlDialect::create(SqlDialect::Sqlite);
