@@ -50,6 +50,9 @@ DemoWindow::DemoWindow(kx::SqlAccContext *context, QWidget *parent)
         m_journal->setIsPackedJnl(on);
         m_journal->Load();
     });
+    QAction *save = bar->addAction(QStringLiteral("保存"));
+    save->setShortcut(QKeySequence::Save);
+    connect(save, &QAction::triggered, this, [this] { m_journal->Save(); });
     QAction *recalc = bar->addAction(QStringLiteral("刷新"));
     connect(recalc, &QAction::triggered, this, [this] { m_journal->DoCommand(QStringLiteral("Refresh")); });
 

@@ -66,7 +66,7 @@ TEST(Journal, MetaObjectCarriesTheWholeThinInterface)
         {"NumericFields", true}, {"EditFields", true}, {"DateFields", true}, {"Font", true}, {"RowHeightMax", true},
         {"RowHeightMin", true}, {"Row", true}, {"PriceFormat", true}, {"RateFormat", true}, {"QuantityFormat", true},
         {"AccountFormat", true}, {"DateFormat", true}, {"AllowModify", true}, {"AllowAudit", false}, {"Rows", false},
-        {"IsDirty", true}, {"IsLastSumRow", false}, {"DocID", true}, {"JnlDate", true},
+        {"IsDirty", true}, {"IsLastSumRow", false}, {"DocID", true}, {"JnlDate", true}, {"Statistics", false},
     };
     for (const Prop &p : props) {
         const int i = mo.indexOfProperty(p.name);
@@ -74,7 +74,8 @@ TEST(Journal, MetaObjectCarriesTheWholeThinInterface)
         EXPECT_EQ(mo.property(i).isWritable(), p.writable) << p.name;
     }
     for (const char *m : {"AccID(int)", "setAccID(int,int)", "Initial()", "Get_AccCodeField(QString,int)",
-                          "Prompt(QString,bool)", "DoCommand(QString,QString)"}) {
+                          "Prompt(QString,bool)", "DoCommand(QString,QString)", "Load(int)", "Save()",
+                          "InsSumRow(int)", "RemoveSumRow(int)", "SetDefaultFormat()"}) {
         const int i = mo.indexOfMethod(QMetaObject::normalizedSignature(m));
         ASSERT_GE(i, 0) << "missing method " << m;
         EXPECT_EQ(mo.method(i).methodType(), QMetaMethod::Method) << m;
