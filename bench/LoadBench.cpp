@@ -67,16 +67,22 @@ QString loadQuery(Fixture &f)
     return f.acc->Connection().dialect().loadBook(f.docId).text;
 }
 
-void BM_Load(benchmark::State &state)
+// The book as a control would hold it, with its messages going nowhere.
+void prepareBook(Fixture &f, kx::BookState &book)
 {
-    Fixture &f = fixture(int(state.range(0)));
-    kx::GridModel grid;
-    kx::BookState book;
     book.acc = f.acc.get();
     book.prompt = [](const QString &, bool) {};
     book.process = [](int) {};
     book.accountFormat = QStringLiteral("#,##0.00");
     kx::JournalDefinition(f.acc->Connection(), book).read(f.docId);
+}
+
+void BM_Load(benchmark::State &state)
+{
+    Fixture &f = fixture(int(state.range(0)));
+    kx::GridModel grid;
+    kx::BookState book;
+    prepareBook(f, book);
     for (auto _ : state) {
         if (kx::BookLoader(grid, book).load(0) != kx::BookLoader::Loaded)
             state.SkipWithError("load failed");
@@ -137,11 +143,7 @@ void BM_Calculate(benchmark::State &state)
     Fixture &f = fixture(int(state.range(0)));
     kx::GridModel grid;
     kx::BookState book;
-    book.acc = f.acc.get();
-    book.prompt = [](const QString &, bool) {};
-    book.process = [](int) {};
-    book.accountFormat = QStringLiteral("#,##0.00");
-    kx::JournalDefinition(f.acc->Connection(), book).read(f.docId);
+    prepareBook(f, book);
     kx::BookLoader(grid, book).load(0);
     for (auto _ : state)
         kx::BalanceCalculator(grid, book).calculate(grid.fixedRows());

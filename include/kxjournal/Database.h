@@ -58,6 +58,10 @@ public:
     /// Runs \a statement and returns its first column of its first row
     /// (an invalid QVariant when there is no row).
     Result<QVariant> scalar(const SqlStatement &statement) const;
+    /// Runs \a statement and returns field \a field of its first row: the
+    /// field of exactly that name, else one that differs only in case (some
+    /// engines fold names). Invalid when there is no row or no such field.
+    Result<QVariant> firstRowField(const SqlStatement &statement, const QString &field) const;
     /// Runs a statement whose rows are not needed.
     Status run(const SqlStatement &statement) const;
 

@@ -17,7 +17,6 @@
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QMessageBox>
-#include <QSqlRecord>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -352,16 +351,8 @@ QString Journal::Get_AccCodeField(const QString &rFieldName, int rAccID)
 {
     if (!m_acc)
         return {};
-    Database &db = m_acc->Connection();
-    Result<QSqlQuery> r = db.exec(db.dialect().accountById(rAccID));
-    if (!r.ok())
-        return {};
-    QSqlQuery q = r.takeValue();
-    if (!q.next())
-        return {};
-    const QSqlRecord rec = q.record();
-    const int field = rec.indexOf(rFieldName);
-    return field < 0 ? QString() : rec.value(field).toString();
+    const Database &db = m_acc->Connection();
+    return db.firstRowField(db.dialect().accountById(rAccID), rFieldName).value().toString();
 }
 
 void Journal::Prompt(const QString &rMsg, bool ShowBox)

@@ -202,6 +202,24 @@ Result<QVariant> Database::scalar(const SqlStatement &statement) const
     return q.next() ? q.value(0) : QVariant();
 }
 
+Result<QVariant> Database::firstRowField(const SqlStatement &statement, const QString &field) const
+{
+    Result<QSqlQuery> r = exec(statement);
+    if (!r.ok())
+        return Result<QVariant>::failure(r.error());
+    QSqlQuery q = r.takeValue();
+    if (!q.next())
+        return QVariant();
+    const QSqlRecord rec = q.record();
+    for (int i = 0; i < rec.count(); ++i)
+        if (rec.fieldName(i) == field)
+            return q.value(i);
+    for (int i = 0; i < rec.count(); ++i)
+        if (rec.fieldName(i).compare(field, Qt::CaseInsensitive) == 0)
+            return q.value(i);
+    return QVariant();
+}
+
 Status Database::run(const SqlStatement &statement) const
 {
     Result<QSqlQuery> r = exec(statement);

@@ -23,24 +23,7 @@ JournalDefinition::JournalDefinition(const Database &db, BookState &book) : m_db
 
 QString JournalDefinition::fieldOf(const QString &name, int id) const
 {
-    Result<QSqlQuery> r = m_db.exec(m_db.dialect().journalById(id));
-    if (!r.ok())
-        return {};
-    QSqlQuery q = r.takeValue();
-    if (!q.next())
-        return {};
-    // The first field of that name; engines that fold names to lower case
-    // still match the name as written.
-    const QSqlRecord rec = q.record();
-    for (int i = 0; i < rec.count(); ++i) {
-        if (rec.fieldName(i) == name)
-            return q.value(i).toString();
-    }
-    for (int i = 0; i < rec.count(); ++i) {
-        if (rec.fieldName(i).compare(name, Qt::CaseInsensitive) == 0)
-            return q.value(i).toString();
-    }
-    return {};
+    return m_db.firstRowField(m_db.dialect().journalById(id), name).value().toString();
 }
 
 QString JournalDefinition::field(const QString &name, int &id) const

@@ -88,9 +88,9 @@ const QString ColumnModel::DefaultEditFields =
     QStringLiteral("|ShowName|JnlNo|AccName|AccDoc|Explain|Debit|Credit|Rate|Forex|Field1|Field2|Field3|Field4|Remark|");
 const QString ColumnModel::AmountColumns = QStringLiteral("|Debit|Credit|Rate|Forex|Dir|Balance|fxBalance|");
 
-void ColumnModel::defineColumn(GridModel &grid, int pos, const ColumnSpec &spec)
+void ColumnModel::defineColumn(GridModel &grid, int pos, const ColumnSpec &column)
 {
-    const QString key = QString::fromUtf8(spec.key);
+    const QString key = QString::fromUtf8(column.key);
     int at = grid.colIndex(key);
     if (pos < grid.fixedCols()) {
         at = pos;
@@ -101,12 +101,12 @@ void ColumnModel::defineColumn(GridModel &grid, int pos, const ColumnSpec &spec)
     if (at != pos && at >= grid.fixedCols() && pos < grid.cols())
         grid.moveColTo(at, pos);
     grid.setColKey(pos, key);
-    grid.setText(0, pos, QString::fromUtf8(spec.header));
-    grid.setColDataType(pos, spec.type);
-    grid.setColAlignment(pos, alignmentOf(spec.align));
-    grid.setColHidden(pos, spec.hidden);
-    grid.setColFormat(pos, QString::fromUtf8(spec.format));
-    grid.setColWidth(pos, pixelsOf(spec.twips));
+    grid.setText(0, pos, QString::fromUtf8(column.header));
+    grid.setColDataType(pos, column.type);
+    grid.setColAlignment(pos, alignmentOf(column.align));
+    grid.setColHidden(pos, column.hidden);
+    grid.setColFormat(pos, QString::fromUtf8(column.format));
+    grid.setColWidth(pos, pixelsOf(column.twips));
 }
 
 void ColumnModel::define(GridModel &grid, BookState &book)

@@ -45,7 +45,7 @@ public:
     static void applyRowHeights(GridModel &grid, const BookState &book);
 
 private:
-    static void defineColumn(GridModel &grid, int pos, const ColumnSpec &spec);
+    static void defineColumn(GridModel &grid, int pos, const ColumnSpec &column);
 };
 
 } // namespace kx
