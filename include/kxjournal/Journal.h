@@ -380,7 +380,6 @@ private:
     std::function<bool(const QString &, const QString &)> m_asker;
     int m_lastRow = -1;
     int m_lastCol = -1;
-    bool m_colFontsStale = false;
     mutable int m_instance = 0;
 };
 

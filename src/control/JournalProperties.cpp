@@ -62,7 +62,6 @@ void Journal::setFont(const QFont &value)
     m_view->setFont(value);
     m_grid->setCellFontName(0, 0, m_grid->rows() - 1, m_grid->cols() - 1, value.family());
     m_grid->setRedraw(true);
-    m_colFontsStale = true;
 }
 
 QString Journal::ColsFilter() const { return m_book->colsFilter; }

@@ -69,9 +69,7 @@ Database Database::open(const QString &url)
     if (url.startsWith(QLatin1String("sqlite:"))) {
         db.m_engine = SqliteEngine;
         db.m_dialect = SqlDialect::create(SqlDialect::Sqlite);
-        QString path = url.mid(7);
-        if (path == QLatin1String(":memory:"))
-            path = QStringLiteral(":memory:");
+        const QString path = url.mid(7);
         if (path.isEmpty()) {
             db.m_lastError = QStringLiteral("没有给出数据库文件：%1").arg(url);
             return db;

@@ -26,11 +26,6 @@ void RowLook::setLocked(GridModel &grid, const BookState &book, int row, bool lo
     grid.setRowForeColor(row, locked ? book.lockedForeColor : QColor());
 }
 
-bool RowLook::isLocked(const GridModel &grid, int row)
-{
-    return grid.value(row, QStringLiteral("Locked")) != 0.0;
-}
-
 void RowLook::markSummary(GridModel &grid, const BookState &book, int row)
 {
     grid.setSubtotal(row, true);

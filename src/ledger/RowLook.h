@@ -21,8 +21,6 @@ public:
     static int outlineColumn(const GridModel &grid, const BookState &book);
     /// Locks or unlocks a row: its Locked cell and the text colour of its cells.
     static void setLocked(GridModel &grid, const BookState &book, int row, bool locked);
-    /// True when the row's Locked cell is not 0.
-    static bool isLocked(const GridModel &grid, int row);
     /// Marks a row as a summary row on the grid: subtotal node, bold, summary height.
     static void markSummary(GridModel &grid, const BookState &book, int row);
 };
