@@ -94,15 +94,15 @@ sqlite3 *sqliteHandle(const Database &db)
 } // namespace
 
 Result<FetchedRows> RecordFetcher::fetch(const Database &db, const SqlStatement &statement,
-                                         const QStringList &amountFields)
+                                         const QStringList &amountFields, int expectedRows)
 {
     if (sqlite3 *h = sqliteHandle(db))
-        return fetchSqlite(h, statement, amountFields);
+        return fetchSqlite(h, statement, amountFields, expectedRows);
     return fetchQt(db, statement, amountFields);
 }
 
 Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement &statement,
-                                               const QStringList &amountFields)
+                                               const QStringList &amountFields, int expectedRows)
 {
     auto *db = static_cast<sqlite3 *>(handle);
     sqlite3_stmt *stmt = nullptr;
@@ -125,6 +125,7 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
         out.fieldNames << QString::fromUtf8(sqlite3_column_name(stmt, c));
     const std::vector<bool> isAmount = amountMask(out.fieldNames, amountFields);
     out.cells = CellArray(0, n);
+    out.cells.reserveRows(expectedRows);
     TextPool pool(n);
     int rc;
     while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {

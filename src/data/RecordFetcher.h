@@ -27,13 +27,13 @@ class RecordFetcher
 {
 public:
     /// Runs \a statement on \a db; the fields named in \a amountFields are
-    /// read as amounts.
+    /// read as amounts. \a expectedRows, when known, sizes the array once.
     static Result<FetchedRows> fetch(const Database &db, const SqlStatement &statement,
-                                     const QStringList &amountFields);
+                                     const QStringList &amountFields, int expectedRows = 0);
 
 private:
     static Result<FetchedRows> fetchSqlite(void *handle, const SqlStatement &statement,
-                                           const QStringList &amountFields);
+                                           const QStringList &amountFields, int expectedRows);
     static Result<FetchedRows> fetchQt(const Database &db, const SqlStatement &statement,
                                        const QStringList &amountFields);
 };

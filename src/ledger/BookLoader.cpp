@@ -60,7 +60,9 @@ BookLoader::Outcome BookLoader::load(int docId)
 
     const SqlStatement query =
         consolidated ? db.dialect().loadConsolidated(definition.subordinateIds()) : db.dialect().loadBook(m_book.docId);
-    Result<FetchedRows> fetched = RecordFetcher::fetch(db, query, AmountFields);
+    // The key index counts a book's records at once; the array is then sized once.
+    const int expected = consolidated ? 0 : db.scalar(db.dialect().countRecords(m_book.docId)).valueOr(0).toInt();
+    Result<FetchedRows> fetched = RecordFetcher::fetch(db, query, AmountFields, expected);
     if (!fetched.ok()) {
         m_book.prompt(fetched.error(), false);
         m_book.process(-1);
