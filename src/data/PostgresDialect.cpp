@@ -7,19 +7,9 @@ SqlDialect::Kind PostgresDialect::kind() const
     return Postgres;
 }
 
-QString PostgresDialect::selectTop(int n, const QString &body) const
-{
-    return QStringLiteral("Select ") + body + QStringLiteral(" Limit %1").arg(n);
-}
-
 QString PostgresDialect::leftOf(const QString &column, int length) const
 {
     return QStringLiteral("Left(%1,%2)").arg(column).arg(length);
-}
-
-QString PostgresDialect::deleteRowsFrom() const
-{
-    return QStringLiteral("Delete From ");
 }
 
 QString PostgresDialect::loadSelect() const

@@ -7,19 +7,9 @@ SqlDialect::Kind SqliteDialect::kind() const
     return Sqlite;
 }
 
-QString SqliteDialect::selectTop(int n, const QString &body) const
-{
-    return QStringLiteral("Select ") + body + QStringLiteral(" Limit %1").arg(n);
-}
-
 QString SqliteDialect::leftOf(const QString &column, int length) const
 {
     return QStringLiteral("substr(%1,1,%2)").arg(column).arg(length);
-}
-
-QString SqliteDialect::deleteRowsFrom() const
-{
-    return QStringLiteral("Delete From ");
 }
 
 QString SqliteDialect::loadSelect() const
