@@ -41,7 +41,7 @@ int runSample(const QString &url, int records, int books)
     kx::SampleOptions options;
     options.records = records;
     options.books = books;
-    const kx::Status made = kx::SampleBooks::create(db, options);
+    const kx::Result<void> made = kx::SampleBooks::create(db, options);
     if (!made.ok()) {
         std::fprintf(stderr, "kxjournal: %s\n", qPrintable(made.error()));
         return 1;
@@ -61,7 +61,7 @@ int runDemo(QCoreApplication &app, const QString &url, const QString &screenshot
     if (fresh || url == QLatin1String("sqlite::memory:")) {
         kx::SampleOptions options;
         options.records = 3000;
-        const kx::Status made = kx::SampleBooks::create(db, options);
+        const kx::Result<void> made = kx::SampleBooks::create(db, options);
         if (!made.ok()) {
             std::fprintf(stderr, "kxjournal: %s\n", qPrintable(made.error()));
             return 1;

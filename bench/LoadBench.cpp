@@ -1,5 +1,6 @@
 // Opening a book, next to the bare fetch of the same query, on one SQLite file.
-#include "data/BookState.h"
+#include "ledger/LedgerHost.h"
+#include "ledger/LedgerState.h"
 #include "data/JournalDefinition.h"
 #include "data/SampleBooks.h"
 #include "ledger/BalanceCalculator.h"
@@ -68,23 +69,20 @@ QString loadQuery(Fixture &f)
 }
 
 // The book as a control would hold it, with its messages going nowhere.
-void prepareBook(Fixture &f, kx::BookState &book)
+void prepareBook(Fixture &f, kx::LedgerState &book)
 {
-    book.acc = f.acc.get();
-    book.prompt = [](const QString &, bool) {};
-    book.process = [](int) {};
-    book.accountFormat = QStringLiteral("#,##0.00");
-    kx::JournalDefinition(f.acc->Connection(), book).read(f.docId);
+    book.fields.accountFormat = QStringLiteral("#,##0.00");
+    kx::JournalDefinition(f.acc->Connection(), book.book).read(f.docId);
 }
 
 void BM_Load(benchmark::State &state)
 {
     Fixture &f = fixture(int(state.range(0)));
     kx::GridModel grid;
-    kx::BookState book;
+    kx::LedgerState book;
     prepareBook(f, book);
     for (auto _ : state) {
-        if (kx::BookLoader(grid, book).load(0) != kx::BookLoader::Loaded)
+        if (kx::BookLoader(grid, book, kx::LedgerHost::none(), f.acc.get()).load(0) != kx::BookLoader::Loaded)
             state.SkipWithError("load failed");
         benchmark::DoNotOptimize(grid.rows());
     }
@@ -142,9 +140,9 @@ void BM_Calculate(benchmark::State &state)
 {
     Fixture &f = fixture(int(state.range(0)));
     kx::GridModel grid;
-    kx::BookState book;
+    kx::LedgerState book;
     prepareBook(f, book);
-    kx::BookLoader(grid, book).load(0);
+    kx::BookLoader(grid, book, kx::LedgerHost::none(), f.acc.get()).load(0);
     for (auto _ : state)
         kx::BalanceCalculator(grid, book).calculate(grid.fixedRows());
     state.SetItemsProcessed(state.iterations() * state.range(0));

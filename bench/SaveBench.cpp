@@ -1,6 +1,7 @@
 // Saving a whole book with every row changed, next to a bare loop of
 // prepared statements through the sqlite3 C API writing the same rows.
-#include "data/BookState.h"
+#include "ledger/LedgerHost.h"
+#include "ledger/LedgerState.h"
 #include "data/JournalDefinition.h"
 #include "data/SampleBooks.h"
 #include "ledger/BookLoader.h"
@@ -26,7 +27,7 @@ namespace {
 struct Opened {
     std::unique_ptr<kx::SqlAccContext> acc;
     kx::GridModel grid;
-    kx::BookState book;
+    kx::LedgerState book;
 };
 
 std::unique_ptr<Opened> openBook(const QString &url, int records, bool fresh)
@@ -46,11 +47,8 @@ std::unique_ptr<Opened> openBook(const QString &url, int records, bool fresh)
     const int docId =
         db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("020101")}}).value().toInt();
     o->acc = std::make_unique<kx::SqlAccContext>(std::move(db));
-    o->book.acc = o->acc.get();
-    o->book.prompt = [](const QString &, bool) {};
-    o->book.process = [](int) {};
-    kx::JournalDefinition(o->acc->Connection(), o->book).read(docId);
-    if (kx::BookLoader(o->grid, o->book).load(0) != kx::BookLoader::Loaded)
+    kx::JournalDefinition(o->acc->Connection(), o->book.book).read(docId);
+    if (kx::BookLoader(o->grid, o->book, kx::LedgerHost::none(), o->acc.get()).load(0) != kx::BookLoader::Loaded)
         return nullptr;
     return o;
 }
@@ -87,7 +85,7 @@ void saveRepeatedly(benchmark::State &state, Opened *o)
         state.PauseTiming();
         touchEveryRow(*o, ++pass);
         state.ResumeTiming();
-        if (!kx::BookSaver(o->grid, o->book).save(QStringLiteral("bench"), 1))
+        if (!kx::BookSaver(o->grid, o->book, kx::LedgerHost::none(), o->acc.get()).save(QStringLiteral("bench"), 1))
             state.SkipWithError("save failed");
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
@@ -121,7 +119,7 @@ void BM_SaveSqliteC(benchmark::State &state)
         for (const char *k : ints)
             row.ints.push_back(qint64(o->grid.value(r, QLatin1String(k))));
         row.ints.push_back(r);
-        row.ints.push_back(o->book.docId);
+        row.ints.push_back(o->book.book.docId);
         row.key = qint64(o->grid.value(r, QStringLiteral("RecID")));
         rows.push_back(std::move(row));
     }

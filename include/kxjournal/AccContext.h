@@ -59,7 +59,7 @@ public:
     /// Told after a book was saved, so other views of it can refresh.
     virtual void SaveNotice(const QString &notice) = 0;
 
-signals:
+Q_SIGNALS:
     /// A message from the host to every journal that uses this context.
     void Announce(const QString &message);
 };

@@ -19,7 +19,7 @@ namespace kx {
 /// (with "?schema=NAME" to work in a schema other than public),
 /// or "odbc:CONNECTION-STRING". Statements are always prepared and their
 /// values bound (SqlStatement); nothing is ever spliced into SQL text.
-class Database
+class KXJOURNAL_EXPORT Database
 {
 public:
     /// Which engine is behind the connection.
@@ -63,11 +63,11 @@ public:
     /// engines fold names). Invalid when there is no row or no such field.
     Result<QVariant> firstRowField(const SqlStatement &statement, const QString &field) const;
     /// Runs a statement whose rows are not needed.
-    Status run(const SqlStatement &statement) const;
+    Result<void> run(const SqlStatement &statement) const;
 
     /// Checks the connection and opens it again when the server dropped it
-    /// (a restart, a network break); false with lastError() when it stays lost.
-    bool ensureConnected();
+    /// (a restart, a network break); fails, saying why, when it stays lost.
+    Result<void> ensureConnected();
     /// Closes the connection.
     void close();
 

@@ -3,11 +3,11 @@
 #include "kxjournal/AccContext.h"
 #include "kxjournal/GridModel.h"
 #include "kxjournal/PropertyBag.h"
+#include "kxjournal/kxjournal_export.h"
 
 #include <QColor>
 #include <QDate>
 #include <QFont>
-#include <QPointer>
 #include <QWidget>
 #include <functional>
 #include <memory>
@@ -15,9 +15,7 @@
 namespace kx {
 
 class GridView;
-class JournalFrame;
-class JournalMenu;
-struct BookState;
+class JournalPrivate;
 
 /// The journal book control: an editable grid of one book's records with
 /// running balances, for a host program to place on a screen.
@@ -31,16 +29,16 @@ struct BookState;
 /// Properties read as X() and write as setX(v); those with a Row argument
 /// take it last and use the current row when it is 0. No operation throws:
 /// each traps its own errors and returns its empty value.
-class Journal : public QWidget
+class KXJOURNAL_EXPORT Journal : public QWidget
 {
     Q_OBJECT
     Q_PROPERTY(QString Message READ Message WRITE setMessage)
     Q_PROPERTY(kx::AccContext *Acc READ Acc WRITE setAcc)
-    Q_PROPERTY(QString Caption READ Caption WRITE setCaption)
+    Q_PROPERTY(QString Caption READ Caption WRITE setCaption NOTIFY captionChanged)
     Q_PROPERTY(QString FmtName READ FmtName)
     Q_PROPERTY(QString FmtFlag READ FmtFlag)
     Q_PROPERTY(int fmtID READ fmtID)
-    Q_PROPERTY(bool IsPackedJnl READ IsPackedJnl WRITE setIsPackedJnl)
+    Q_PROPERTY(bool IsPackedJnl READ IsPackedJnl WRITE setIsPackedJnl NOTIFY packedChanged)
     Q_PROPERTY(bool IsBottomClass READ IsBottomClass)
     Q_PROPERTY(QString AccCode READ AccCode)
     Q_PROPERTY(QString AccName READ AccName)
@@ -71,7 +69,7 @@ class Journal : public QWidget
     Q_PROPERTY(QFont Font READ Font WRITE setFont)
     Q_PROPERTY(int RowHeightMax READ RowHeightMax WRITE setRowHeightMax)
     Q_PROPERTY(int RowHeightMin READ RowHeightMin WRITE setRowHeightMin)
-    Q_PROPERTY(int Row READ Row WRITE setRow)
+    Q_PROPERTY(int Row READ Row WRITE setRow NOTIFY AfterRowChanged)
     Q_PROPERTY(QString PriceFormat READ PriceFormat WRITE setPriceFormat)
     Q_PROPERTY(QString RateFormat READ RateFormat WRITE setRateFormat)
     Q_PROPERTY(QString QuantityFormat READ QuantityFormat WRITE setQuantityFormat)
@@ -80,9 +78,9 @@ class Journal : public QWidget
     Q_PROPERTY(bool AllowModify READ AllowModify WRITE setAllowModify)
     Q_PROPERTY(bool AllowAudit READ AllowAudit)
     Q_PROPERTY(int Rows READ Rows)
-    Q_PROPERTY(bool IsDirty READ IsDirty WRITE setIsDirty)
+    Q_PROPERTY(bool IsDirty READ IsDirty WRITE setIsDirty NOTIFY dirtyChanged)
     Q_PROPERTY(bool IsLastSumRow READ IsLastSumRow)
-    Q_PROPERTY(int DocID READ DocID WRITE setDocID)
+    Q_PROPERTY(int DocID READ DocID WRITE setDocID NOTIFY docIdChanged)
     Q_PROPERTY(QDate JnlDate READ JnlDate WRITE setJnlDate)
     Q_PROPERTY(QString Statistics READ Statistics)
 
@@ -316,8 +314,10 @@ public:
     bool ask(const QString &text, const QString &title = QString()) const;
     /// The context menu.
     QMenu *contextMenu() const;
+    /// The context-menu item named \a name ("mnuCopy"), or nullptr when there is none.
+    QAction *menuAction(const QString &name) const;
 
-signals:
+Q_SIGNALS:
     /// 1: the grid changed (key of the current column).
     void DataChanged(const QString &ColKey);
     /// 2: declared for hosts; never raised.
@@ -352,35 +352,23 @@ signals:
     void FindMsg(const QString &Msg);
     /// A persisted (or announced) property changed.
     void propertyChanged(const QString &name);
+    /// The caption changed.
+    void captionChanged(const QString &caption);
+    /// Whether the consolidated journal is wanted changed.
+    void packedChanged(bool packed);
+    /// The dirty flag changed.
+    void dirtyChanged(bool dirty);
+    /// Another book was set.
+    void docIdChanged(int docId);
 
 protected:
     void contextMenuEvent(QContextMenuEvent *event) override;
 
 private:
     void announce(const QString &name);
-    bool hostCancels(const QString &command);
-    int rowOr(int row) const;
-    QString accText(int accId, bool code) const;
-    void copySelection();
-    void calculate(int startRow);
-    void recalculateAll();
-    void refresh();
-    void defaultFormatCommand();
-    void applyFormats();
-    int instanceNumber() const;
     void onCursorChanged(int row, int col);
 
-    std::unique_ptr<BookState> m_book;
-    GridModel *m_grid;
-    GridView *m_view;
-    JournalFrame *m_frame;
-    JournalMenu *m_menu;
-    QPointer<AccContext> m_acc;
-    QString m_message;
-    std::function<bool(const QString &, const QString &)> m_asker;
-    int m_lastRow = -1;
-    int m_lastCol = -1;
-    mutable int m_instance = 0;
+    std::unique_ptr<JournalPrivate> d;
 };
 
 } // namespace kx

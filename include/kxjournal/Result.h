@@ -1,46 +1,89 @@
 #pragma once
 
+#include "kxjournal/kxjournal_export.h"
+
 #include <QString>
+#include <QtGlobal>
 #include <utility>
 
 namespace kx {
 
-/// The outcome of a fallible call: a value, or an error text that says why
-/// there is none. The value is default-constructed when the call failed.
-template <typename T>
-class Result
+/// Why a call failed: a text for the user. A failure is always spelled out
+/// as an Error, so that no value (false, 0, an empty text) can pass for one.
+class Error
 {
 public:
-    /// A successful result holding \a value.
-    Result(T value) : m_value(std::move(value)) {} // NOLINT: implicit on purpose
-
-    /// A failed result carrying \a error (must not be empty).
-    static Result failure(const QString &error)
+    /// A failure that says \a message (an empty text becomes "未知错误").
+    explicit Error(QString message)
+        : m_message(message.isEmpty() ? QStringLiteral("未知错误") : std::move(message))
     {
-        Result r{T{}};
-        r.m_error = error.isEmpty() ? QStringLiteral("未知错误") : error;
-        return r;
     }
+    /// The text that says why.
+    const QString &message() const { return m_message; }
+
+private:
+    QString m_message;
+};
+
+/// The outcome of a fallible call: a value, or an Error that says why there
+/// is none. Reading value() of a failure is a programming error (it asserts);
+/// valueOr() is the way to read a value that may be missing.
+template <typename T>
+class [[nodiscard]] Result
+{
+public:
+    /// A success holding \a value.
+    Result(T value) : m_value(std::move(value)) {} // NOLINT: a value is a success
+    /// A failure.
+    Result(Error error) : m_error(std::move(error).message()), m_failed(true) {} // NOLINT
 
     /// True when the call succeeded.
-    bool ok() const { return m_error.isEmpty(); }
+    bool ok() const { return !m_failed; }
     /// Same as ok().
     explicit operator bool() const { return ok(); }
-    /// The value (default-constructed on failure).
-    const T &value() const { return m_value; }
-    /// Moves the value out (for values that should not be copied).
-    T takeValue() { return std::move(m_value); }
+    /// The value; the call must have succeeded.
+    const T &value() const
+    {
+        Q_ASSERT_X(ok(), "kx::Result::value", "value() of a failed result");
+        return m_value;
+    }
+    /// Moves the value out; the call must have succeeded.
+    T takeValue()
+    {
+        Q_ASSERT_X(ok(), "kx::Result::takeValue", "takeValue() of a failed result");
+        return std::move(m_value);
+    }
     /// The value, or \a fallback on failure.
     T valueOr(const T &fallback) const { return ok() ? m_value : fallback; }
     /// Why the call failed; empty on success.
     const QString &error() const { return m_error; }
 
 private:
-    T m_value;
+    T m_value{};
     QString m_error;
+    bool m_failed = false;
 };
 
-/// A fallible call without a value.
-using Status = Result<bool>;
+/// The outcome of a fallible call that has no value.
+template <>
+class [[nodiscard]] Result<void>
+{
+public:
+    /// A success.
+    Result() = default;
+    /// A failure.
+    Result(Error error) : m_error(std::move(error).message()), m_failed(true) {} // NOLINT
+
+    /// True when the call succeeded.
+    bool ok() const { return !m_failed; }
+    /// Same as ok().
+    explicit operator bool() const { return ok(); }
+    /// Why the call failed; empty on success.
+    const QString &error() const { return m_error; }
+
+private:
+    QString m_error;
+    bool m_failed = false;
+};
 
 } // namespace kx

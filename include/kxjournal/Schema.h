@@ -16,7 +16,7 @@ class Schema
 {
 public:
     /// Creates whatever of the four tables and their indexes is missing.
-    static Status create(Database &db);
+    static Result<void> create(Database &db);
 };
 
 } // namespace kx

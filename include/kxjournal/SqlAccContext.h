@@ -50,7 +50,7 @@ public:
     /// The last notice received by SaveNotice().
     QString lastSaveNotice() const { return m_lastSaveNotice; }
 
-signals:
+Q_SIGNALS:
     /// SaveNotice() was called with \a notice.
     void saveNoticed(const QString &notice);
 

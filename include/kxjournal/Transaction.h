@@ -23,7 +23,7 @@ public:
     /// Why it could not begin (empty when it did).
     QString error() const { return m_error; }
     /// Makes the work permanent.
-    Status commit();
+    Result<void> commit();
     /// Undoes the work now.
     void rollback();
 

@@ -1,20 +1,21 @@
 #include "kxjournal/Journal.h"
 
+#include "control/JournalCommands.h"
 #include "control/JournalFrame.h"
 #include "control/JournalMenu.h"
-#include "data/BookState.h"
+#include "control/JournalPrivate.h"
+#include "data/JournalDefinition.h"
 #include "kxjournal/Database.h"
 #include "kxjournal/GridView.h"
-#include "data/JournalDefinition.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookLoader.h"
+#include "ledger/BookRow.h"
 #include "ledger/BookSaver.h"
 #include "ledger/ColumnModel.h"
+#include "ledger/LedgerCommands.h"
 #include "ledger/SummaryRows.h"
-#include "rows/GridClipboard.h"
+#include "rows/RowCommands.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QContextMenuEvent>
 #include <QMessageBox>
 #include <QToolButton>
@@ -22,377 +23,300 @@
 
 namespace kx {
 
-Journal::Journal(QWidget *parent)
-    : QWidget(parent), m_book(std::make_unique<BookState>()), m_grid(new GridModel(this)),
-      m_view(new GridView), m_frame(new JournalFrame(m_view, this)), m_menu(new JournalMenu(this))
+Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_unique<JournalPrivate>(this))
 {
-    m_view->setGridModel(m_grid);
+    d->grid = new GridModel(this);
+    d->view = new GridView;
+    d->view->setGridModel(d->grid);
+    d->frame = new JournalFrame(d->view, this);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(m_frame);
+    layout->addWidget(d->frame);
     setCaption(FmtName());
+    ColumnModel::define(*d->grid, d->state);
 
-    m_book->prompt = [this](const QString &text, bool box) { Prompt(text, box); };
-    m_book->cancelledByHost = [this](const QString &command) { return hostCancels(command); };
-    m_book->process = [this](int n) { emit Process(n); };
-    m_book->caption = [this](const QString &text) { setCaption(text); };
-    m_book->markDirty = [this] { setIsDirty(true); };
-    m_book->afterSaved = [this] { emit AfterSaved(); };
-    m_book->optionIcon = [this](const QString &key) {
-        QToolButton *b = m_frame->optionButton();
-        b->setProperty("imageKey", key);
-        b->setText(key == QLatin1String("Jnl1") ? QStringLiteral("合") : QStringLiteral("账"));
-    };
-    ColumnModel::define(*m_grid, *m_book);
+    RowCommands::offer(d->commands, *d->grid);
+    LedgerCommands::offer(d->commands, *d->grid, d->state, *d);
+    JournalCommands::offer(*d);
+    d->commands.setGate([this](const Command &) { return d->mayStart(); });
+    d->menu = new JournalMenu(d->commands, this);
 
-    m_asker = [this](const QString &text, const QString &title) {
+    d->asker = [this](const QString &text, const QString &title) {
         return QMessageBox::question(this, title.isEmpty() ? Caption() : title, text,
                                      QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
     };
-
-    connect(m_grid, &GridModel::cursorChanged, this, &Journal::onCursorChanged);
-    connect(m_view, &GridView::mouseUp, this, [this](int button, int shift, float x, float y) {
-        emit MouseUp(button, shift, x, y);
-    });
-    connect(m_frame->optionButton(), &QToolButton::clicked, this, [this] {
-        m_menu->popup(m_frame->optionButton()->mapToGlobal(QPoint(0, m_frame->optionButton()->height())));
-    });
-    m_menu->bind(QStringLiteral("mnuCopy"), this, [this] { copySelection(); });
-    m_menu->bind(QStringLiteral("mnuRecalc"), this, [this] { recalculateAll(); });
-    m_menu->bind(QStringLiteral("mnuInsSumRow"), this, [this] { InsSumRow(); });
-    m_menu->bind(QStringLiteral("mnuRemoveSumRow"), this, [this] { RemoveSumRow(); });
-    m_menu->bind(QStringLiteral("mnuStatistics"), this, [this] { Prompt(Statistics(), true); });
-    m_menu->bind(QStringLiteral("mnuRefresh"), this, [this] { refresh(); });
-    m_menu->bind(QStringLiteral("mnuDefaultFormat"), this, [this] { defaultFormatCommand(); });
-    connect(m_menu->item(QStringLiteral("mnuSideTask")), &QAction::triggered, this, [this](bool checked) {
-        m_frame->setSidePanelVisible(checked);
-        emit IconClick();
-    });
-    connect(m_menu->item(QStringLiteral("mnuPackJnl")), &QAction::toggled, this,
-            [this](bool checked) { m_book->isPacked = checked; });
+    connect(d->grid, &GridModel::cursorChanged, this, &Journal::onCursorChanged);
+    connect(d->view, &GridView::mouseUp, this,
+            [this](int button, int shift, float x, float y) { Q_EMIT MouseUp(button, shift, x, y); });
+    QToolButton *option = d->frame->optionButton();
+    connect(option, &QToolButton::clicked, this,
+            [this, option] { d->menu->popup(option->mapToGlobal(QPoint(0, option->height()))); });
 }
 
 Journal::~Journal() = default;
 
 void Journal::announce(const QString &name)
 {
-    emit propertyChanged(name);
-}
-
-bool Journal::hostCancels(const QString &command)
-{
-    bool cancel = false;
-    emit CommandExecute(command, cancel);
-    return cancel;
-}
-
-int Journal::rowOr(int row) const
-{
-    return row == 0 ? m_grid->row() : row;
+    Q_EMIT propertyChanged(name);
 }
 
 void Journal::onCursorChanged(int row, int col)
 {
-    const bool rowMoved = row != m_lastRow;
-    const bool colMoved = col != m_lastCol;
-    m_lastRow = row;
-    m_lastCol = col;
+    const bool rowMoved = row != d->lastRow;
+    const bool colMoved = col != d->lastCol;
+    d->lastRow = row;
+    d->lastCol = col;
     if (rowMoved)
-        emit AfterRowChanged();
+        Q_EMIT AfterRowChanged();
     if (colMoved)
-        emit AfterColChanged();
+        Q_EMIT AfterColChanged();
 }
 
 void Journal::contextMenuEvent(QContextMenuEvent *event)
 {
-    m_menu->popup(event->globalPos());
+    d->menu->popup(event->globalPos());
 }
 
-QMenu *Journal::contextMenu() const
-{
-    return m_menu;
-}
+QMenu *Journal::contextMenu() const { return d->menu; }
+QAction *Journal::menuAction(const QString &name) const { return d->menu->item(name); }
 
-QString Journal::Message() const { return m_message; }
-void Journal::setMessage(const QString &value) { m_message = value; }
-
-AccContext *Journal::Acc() const { return m_acc; }
+QString Journal::Message() const { return d->message; }
+void Journal::setMessage(const QString &value) { d->message = value; }
+AccContext *Journal::Acc() const { return d->context(); }
 
 void Journal::setAcc(AccContext *value)
 {
-    if (m_acc)
-        disconnect(m_acc, nullptr, this, nullptr);
-    m_acc = value;
-    m_book->acc = value;
+    if (AccContext *old = d->context())
+        disconnect(old, nullptr, this, nullptr);
+    d->setContext(value);
     if (value)
         connect(value, &AccContext::Announce, this, [this](const QString &message) { Prompt(message, false); });
 }
 
-QString Journal::Caption() const
-{
-    return m_frame->captionText().trimmed();
-}
+QString Journal::Caption() const { return d->caption; }
 
 void Journal::setCaption(const QString &value)
 {
-    m_frame->setCaptionText(QStringLiteral("    ") + value);
+    if (value == d->caption)
+        return;
+    d->caption = value;
+    d->frame->setCaptionText(QStringLiteral("    ") + value);
+    Q_EMIT captionChanged(value);
 }
 
 QString Journal::FmtName() const { return QStringLiteral("流水账"); }
-QString Journal::FmtFlag() const { return QString::number(m_book->docId); }
-int Journal::fmtID() const { return m_book->docId; }
-
-bool Journal::IsPackedJnl() const
-{
-    return m_menu->item(QStringLiteral("mnuPackJnl"))->isChecked();
-}
+QString Journal::FmtFlag() const { return QString::number(d->state.book.docId); }
+int Journal::fmtID() const { return d->state.book.docId; }
+bool Journal::IsPackedJnl() const { return d->state.isPacked; }
 
 void Journal::setIsPackedJnl(bool value)
 {
-    m_menu->item(QStringLiteral("mnuPackJnl"))->setChecked(value);
+    if (value == d->state.isPacked)
+        return;
+    d->state.isPacked = value;
+    d->menu->sync();
+    Q_EMIT packedChanged(value);
 }
 
-bool Journal::IsBottomClass() const { return m_book->isBottomClass; }
+bool Journal::IsBottomClass() const { return d->state.book.isBottomClass; }
 
 int Journal::AccID(int Row) const
 {
-    return int(m_grid->value(rowOr(Row), QStringLiteral("AccID")));
+    return BookRow::of(*d->grid, JournalColumns(*d->grid), d->rowOr(Row)).accId();
 }
 
 void Journal::setAccID(int value, int Row)
 {
-    m_grid->setText(rowOr(Row), QStringLiteral("AccID"), QString::number(value));
-    m_book->accId = value;
+    BookRow(*d->grid, JournalColumns(*d->grid), d->rowOr(Row)).setText(JournalColumns::AccID, QString::number(value));
+    d->state.book.accId = value;
 }
 
-QString Journal::accText(int accId, bool code) const
+namespace {
+
+QString accText(AccContext *acc, int accId, bool code)
 {
-    // Reads of the context run under a trap: any failure gives empty text.
-    if (!m_acc)
+    if (!acc)
         return {};
-    return code ? m_acc->GetAccCode(accId) : m_acc->GetAccName(accId, 0);
+    return code ? acc->GetAccCode(accId) : acc->GetAccName(accId, 0);
 }
 
-QString Journal::AccCode() const { return accText(m_book->accId, true); }
-QString Journal::AccName() const { return accText(m_book->accId, false); }
-int Journal::RelativeAccID() const { return m_book->relativeAccId; }
-void Journal::setRelativeAccID(int value) { m_book->relativeAccId = value; }
-QString Journal::RelativeAccCode() const { return accText(m_book->relativeAccId, true); }
-QString Journal::RelativeAccName() const { return accText(m_book->relativeAccId, false); }
+} // namespace
 
-QString Journal::Direction() const { return m_book->direction; }
+QString Journal::AccCode() const { return accText(d->context(), d->state.book.accId, true); }
+QString Journal::AccName() const { return accText(d->context(), d->state.book.accId, false); }
+int Journal::RelativeAccID() const { return d->state.book.relativeAccId; }
+void Journal::setRelativeAccID(int value) { d->state.book.relativeAccId = value; }
+QString Journal::RelativeAccCode() const { return accText(d->context(), d->state.book.relativeAccId, true); }
+QString Journal::RelativeAccName() const { return accText(d->context(), d->state.book.relativeAccId, false); }
+QString Journal::Direction() const { return d->state.book.direction; }
 
 void Journal::setDirection(const QString &value)
 {
     const QString kept = value == u"借" || value == u"贷" ? value : QString();
-    if (kept == m_book->direction)
+    if (kept == d->state.book.direction)
         return;
-    m_book->direction = kept;
-    calculate(m_grid->row());
+    d->exclusive(QStringLiteral("Direction"), false, [&] {
+        d->state.book.direction = kept;
+        BalanceCalculator(*d->grid, d->state).calculate(d->grid->row());
+        return true;
+    });
 }
 
 QString Journal::ObjName() const { return QStringLiteral("JournalRec"); }
-int Journal::LastSumRow() const { return m_book->lastSumRow; }
-void Journal::setLastSumRow(int value) { m_book->lastSumRow = value; }
-GridModel *Journal::Grid() const { return m_grid; }
-GridView *Journal::gridView() const { return m_view; }
-
-bool Journal::AllowAccDoc() const
-{
-    return m_grid->value(m_grid->row(), QStringLiteral("AccID")) != 0.0;
-}
-
-int Journal::Row() const { return m_grid->row(); }
+int Journal::LastSumRow() const { return d->state.lastSumRow; }
+void Journal::setLastSumRow(int value) { d->state.lastSumRow = value; }
+GridModel *Journal::Grid() const { return d->grid; }
+GridView *Journal::gridView() const { return d->view; }
+bool Journal::AllowAccDoc() const { return AccID() != 0; }
+int Journal::Row() const { return d->grid->row(); }
 
 void Journal::setRow(int value)
 {
-    if (!m_grid->isDataRow(value))
+    GridModel *g = d->grid;
+    if (!g->isDataRow(value))
         return;
-    if (m_grid->isRowHidden(value))
-        m_grid->setRowHidden(value, false);
-    const int col = m_grid->isDataCol(m_grid->col()) ? m_grid->col() : m_grid->fixedCols();
-    m_grid->setCursor(value, col);
-    const QModelIndex idx = m_grid->indexAt(value, col);
-    const int topRow = m_view->rowAt(0);
-    if (topRow >= 0 && idx.row() < topRow)
-        m_view->scrollTo(idx, QAbstractItemView::PositionAtTop);
-    else
-        m_view->scrollTo(idx, QAbstractItemView::EnsureVisible);
+    if (g->isRowHidden(value))
+        g->setRowHidden(value, false);
+    const int col = g->isDataCol(g->col()) ? g->col() : g->fixedCols();
+    g->setCursor(value, col);
+    // A row above the view comes to the top, as a person scrolling up would see it.
+    const QModelIndex idx = g->indexAt(value, col);
+    const int topRow = d->view->rowAt(0);
+    d->view->scrollTo(idx, topRow >= 0 && idx.row() < topRow ? QAbstractItemView::PositionAtTop
+                                                              : QAbstractItemView::EnsureVisible);
 }
 
-bool Journal::AllowModify() const { return m_book->allowModify; }
-void Journal::setAllowModify(bool value) { m_book->allowModify = m_book->docId < 1 ? false : value; }
-bool Journal::AllowAudit() const { return m_book->allowAudit; }
-int Journal::Rows() const { return m_grid->rows() - 1; }
-bool Journal::IsDirty() const { return m_book->dirty; }
+bool Journal::AllowModify() const { return d->state.allowModify; }
+void Journal::setAllowModify(bool value) { d->state.allowModify = d->state.book.docId < 1 ? false : value; }
+bool Journal::AllowAudit() const { return d->state.allowAudit; }
+int Journal::Rows() const { return d->grid->rows() - 1; }
+bool Journal::IsDirty() const { return d->state.dirty; }
 
 void Journal::setIsDirty(bool value)
 {
-    m_book->dirty = value;
+    const bool changed = value != d->state.dirty;
+    d->state.dirty = value;
+    if (changed)
+        Q_EMIT dirtyChanged(value);
     if (value)
-        emit DataChanged(m_grid->colKey(m_grid->col()));
+        Q_EMIT DataChanged(d->grid->colKey(d->grid->col()));
 }
 
 bool Journal::IsLastSumRow() const
 {
-    const int row = m_grid->row();
-    if (row != m_book->lastSumRow || row + 1 >= m_grid->rows())
+    const int row = d->grid->row();
+    if (row != d->state.lastSumRow || row + 1 >= d->grid->rows())
         return false;
-    return !QDate::fromString(m_grid->text(row + 1, QStringLiteral("JnlDate")), Qt::ISODate).isValid();
+    return !BookRow::of(*d->grid, JournalColumns(*d->grid), row + 1).date().isValid();
 }
 
-int Journal::DocID() const { return m_book->docId; }
+int Journal::DocID() const { return d->state.book.docId; }
 
 void Journal::setDocID(int value)
 {
-    if (!m_acc) {
-        m_book->docId = value;
-        return;
-    }
-    JournalDefinition(m_acc->Connection(), *m_book).read(value);
+    d->exclusive(QStringLiteral("DocID"), false, [&] {
+        const int before = d->state.book.docId;
+        if (AccContext *acc = d->context())
+            JournalDefinition(acc->Connection(), d->state.book).read(value);
+        else
+            d->state.book.docId = value;
+        if (d->state.book.docId != before)
+            Q_EMIT docIdChanged(d->state.book.docId);
+        return true;
+    });
 }
 
 bool Journal::Load(int rDocID)
 {
-    const BookLoader::Outcome outcome = BookLoader(*m_grid, *m_book).load(rDocID);
-    if (outcome == BookLoader::Loaded)
-        emit AfterLoaded();
-    return outcome == BookLoader::Loaded || outcome == BookLoader::Empty;
+    return d->exclusive(QStringLiteral("Load"), false, [&] {
+        const BookLoader::Outcome outcome = BookLoader(*d->grid, d->state, *d, d->context()).load(rDocID);
+        if (outcome == BookLoader::Loaded)
+            Q_EMIT AfterLoaded();
+        return outcome == BookLoader::Loaded || outcome == BookLoader::Empty;
+    });
 }
 
 bool Journal::Save()
 {
-    return BookSaver(*m_grid, *m_book).save(Caption(), instanceNumber());
+    return d->exclusive(QStringLiteral("Save"), false, [&] {
+        return BookSaver(*d->grid, d->state, *d, d->context()).save(Caption(), d->instanceNumber());
+    });
 }
 
 bool Journal::InsSumRow(int Row)
 {
-    return SummaryRows(*m_grid, *m_book).insert(Row);
+    return d->exclusive(QStringLiteral("InsSumRow"), false,
+                        [&] { return SummaryRows(*d->grid, d->state, *d).insert(Row); });
 }
 
 bool Journal::RemoveSumRow(int Row)
 {
-    return SummaryRows(*m_grid, *m_book).remove(Row);
+    return d->exclusive(QStringLiteral("RemoveSumRow"), false,
+                        [&] { return SummaryRows(*d->grid, d->state, *d).remove(Row); });
 }
 
-QString Journal::Statistics() const
-{
-    return SummaryRows(*m_grid, *m_book).statistics();
-}
-
-int Journal::instanceNumber() const
-{
-    // Any number that tells this control from the others in the host process.
-    static int counter = 0;
-    if (m_instance == 0)
-        m_instance = ++counter;
-    return m_instance;
-}
+QString Journal::Statistics() const { return SummaryRows(*d->grid, d->state, *d).statistics(); }
 
 void Journal::SetDefaultFormat()
 {
-    ColumnModel::define(*m_grid, *m_book);
+    d->exclusive(QStringLiteral("DefaultFormat"), false, [&] {
+        ColumnModel::define(*d->grid, d->state);
+        return true;
+    });
 }
 
 void Journal::ApplyExplainTemplate(const QString &rTemplate)
 {
-    ColumnModel::applyExplainTemplate(*m_grid, *m_book, m_grid->row(), rTemplate);
-}
-
-void Journal::calculate(int startRow)
-{
-    BalanceCalculator(*m_grid, *m_book).calculate(startRow);
-}
-
-void Journal::recalculateAll()
-{
-    calculate(m_grid->fixedRows());
-    Prompt(QStringLiteral("已经重新计算全部余额。"));
-}
-
-void Journal::refresh()
-{
-    if (!hostCancels(QStringLiteral("Refresh")))
-        Load();
-}
-
-void Journal::defaultFormatCommand()
-{
-    if (hostCancels(QStringLiteral("BeforeFormat")))
-        return;
-    SetDefaultFormat();
-    hostCancels(QStringLiteral("AfterFormated"));
-}
-
-void Journal::applyFormats()
-{
-    ColumnModel::applyFormats(*m_grid, *m_book);
+    ColumnModel::applyExplainTemplate(*d->grid, d->state, d->context(), d->grid->row(), rTemplate);
 }
 
 QDate Journal::JnlDate() const
 {
-    return QDate::fromString(m_grid->text(m_grid->row(), QStringLiteral("JnlDate")), Qt::ISODate);
+    return BookRow::of(*d->grid, JournalColumns(*d->grid), d->grid->row()).date();
 }
 
 void Journal::setJnlDate(const QDate &value)
 {
-    const int row = m_grid->row();
-    if (!m_grid->isDataRow(row))
+    const int row = d->grid->row();
+    if (!d->grid->isDataRow(row))
         return;
-    m_grid->setText(row, QStringLiteral("JnlDate"), value.toString(Qt::ISODate));
-    const QString shown = m_grid->isSubtotal(row) ? value.toString(QStringLiteral("yyyy年MM月"))
-                                                  : value.toString(QStringLiteral("yyyy年MM月dd日"));
-    m_grid->setText(row, QStringLiteral("ShowName"), shown);
+    const BookRow line(*d->grid, JournalColumns(*d->grid), row);
+    line.setText(JournalColumns::JnlDate, value.toString(Qt::ISODate));
+    line.setText(JournalColumns::ShowName,
+                 BookRow::dateLabel(value, d->grid->isSubtotal(row) ? BookRow::Label::Summary : BookRow::Label::Record));
 }
 
 void Journal::Initial() {}
 
 QString Journal::Get_AccCodeField(const QString &rFieldName, int rAccID)
 {
-    if (!m_acc)
+    AccContext *acc = d->context();
+    if (!acc)
         return {};
-    const Database &db = m_acc->Connection();
-    return db.firstRowField(db.dialect().accountById(rAccID), rFieldName).value().toString();
+    const Database &db = acc->Connection();
+    return db.firstRowField(db.dialect().accountById(rAccID), rFieldName).valueOr(QVariant()).toString();
 }
 
 void Journal::Prompt(const QString &rMsg, bool ShowBox)
 {
-    emit Notify(rMsg, ShowBox);
+    Q_EMIT Notify(rMsg, ShowBox);
 }
 
 void Journal::DoCommand(const QString &CommandName, const QString &CommandParameter)
 {
-    if (CommandName == QLatin1String("Copy")) {
-        copySelection();
-    } else if (CommandName == QLatin1String("Find")) {
-        // Accepted and ignored: a find runs through Find().
-    } else if (CommandName == QLatin1String("DefaultFormat")) {
-        SetDefaultFormat();
-    } else if (CommandName == QLatin1String("Refresh")) {
-        refresh();
-    } else if (CommandName == QLatin1String("AfterSetFormat") || CommandName == QLatin1String("SetColFont")) {
-        applyFormats();
-    } else if (CommandName == QLatin1String("SideVisible")) {
-        const bool on = CommandParameter == QLatin1String("True");
-        m_menu->item(QStringLiteral("mnuSideTask"))->setChecked(on);
-        m_frame->setSidePanelVisible(on);
-    }
-}
-
-void Journal::copySelection()
-{
-    QApplication::clipboard()->setText(GridClipboard::selectedText(*m_grid));
+    if (const Command *command = d->commands.byCommand(CommandName))
+        d->commands.run(*command, CommandParameter);
 }
 
 void Journal::setAsker(std::function<bool(const QString &, const QString &)> asker)
 {
     if (asker)
-        m_asker = std::move(asker);
+        d->asker = std::move(asker);
 }
 
 bool Journal::ask(const QString &text, const QString &title) const
 {
-    return m_asker(text, title);
+    return d->asker(text, title);
 }
 
 } // namespace kx

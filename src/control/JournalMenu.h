@@ -4,30 +4,26 @@
 
 namespace kx {
 
-/// The journal's context menu (also opened by the option button). Items are
-/// named like the commands they run (mnuCopy, mnuPackJnl, …); an item whose
-/// command the control does not offer yet stays disabled.
+class CommandRegistry;
+
+/// The journal's context menu (also opened by the option button), built
+/// from the command registry: an item per command with a name, in registry
+/// order, a separator between groups. Items are enabled and checked from
+/// their commands whenever the menu is about to show (and on sync()).
 class JournalMenu : public QMenu
 {
     Q_OBJECT
 public:
-    /// Builds the items.
-    explicit JournalMenu(QWidget *parent = nullptr);
+    /// The menu of the commands in \a registry (which must outlive it).
+    explicit JournalMenu(const CommandRegistry &registry, QWidget *parent = nullptr);
 
     /// The item named \a name (nullptr when there is none).
     QAction *item(const QString &name) const;
-    /// Connects the item \a name to \a slot and enables it.
-    template <typename Fn>
-    void bind(const QString &name, QObject *context, Fn slot)
-    {
-        if (QAction *a = item(name)) {
-            a->setEnabled(true);
-            connect(a, &QAction::triggered, context, slot);
-        }
-    }
+    /// Brings every item's enabled and checked state up to date.
+    void sync();
 
 private:
-    QAction *addItem(const QString &name, const QString &text, bool checkable = false);
+    const CommandRegistry &m_registry;
 };
 
 } // namespace kx

@@ -143,21 +143,23 @@ bool Database::applySessionSettings()
     return true;
 }
 
-bool Database::ensureConnected()
+Result<void> Database::ensureConnected()
 {
     if (!m_db.isValid())
-        return false;
+        return Error(m_lastError.isEmpty() ? QStringLiteral("数据库没有打开。") : m_lastError);
     if (m_db.isOpen()) {
         QSqlQuery probe(m_db);
         if (probe.exec(QStringLiteral("Select 1")))
-            return true;
+            return {};
         m_db.close();
     }
     if (!m_db.open()) {
         m_lastError = QStringLiteral("无法连接数据库：%1").arg(errorText(m_db.lastError()));
-        return false;
+        return Error(m_lastError);
     }
-    return applySessionSettings();
+    if (!applySessionSettings())
+        return Error(m_lastError);
+    return {};
 }
 
 bool Database::isOpen() const
@@ -169,7 +171,7 @@ Result<QSqlQuery> Database::exec(const SqlStatement &statement, bool forwardOnly
 {
     if (!isOpen()) {
         m_lastError = m_lastError.isEmpty() ? QStringLiteral("数据库没有打开。") : m_lastError;
-        return Result<QSqlQuery>::failure(m_lastError);
+        return Error(m_lastError);
     }
     QSqlQuery q(m_db);
     q.setForwardOnly(forwardOnly);
@@ -185,7 +187,7 @@ Result<QSqlQuery> Database::exec(const SqlStatement &statement, bool forwardOnly
     }
     if (!ok) {
         m_lastError = QStringLiteral("数据库操作失败：%1").arg(errorText(q.lastError()));
-        return Result<QSqlQuery>::failure(m_lastError);
+        return Error(m_lastError);
     }
     m_lastError.clear();
     return Result<QSqlQuery>(std::move(q));
@@ -195,7 +197,7 @@ Result<QVariant> Database::scalar(const SqlStatement &statement) const
 {
     Result<QSqlQuery> r = exec(statement);
     if (!r.ok())
-        return Result<QVariant>::failure(r.error());
+        return Error(r.error());
     QSqlQuery q = r.takeValue();
     return q.next() ? q.value(0) : QVariant();
 }
@@ -204,7 +206,7 @@ Result<QVariant> Database::firstRowField(const SqlStatement &statement, const QS
 {
     Result<QSqlQuery> r = exec(statement);
     if (!r.ok())
-        return Result<QVariant>::failure(r.error());
+        return Error(r.error());
     QSqlQuery q = r.takeValue();
     if (!q.next())
         return QVariant();
@@ -218,10 +220,12 @@ Result<QVariant> Database::firstRowField(const SqlStatement &statement, const QS
     return QVariant();
 }
 
-Status Database::run(const SqlStatement &statement) const
+Result<void> Database::run(const SqlStatement &statement) const
 {
     Result<QSqlQuery> r = exec(statement);
-    return r.ok() ? Status(true) : Status::failure(r.error());
+    if (!r.ok())
+        return Error(r.error());
+    return {};
 }
 
 void Database::close()

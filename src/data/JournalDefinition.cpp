@@ -1,6 +1,6 @@
 #include "data/JournalDefinition.h"
 
-#include "data/BookState.h"
+#include "data/BookDefinition.h"
 #include "kxjournal/Database.h"
 
 #include <QSqlRecord>
@@ -19,7 +19,7 @@ int numberAfterBar(const QString &s)
 
 } // namespace
 
-JournalDefinition::JournalDefinition(const Database &db, BookState &book) : m_db(db), m_book(book) {}
+JournalDefinition::JournalDefinition(const Database &db, BookDefinition &book) : m_db(db), m_book(book) {}
 
 QString JournalDefinition::fieldOf(const QString &name, int id) const
 {
@@ -81,7 +81,7 @@ QString JournalDefinition::subordinateList() const
     return list;
 }
 
-QString JournalDefinition::caption() const
+QString JournalDefinition::caption(bool consolidated) const
 {
     if (m_book.docId == 0)
         return QStringLiteral("流水账");
@@ -100,7 +100,7 @@ QString JournalDefinition::caption() const
     }
     if (caption.startsWith(QLatin1Char('\\')))
         caption.remove(0, 1);
-    if (m_book.isConsolidated())
+    if (consolidated)
         caption += QStringLiteral("(合并日记账)");
     return caption;
 }

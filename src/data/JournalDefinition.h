@@ -6,7 +6,7 @@
 namespace kx {
 
 class Database;
-struct BookState;
+struct BookDefinition;
 
 /// A journal book's definition in kxJournal and its place in the book tree.
 ///
@@ -17,7 +17,7 @@ class JournalDefinition
 {
 public:
     /// Works on \a db for the book in \a book.
-    JournalDefinition(const Database &db, BookState &book);
+    JournalDefinition(const Database &db, BookDefinition &book);
 
     /// Makes \a id the current book and reads its direction, account,
     /// relative account, name and whether books lie below it.
@@ -32,14 +32,14 @@ public:
     /// The same ids as text: each preceded by "|", with a final "|" ("|5|7|9|").
     QString subordinateList() const;
     /// The path of the current book from its top-level book down ("银行日记账\工商银行"),
-    /// with "(合并日记账)" when it is shown consolidated; "流水账" for no book.
-    QString caption() const;
+    /// with "(合并日记账)" when \a consolidated; "流水账" for no book.
+    QString caption(bool consolidated) const;
 
 private:
     QString codeOf(int id) const;
 
     const Database &m_db;
-    BookState &m_book;
+    BookDefinition &m_book;
 };
 
 } // namespace kx

@@ -42,14 +42,14 @@ QString valueRows(int rows, int columns)
 
 PgRecordWriter::PgRecordWriter(const Database &db) : m_db(db) {}
 
-Status PgRecordWriter::remove(int recId)
+Result<void> PgRecordWriter::remove(int recId)
 {
     return m_db.run(m_db.dialect().deleteRecord(recId));
 }
 
 Result<QList<int>> PgRecordWriter::updateBatch(const std::vector<const RecordValues *> &batch, bool withAmounts)
 {
-    const QStringList names = fields(withAmounts);
+    const QStringList &names = fieldNames(withAmounts);
     QStringList sets;
     QStringList columns{QStringLiteral("RecID")};
     for (const QString &f : names) {
@@ -63,11 +63,11 @@ Result<QList<int>> PgRecordWriter::updateBatch(const std::vector<const RecordVal
                        columns.join(QLatin1Char(',')));
     for (const RecordValues *row : batch) {
         st.binds << row->recId;
-        st.binds << bindable(row->values);
+        st.binds << bindable(*row);
     }
     Result<QSqlQuery> r = m_db.exec(st);
     if (!r.ok())
-        return Result<QList<int>>::failure(r.error());
+        return Error(r.error());
     QSqlQuery q = r.takeValue();
     QList<int> updated;
     while (q.next())
@@ -75,23 +75,23 @@ Result<QList<int>> PgRecordWriter::updateBatch(const std::vector<const RecordVal
     return updated;
 }
 
-Status PgRecordWriter::insertBatch(const std::vector<const RecordValues *> &batch, bool withAmounts,
+Result<void> PgRecordWriter::insertBatch(const std::vector<const RecordValues *> &batch, bool withAmounts,
                                    QHash<int, int> &added)
 {
-    const QStringList names = fields(withAmounts);
+    const QStringList &names = fieldNames(withAmounts);
     SqlStatement st;
     st.text = QStringLiteral("Insert Into kxJournalRecs (%1) Values %2 Returning RecID, Row")
                   .arg(names.join(QLatin1Char(',')), valueRows(int(batch.size()), int(names.size())));
     for (const RecordValues *row : batch)
-        st.binds << bindable(row->values);
+        st.binds << bindable(*row);
     Result<QSqlQuery> r = m_db.exec(st);
     if (!r.ok())
-        return Status::failure(r.error());
+        return Error(r.error());
     // Row is the grid row, unique within a pass: it tells which key is whose.
     QSqlQuery q = r.takeValue();
     while (q.next())
         added.insert(q.value(1).toInt(), q.value(0).toInt());
-    return true;
+    return {};
 }
 
 Result<QHash<int, int>> PgRecordWriter::write(const std::vector<RecordValues> &rows)
@@ -110,7 +110,7 @@ Result<QHash<int, int>> PgRecordWriter::write(const std::vector<RecordValues> &r
                                                           updates.begin() + std::ptrdiff_t(std::min(updates.size(), i + BatchRows)));
             const Result<QList<int>> done = updateBatch(batch, withAmounts);
             if (!done.ok())
-                return Keys::failure(done.error());
+                return Error(done.error());
             if (done.value().size() == int(batch.size()))
                 continue;
             // Records deleted by someone else are added again.
@@ -123,9 +123,9 @@ Result<QHash<int, int>> PgRecordWriter::write(const std::vector<RecordValues> &r
         for (std::size_t i = 0; i < inserts.size(); i += BatchRows) {
             const std::vector<const RecordValues *> batch(inserts.begin() + std::ptrdiff_t(i),
                                                           inserts.begin() + std::ptrdiff_t(std::min(inserts.size(), i + BatchRows)));
-            const Status s = insertBatch(batch, withAmounts, added);
+            const Result<void> s = insertBatch(batch, withAmounts, added);
             if (!s.ok())
-                return Keys::failure(s.error());
+                return Error(s.error());
         }
     }
     return added;

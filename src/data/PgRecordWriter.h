@@ -13,7 +13,7 @@ public:
     /// Writes on \a db.
     explicit PgRecordWriter(const Database &db);
 
-    Status remove(int recId) override;
+    Result<void> remove(int recId) override;
     Result<QHash<int, int>> write(const std::vector<RecordValues> &rows) override;
 
     /// Rows per statement.
@@ -21,7 +21,7 @@ public:
 
 private:
     Result<QList<int>> updateBatch(const std::vector<const RecordValues *> &batch, bool withAmounts);
-    Status insertBatch(const std::vector<const RecordValues *> &batch, bool withAmounts, QHash<int, int> &added);
+    Result<void> insertBatch(const std::vector<const RecordValues *> &batch, bool withAmounts, QHash<int, int> &added);
 
     const Database &m_db;
 };

@@ -12,7 +12,7 @@ public:
     /// Writes on \a db.
     explicit QtRecordWriter(const Database &db);
 
-    Status remove(int recId) override;
+    Result<void> remove(int recId) override;
     Result<QHash<int, int>> write(const std::vector<RecordValues> &rows) override;
 
 private:

@@ -108,7 +108,7 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
     sqlite3_stmt *stmt = nullptr;
     const QByteArray sql = statement.text.toUtf8();
     if (sqlite3_prepare_v2(db, sql.constData(), int(sql.size()), &stmt, nullptr) != SQLITE_OK)
-        return Result<FetchedRows>::failure(QStringLiteral("数据库操作失败：%1").arg(QString::fromUtf8(sqlite3_errmsg(db))));
+        return Error(QStringLiteral("数据库操作失败：%1").arg(QString::fromUtf8(sqlite3_errmsg(db))));
     std::vector<QByteArray> texts;
     for (int i = 0; i < statement.binds.size(); ++i) {
         const QVariant &v = statement.binds.at(i);
@@ -156,7 +156,7 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
     const QString error = rc == SQLITE_DONE ? QString() : QString::fromUtf8(sqlite3_errmsg(db));
     sqlite3_finalize(stmt);
     if (!error.isEmpty())
-        return Result<FetchedRows>::failure(QStringLiteral("数据库操作失败：%1").arg(error));
+        return Error(QStringLiteral("数据库操作失败：%1").arg(error));
     return Result<FetchedRows>(std::move(out));
 }
 
@@ -165,7 +165,7 @@ Result<FetchedRows> RecordFetcher::fetchQt(const Database &db, const SqlStatemen
 {
     Result<QSqlQuery> r = db.exec(statement, true);
     if (!r.ok())
-        return Result<FetchedRows>::failure(r.error());
+        return Error(r.error());
     QSqlQuery q = r.takeValue();
     FetchedRows out;
     const QSqlRecord rec = q.record();

@@ -12,16 +12,39 @@ namespace kx {
 
 RecordWriter::~RecordWriter() = default;
 
-QStringList RecordWriter::fields(bool withAmounts)
+const std::vector<RecordField> &RecordWriter::fields(bool withAmounts)
+{
+    using F = RecordField;
+    static const std::vector<RecordField> all{F::JnlDate, F::JnlNo, F::AccID, F::Explain, F::Debit, F::Credit,
+                                              F::Rate, F::Forex, F::Balance, F::fxBalance, F::Field1, F::Field2,
+                                              F::Field3, F::Field4, F::Flag, F::Remark, F::Tag, F::DirID, F::Row,
+                                              F::DocID};
+    static const std::vector<RecordField> withoutAmounts = [] {
+        std::vector<RecordField> f;
+        for (RecordField field : all)
+            if (field != F::Debit && field != F::Credit && field != F::Rate && field != F::Forex)
+                f.push_back(field);
+        return f;
+    }();
+    return withAmounts ? all : withoutAmounts;
+}
+
+const QStringList &RecordWriter::fieldNames(bool withAmounts)
 {
     // The balance field is written under its lower-case name, as it always was.
-    QStringList f{QStringLiteral("JnlDate"), QStringLiteral("JnlNo"), QStringLiteral("AccID"), QStringLiteral("Explain")};
-    if (withAmounts)
-        f << QStringLiteral("Debit") << QStringLiteral("Credit") << QStringLiteral("Rate") << QStringLiteral("Forex");
-    f << QStringLiteral("balance") << QStringLiteral("fxBalance") << QStringLiteral("Field1") << QStringLiteral("Field2")
-      << QStringLiteral("Field3") << QStringLiteral("Field4") << QStringLiteral("Flag") << QStringLiteral("Remark")
-      << QStringLiteral("Tag") << QStringLiteral("DirID") << QStringLiteral("Row") << QStringLiteral("DocID");
-    return f;
+    static const char *const names[] = {"JnlDate", "JnlNo", "AccID", "Explain", "Debit", "Credit", "Rate",
+                                        "Forex", "balance", "fxBalance", "Field1", "Field2", "Field3", "Field4",
+                                        "Flag", "Remark", "Tag", "DirID", "Row", "DocID"};
+    static_assert(sizeof(names) / sizeof(names[0]) == std::size_t(RecordField::Count), "one name a field");
+    const auto make = [](bool amounts) {
+        QStringList list;
+        for (RecordField f : fields(amounts))
+            list << QString::fromLatin1(names[std::size_t(f)]);
+        return list;
+    };
+    static const QStringList all = make(true);
+    static const QStringList withoutAmounts = make(false);
+    return withAmounts ? all : withoutAmounts;
 }
 
 QVariant FieldValue::toVariant() const
@@ -34,12 +57,13 @@ QVariant FieldValue::toVariant() const
     return QVariant::fromValue(number);
 }
 
-QVariantList RecordWriter::bindable(const std::vector<FieldValue> &values)
+QVariantList RecordWriter::bindable(const RecordValues &record)
 {
+    const std::vector<RecordField> &order = fields(record.withAmounts);
     QVariantList out;
-    out.reserve(qsizetype(values.size()));
-    for (const FieldValue &v : values)
-        out << v.toVariant();
+    out.reserve(qsizetype(order.size()));
+    for (RecordField f : order)
+        out << record[f].toVariant();
     return out;
 }
 

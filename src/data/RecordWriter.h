@@ -6,6 +6,7 @@
 #include <QHash>
 #include <QStringList>
 #include <QVariantList>
+#include <array>
 #include <memory>
 #include <vector>
 
@@ -31,12 +32,26 @@ struct FieldValue {
     QVariant toVariant() const;
 };
 
-/// One grid row to store.
+/// The stored fields of a journal record, in the order a writer sends them.
+enum class RecordField : quint8 {
+    JnlDate, JnlNo, AccID, Explain, Debit, Credit, Rate, Forex, Balance, fxBalance,
+    Field1, Field2, Field3, Field4, Flag, Remark, Tag, DirID, Row, DocID,
+    Count  ///< not a field: how many there are
+};
+
+/// One grid row to store, its values set by field.
 struct RecordValues {
     int gridRow = 0;          ///< its place in the grid, stored as Row
     int recId = 0;            ///< its key; 0 or less for a row never stored
     bool withAmounts = true;  ///< false: Debit, Credit, Rate and Forex keep their stored values
-    std::vector<FieldValue> values;  ///< in the order of RecordWriter::fields(withAmounts)
+
+    /// Sets the value of \a field.
+    void set(RecordField field, FieldValue value) { m_values[std::size_t(field)] = value; }
+    /// The value of \a field.
+    const FieldValue &operator[](RecordField field) const { return m_values[std::size_t(field)]; }
+
+private:
+    std::array<FieldValue, std::size_t(RecordField::Count)> m_values{};
 };
 
 /// Writes journal records inside the caller's transaction, in the fastest
@@ -51,12 +66,14 @@ public:
     /// The writer for \a db.
     static std::unique_ptr<RecordWriter> create(const Database &db);
     /// The fields written, in order; without the four amounts when \a withAmounts is false.
-    static QStringList fields(bool withAmounts);
+    static const std::vector<RecordField> &fields(bool withAmounts);
+    /// The column names of fields(\a withAmounts), in the same order.
+    static const QStringList &fieldNames(bool withAmounts);
 
-    /// \a values as bound parameters.
-    static QVariantList bindable(const std::vector<FieldValue> &values);
+    /// The values of \a record, in the order of fields(), as bound parameters.
+    static QVariantList bindable(const RecordValues &record);
     /// Deletes record \a recId.
-    virtual Status remove(int recId) = 0;
+    virtual Result<void> remove(int recId) = 0;
     /// Writes \a rows; returns the keys of the rows that were added, by grid row.
     virtual Result<QHash<int, int>> write(const std::vector<RecordValues> &rows) = 0;
 };

@@ -72,9 +72,9 @@ QString textOf(const char *s) { return QString::fromUtf8(s); }
 
 } // namespace
 
-Status SampleBooks::create(Database &db, const SampleOptions &options)
+Result<void> SampleBooks::create(Database &db, const SampleOptions &options)
 {
-    const Status made = Schema::create(db);
+    const Result<void> made = Schema::create(db);
     if (!made.ok())
         return made;
     const QDate today = QDate::currentDate();
@@ -86,9 +86,9 @@ Status SampleBooks::create(Database &db, const SampleOptions &options)
 
     Transaction tx(db);
     if (!tx.ok())
-        return Status::failure(tx.error());
+        return Error(tx.error());
     QString error;
-    auto fail = [&error] { return Status::failure(QStringLiteral("生成示例账簿失败：%1").arg(error)); };
+    auto fail = [&error] { return Error(QStringLiteral("生成示例账簿失败：%1").arg(error)); };
 
     QHash<QString, int> accId;
     const QString accSql = QStringLiteral("INSERT INTO kxAccClass (AccCode, AccName, EnterCode, AccDir, Currency) VALUES (?,?,?,?,?)");

@@ -26,7 +26,7 @@ class SampleBooks
 {
 public:
     /// Creates the tables when missing and adds the sample data in one transaction.
-    static Status create(Database &db, const SampleOptions &options);
+    static Result<void> create(Database &db, const SampleOptions &options);
 };
 
 } // namespace kx

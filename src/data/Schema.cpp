@@ -46,17 +46,17 @@ QStringList statements(bool postgres)
 
 } // namespace
 
-Status Schema::create(Database &db)
+Result<void> Schema::create(Database &db)
 {
     if (!db.isOpen())
-        return Status::failure(QStringLiteral("数据库没有打开。"));
+        return Error(QStringLiteral("数据库没有打开。"));
     if (db.engine() != Database::SqliteEngine && db.engine() != Database::PostgresEngine)
-        return Status::failure(QStringLiteral("只能在 SQLite 或 PostgreSQL 数据库里建表。"));
+        return Error(QStringLiteral("只能在 SQLite 或 PostgreSQL 数据库里建表。"));
     Transaction tx(db);
     if (!tx.ok())
-        return Status::failure(tx.error());
+        return Error(tx.error());
     for (const QString &sql : statements(db.engine() == Database::PostgresEngine)) {
-        const Status s = db.run({sql, {}});
+        const Result<void> s = db.run({sql, {}});
         if (!s.ok())
             return s;
     }

@@ -94,7 +94,7 @@ bool SqlAccContext::GetAccInfo(int accId, AccInfo &info)
 void SqlAccContext::SaveNotice(const QString &notice)
 {
     m_lastSaveNotice = notice;
-    emit saveNoticed(notice);
+    Q_EMIT saveNoticed(notice);
 }
 
 } // namespace kx

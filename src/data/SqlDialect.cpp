@@ -123,7 +123,7 @@ Result<SqlStatement> SqlDialect::updateRecordField(const QString &field, const Q
 {
     // A field name cannot be bound, so only the table's own names are let through.
     if (!recordFields().contains(field, Qt::CaseInsensitive))
-        return Result<SqlStatement>::failure(QStringLiteral("记录表没有“%1”字段。").arg(field));
+        return Error(QStringLiteral("记录表没有“%1”字段。").arg(field));
     const QString head = QStringLiteral("Update kxJournalRecs Set %1=").arg(field);
     const QString tail = QStringLiteral(" Where RecID=%1").arg(recId);
     switch (value.typeId()) {

@@ -32,21 +32,23 @@ sqlite3_stmt *SqliteRecordWriter::prepare(const QString &sql)
     return stmt;
 }
 
-Status SqliteRecordWriter::bindAll(sqlite3_stmt *stmt, const std::vector<FieldValue> &values, int recId)
+Result<void> SqliteRecordWriter::bindAll(sqlite3_stmt *stmt, const RecordValues &record, int recId)
 {
     sqlite3_reset(stmt);
     // All of the row's texts go into one buffer, sized once: the engine then
     // takes them as they are, without a conversion and an allocation each.
+    const std::vector<RecordField> &order = fields(record.withAmounts);
     qsizetype room = 0;
-    for (const FieldValue &v : values)
-        if (v.kind == FieldValue::Text)
+    for (RecordField f : order)
+        if (const FieldValue &v = record[f]; v.kind == FieldValue::Text)
             room += v.text->size() * 3;
     if (m_utf8.size() < room)
         m_utf8.resize(room);
     QStringEncoder encoder(QStringEncoder::Utf8);
     char *out = m_utf8.data();
     int i = 1;
-    for (const FieldValue &v : values) {
+    for (RecordField f : order) {
+        const FieldValue &v = record[f];
         int rc = SQLITE_OK;
         switch (v.kind) {
         case FieldValue::Number:
@@ -65,24 +67,24 @@ Status SqliteRecordWriter::bindAll(sqlite3_stmt *stmt, const std::vector<FieldVa
         }
         }
         if (rc != SQLITE_OK)
-            return Status::failure(error());
+            return Error(error());
         ++i;
     }
     if (recId > 0 && sqlite3_bind_int64(stmt, i, recId) != SQLITE_OK)
-        return Status::failure(error());
-    return true;
+        return Error(error());
+    return {};
 }
 
-Status SqliteRecordWriter::remove(int recId)
+Result<void> SqliteRecordWriter::remove(int recId)
 {
     const QByteArray sql = SqlDialect::create(SqlDialect::Sqlite)->deleteRecord(recId).text.toUtf8();
     char *message = nullptr;
     if (sqlite3_exec(m_db, sql.constData(), nullptr, nullptr, &message) != SQLITE_OK) {
         const QString why = QString::fromUtf8(message ? message : "");
         sqlite3_free(message);
-        return Status::failure(QStringLiteral("数据库操作失败：%1").arg(why));
+        return Error(QStringLiteral("数据库操作失败：%1").arg(why));
     }
-    return true;
+    return {};
 }
 
 Result<QHash<int, int>> SqliteRecordWriter::write(const std::vector<RecordValues> &rows)
@@ -96,34 +98,34 @@ Result<QHash<int, int>> SqliteRecordWriter::write(const std::vector<RecordValues
             sqlite3_stmt *&update = m_update[shape];
             if (!update) {
                 // The key goes last, as one more bound value.
-                QString sql = dialect->updateRecord(0, fields(row.withAmounts), {}).text;
+                QString sql = dialect->updateRecord(0, fieldNames(row.withAmounts), {}).text;
                 sql.chop(1);
                 update = prepare(sql + QLatin1Char('?'));
                 if (!update)
-                    return Keys::failure(error());
+                    return Error(error());
             }
-            const Status bound = bindAll(update, row.values, row.recId);
+            const Result<void> bound = bindAll(update, row, row.recId);
             if (!bound.ok())
-                return Keys::failure(bound.error());
+                return Error(bound.error());
             if (sqlite3_step(update) != SQLITE_DONE)
-                return Keys::failure(error());
+                return Error(error());
             if (sqlite3_changes(m_db) > 0)
                 continue;
         }
         sqlite3_stmt *&insert = m_insert[shape];
         if (!insert) {
-            insert = prepare(dialect->insertRecord(fields(row.withAmounts), {}).text);
+            insert = prepare(dialect->insertRecord(fieldNames(row.withAmounts), {}).text);
             if (!insert)
-                return Keys::failure(error());
+                return Error(error());
         }
-        const Status bound = bindAll(insert, row.values, 0);
+        const Result<void> bound = bindAll(insert, row, 0);
         if (!bound.ok())
-            return Keys::failure(bound.error());
+            return Error(bound.error());
         if (sqlite3_step(insert) != SQLITE_ROW)
-            return Keys::failure(error());
+            return Error(error());
         added.insert(row.gridRow, int(sqlite3_column_int64(insert, 0)));
         if (sqlite3_step(insert) != SQLITE_DONE)
-            return Keys::failure(error());
+            return Error(error());
     }
     return added;
 }

@@ -19,12 +19,12 @@ public:
     explicit SqliteRecordWriter(void *handle);
     ~SqliteRecordWriter() override;
 
-    Status remove(int recId) override;
+    Result<void> remove(int recId) override;
     Result<QHash<int, int>> write(const std::vector<RecordValues> &rows) override;
 
 private:
     sqlite3_stmt *prepare(const QString &sql);
-    Status bindAll(sqlite3_stmt *stmt, const std::vector<FieldValue> &values, int recId);
+    Result<void> bindAll(sqlite3_stmt *stmt, const RecordValues &record, int recId);
     QString error() const;
 
     sqlite3 *m_db;

@@ -20,18 +20,18 @@ Transaction::~Transaction()
     rollback();
 }
 
-Status Transaction::commit()
+Result<void> Transaction::commit()
 {
     if (!m_open)
-        return Status::failure(m_error.isEmpty() ? QStringLiteral("事务已经结束。") : m_error);
+        return Error(m_error.isEmpty() ? QStringLiteral("事务已经结束。") : m_error);
     QSqlDatabase h = m_db.handle();
     if (!h.commit()) {
         const QString why = QStringLiteral("无法提交事务：%1").arg(h.lastError().text());
         rollback();
-        return Status::failure(why);
+        return Error(why);
     }
     m_open = false;
-    return true;
+    return {};
 }
 
 void Transaction::rollback()

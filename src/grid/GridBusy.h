@@ -7,8 +7,7 @@ namespace kx {
 class GridModel;
 
 /// For the length of a scope: the grid carries a busy tag (its change
-/// handlers stand aside), redraw is off, and the mouse pointer is the
-/// hourglass when there is a screen. Everything is put back on the way out.
+/// handlers stand aside) and redraw is off. Both are put back on the way out.
 class GridBusy
 {
 public:
@@ -22,7 +21,6 @@ private:
     GridModel &m_grid;
     QString m_tag;
     bool m_redraw;
-    bool m_cursor;
 };
 
 } // namespace kx

@@ -1,9 +1,10 @@
 #include "ledger/BalanceCalculator.h"
 
-#include "data/BookState.h"
 #include "grid/GridBusy.h"
 #include "kxjournal/GridModel.h"
-#include "ledger/RowLook.h"
+#include "ledger/BookRow.h"
+#include "ledger/JournalColumns.h"
+#include "ledger/LedgerState.h"
 
 namespace kx {
 
@@ -41,18 +42,22 @@ Currency amountAt(const GridModel &grid, int row, int col)
 
 } // namespace
 
-BalanceCalculator::BalanceCalculator(GridModel &grid, const BookState &book)
-    : m_grid(grid), m_book(book), m_debit(grid.colIndex(QStringLiteral("Debit"))),
-      m_credit(grid.colIndex(QStringLiteral("Credit"))), m_forex(grid.colIndex(QStringLiteral("Forex"))),
-      m_dir(grid.colIndex(QStringLiteral("Dir"))), m_balance(grid.colIndex(QStringLiteral("Balance"))),
-      m_fxBalance(grid.colIndex(QStringLiteral("fxBalance"))), m_tag(grid.colIndex(QStringLiteral("Tag"))),
-      m_outline(RowLook::outlineColumn(grid, book))
+BalanceCalculator::BalanceCalculator(GridModel &grid, const LedgerState &state)
+    : m_grid(grid), m_state(state), m_outline(state.outlineColumn(grid))
 {
+    const JournalColumns columns(grid);
+    m_debit = columns[JournalColumns::Debit];
+    m_credit = columns[JournalColumns::Credit];
+    m_forex = columns[JournalColumns::Forex];
+    m_dir = columns[JournalColumns::Dir];
+    m_balance = columns[JournalColumns::Balance];
+    m_fxBalance = columns[JournalColumns::fxBalance];
+    m_tag = columns[JournalColumns::Tag];
 }
 
 QString BalanceCalculator::pair(Currency first, Currency second) const
 {
-    return first.format(m_book.accountFormat) + LineBreak + second.format(m_book.accountFormat);
+    return first.format(m_state.fields.accountFormat) + LineBreak + second.format(m_state.fields.accountFormat);
 }
 
 void BalanceCalculator::readSummary(int row, Totals &t) const
@@ -71,20 +76,20 @@ void BalanceCalculator::writeSummary(int row, Totals &t)
     m_grid.setText(row, m_credit, pair(t.periodCredit, t.cumCredit));
     m_grid.setText(row, m_forex, pair(t.periodFxDebit, t.periodFxCredit));
     m_grid.setCellData(row, m_forex, pair(t.cumFxDebit, t.cumFxCredit));
-    m_grid.setCellForeColor(row, m_debit, row, m_debit, m_book.summaryForeColor);
-    m_grid.setCellForeColor(row, m_credit, row, m_credit, m_book.summaryForeColor);
+    m_grid.setCellForeColor(row, m_debit, row, m_debit, m_state.looks.summaryForeColor);
+    m_grid.setCellForeColor(row, m_credit, row, m_credit, m_state.looks.summaryForeColor);
     t.periodDebit = t.periodCredit = t.periodFxDebit = t.periodFxCredit = Currency();
 }
 
 void BalanceCalculator::writeBalance(int row, const Totals &t)
 {
-    const bool debitBook = m_book.direction == u"借";
-    const bool creditBook = m_book.direction == u"贷";
-    m_grid.setText(row, m_dir, m_book.direction);
+    const bool debitBook = m_state.book.direction == u"借";
+    const bool creditBook = m_state.book.direction == u"贷";
+    m_grid.setText(row, m_dir, m_state.book.direction);
     writeAmount(m_grid, row, m_balance, debitBook || creditBook ? t.balance.abs() : t.balance);
     const bool highlight = (debitBook && t.balance.sign() > 0) || (creditBook && t.balance.sign() < 0);
     // Clearing a colour that was never set costs nothing; only set it when needed.
-    m_grid.setCellForeColor(row, m_balance, highlight ? m_book.highlightForeColor : QColor());
+    m_grid.setCellForeColor(row, m_balance, highlight ? m_state.looks.highlightForeColor : QColor());
     writeAmount(m_grid, row, m_fxBalance, t.fxBalance);
 }
 
@@ -96,8 +101,8 @@ void BalanceCalculator::calculate(int startRow)
     GridBusy busy(m_grid, QStringLiteral("Calculate"));
     if (startRow == 0)
         startRow = m_grid.row();
-    if (startRow != m_book.lastSumRow && startRow > first)
-        startRow = m_book.lastSumRow;
+    if (startRow != m_state.lastSumRow && startRow > first)
+        startRow = m_state.lastSumRow;
     if (startRow < first || startRow >= m_grid.rows())
         startRow = first;
 
@@ -115,8 +120,7 @@ void BalanceCalculator::calculate(int startRow)
             m_grid.setText(row, m_fxBalance, QString());
             continue;
         }
-        const QString &tag = m_grid.textRef(row, m_tag);
-        if (tag.startsWith(QLatin1Char('-')) && tag.toInt() < 0) {
+        if (BookRow::isSummaryTag(m_grid.textRef(row, m_tag))) {
             writeSummary(row, t);
         } else {
             const Currency debit = amountAt(m_grid, row, m_debit);

@@ -5,7 +5,7 @@
 namespace kx {
 
 class GridModel;
-struct BookState;
+struct LedgerState;
 
 /// Running balances down the journal grid, in fixed-point currency.
 ///
@@ -16,8 +16,8 @@ struct BookState;
 class BalanceCalculator
 {
 public:
-    /// Works on \a grid for the book in \a book.
-    BalanceCalculator(GridModel &grid, const BookState &book);
+    /// Works on \a grid for the book in \a state.
+    BalanceCalculator(GridModel &grid, const LedgerState &state);
 
     /// Recalculates from \a startRow (0: the current row) to the last row.
     void calculate(int startRow);
@@ -35,7 +35,7 @@ private:
     QString pair(Currency first, Currency second) const;
 
     GridModel &m_grid;
-    const BookState &m_book;
+    const LedgerState &m_state;
     int m_debit, m_credit, m_forex, m_dir, m_balance, m_fxBalance, m_tag, m_outline;
 };
 

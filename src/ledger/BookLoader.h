@@ -2,8 +2,10 @@
 
 namespace kx {
 
+class AccContext;
 class GridModel;
-struct BookState;
+class LedgerHost;
+struct LedgerState;
 
 /// Opens a book: reads its records (or those of the consolidated journal)
 /// with one query, fills the grid in one call and dresses the rows.
@@ -18,8 +20,9 @@ public:
         Loaded      ///< the records are in the grid
     };
 
-    /// Works on \a grid for the book in \a book (whose context must be set).
-    BookLoader(GridModel &grid, BookState &book);
+    /// Works on \a grid for the book in \a state, reading through \a acc
+    /// (a load without a context fails) and reporting to \a host.
+    BookLoader(GridModel &grid, LedgerState &state, LedgerHost &host, AccContext *acc);
 
     /// Loads book \a docId (0: the current book).
     Outcome load(int docId);
@@ -31,7 +34,9 @@ private:
     void labelRows();
 
     GridModel &m_grid;
-    BookState &m_book;
+    LedgerState &m_state;
+    LedgerHost &m_host;
+    AccContext *m_acc;
 };
 
 } // namespace kx

@@ -6,8 +6,10 @@
 
 namespace kx {
 
+class AccContext;
 class GridModel;
-struct BookState;
+class LedgerHost;
+struct LedgerState;
 
 /// Stores the grid's records: deletes the rows taken out since the last
 /// save, writes every dated row (updated in place, or added with its new key
@@ -17,8 +19,9 @@ struct BookState;
 class BookSaver
 {
 public:
-    /// Works on \a grid for the book in \a book.
-    BookSaver(GridModel &grid, BookState &book);
+    /// Works on \a grid for the book in \a state, writing through \a acc
+    /// (a save without a context fails) and reporting to \a host.
+    BookSaver(GridModel &grid, LedgerState &state, LedgerHost &host, AccContext *acc);
 
     /// The whole save: refuses a consolidated journal, asks the host, writes
     /// when dirty, then notifies the context (\a instance tells this control
@@ -26,10 +29,12 @@ public:
     bool save(const QString &caption, int instance);
 
 private:
-    Status writeRecords();
+    Result<void> writeRecords();
 
     GridModel &m_grid;
-    BookState &m_book;
+    LedgerState &m_state;
+    LedgerHost &m_host;
+    AccContext *m_acc;
 };
 
 } // namespace kx

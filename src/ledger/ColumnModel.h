@@ -4,9 +4,10 @@
 
 namespace kx {
 
+class AccContext;
 class GridModel;
-struct BookState;
-struct ColumnSpec;
+struct LedgerState;
+struct RowLooks;
 
 /// The journal's 29 keyed columns and the routine that lays them down on the
 /// grid (the card definition), the fonts of numeric columns, and the
@@ -20,32 +21,29 @@ public:
     static const QString DefaultColsFilter;
     /// The default EditFields.
     static const QString DefaultEditFields;
-    /// The money and balance columns.
-    static const QString AmountColumns;
 
     /// Lays the 29 columns down in their order with their headers, types,
     /// alignments, widths and hidden flags, keeping every cell value (cells
-    /// move with their columns); resets the key lists in \a book, the row
+    /// move with their columns); resets the key lists in \a state, the row
     /// heights and the fonts.
-    static void define(GridModel &grid, BookState &book);
+    static void define(GridModel &grid, LedgerState &state);
     /// Sets \a fontName ("Arial" when empty) on the data cells of the columns
     /// in \a keys ("|"-separated; empty: every numeric column).
     static void setColumnFonts(GridModel &grid, QString keys, QString fontName);
     /// Re-applies the column fonts and the display formats: AccountFormat on
     /// the amount and balance columns, RateFormat on the rate.
-    static void applyFormats(GridModel &grid, const BookState &book);
+    static void applyFormats(GridModel &grid, const LedgerState &state);
     /// True when column \a col holds numbers.
     static bool isNumericColumn(const GridModel &grid, int col);
     /// Expands \a templ for row \a row and stores it as the row's explanation:
     /// "[日期]" the row's date in DateFormat, "[月份]" its year and month,
     /// "[科目名称]" its account's name, "[]" the present explanation; each
-    /// placeholder once. Does nothing while changes are not allowed.
-    static void applyExplainTemplate(GridModel &grid, const BookState &book, int row, QString templ);
+    /// placeholder once (account names come from \a acc, which may be null).
+    /// Does nothing while changes are not allowed.
+    static void applyExplainTemplate(GridModel &grid, const LedgerState &state, AccContext *acc, int row,
+                                     QString templ);
     /// Gives every summary row (subtotal node) and the header row their heights.
-    static void applyRowHeights(GridModel &grid, const BookState &book);
-
-private:
-    static void defineColumn(GridModel &grid, int pos, const ColumnSpec &column);
+    static void applyRowHeights(GridModel &grid, const RowLooks &looks);
 };
 
 } // namespace kx

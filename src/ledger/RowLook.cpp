@@ -1,36 +1,22 @@
 #include "ledger/RowLook.h"
 
-#include "data/BookState.h"
 #include "kxjournal/GridModel.h"
+#include "ledger/BookRow.h"
+#include "ledger/LedgerState.h"
 
 namespace kx {
 
-bool RowLook::isSummary(const GridModel &grid, int row)
+void RowLook::setLocked(GridModel &grid, const JournalColumns &columns, const RowLooks &looks, int row, bool locked)
 {
-    return grid.value(row, QStringLiteral("Tag")) < 0;
+    BookRow(grid, columns, row).setLockedCell(locked);
+    grid.setRowForeColor(row, locked ? looks.lockedForeColor : QColor());
 }
 
-int RowLook::outlineColumn(const GridModel &grid, const BookState &book)
-{
-    return grid.colIndex(book.outlineKey.isEmpty() ? QStringLiteral("JnlDate") : book.outlineKey);
-}
-
-bool RowLook::isBlank(const GridModel &grid, const BookState &book, int row)
-{
-    return grid.text(row, outlineColumn(grid, book)).isEmpty();
-}
-
-void RowLook::setLocked(GridModel &grid, const BookState &book, int row, bool locked)
-{
-    grid.setText(row, QStringLiteral("Locked"), locked ? QStringLiteral("1") : QStringLiteral("0"));
-    grid.setRowForeColor(row, locked ? book.lockedForeColor : QColor());
-}
-
-void RowLook::markSummary(GridModel &grid, const BookState &book, int row)
+void RowLook::markSummary(GridModel &grid, const RowLooks &looks, int row)
 {
     grid.setSubtotal(row, true);
     grid.setOutlineLevel(row, 0);
-    grid.setRowHeight(row, book.sumRowHeight);
+    grid.setRowHeight(row, looks.sumRowHeight);
     grid.setCellBold(row, grid.fixedCols(), row, grid.cols() - 1, true);
 }
 

@@ -1,77 +1,83 @@
 #include "ledger/SummaryRows.h"
 
-#include "data/BookState.h"
 #include "kxjournal/GridModel.h"
+#include "ledger/BalanceCalculator.h"
+#include "ledger/BookRow.h"
+#include "ledger/LedgerHost.h"
+#include "ledger/LedgerState.h"
+#include "ledger/RowLook.h"
 
 #include <cstdlib>
-#include "ledger/BalanceCalculator.h"
-#include "ledger/RowLook.h"
 
 namespace kx {
 
-SummaryRows::SummaryRows(GridModel &grid, BookState &book) : m_grid(grid), m_book(book) {}
+SummaryRows::SummaryRows(GridModel &grid, LedgerState &state, LedgerHost &host)
+    : m_grid(grid), m_state(state), m_host(host)
+{
+}
 
 int SummaryRows::insertBelow(int row)
 {
     const int at = row + 1;
     m_grid.insertRowAt(at);
-    const QString shown = m_grid.text(row, QStringLiteral("ShowName"));
-    m_grid.setText(at, QStringLiteral("ShowName"), shown);
-    m_grid.setText(at, QStringLiteral("Explain"), shown + QStringLiteral("小结"));
+    const JournalColumns columns(m_grid);
+    const BookRow above(m_grid, columns, row);
+    const BookRow sum(m_grid, columns, at);
+    const QString shown = above.text(JournalColumns::ShowName);
+    sum.setText(JournalColumns::ShowName, shown);
+    sum.setText(JournalColumns::Explain, shown + QStringLiteral("小结"));
     // Dates in cells are always yyyy-MM-dd; the shown label stays as the row above has it.
-    m_grid.setText(at, QStringLiteral("JnlDate"), m_grid.text(row, QStringLiteral("JnlDate")));
-    m_grid.setText(at, QStringLiteral("Tag"), QStringLiteral("-1"));
-    RowLook::markSummary(m_grid, m_book, at);
-    if (m_book.lastSumRow < at)
-        m_book.lastSumRow = at;
+    sum.setText(JournalColumns::JnlDate, above.dateText());
+    sum.setText(JournalColumns::Tag, QStringLiteral("-1"));
+    RowLook::markSummary(m_grid, m_state.looks, at);
+    if (m_state.lastSumRow < at)
+        m_state.lastSumRow = at;
     for (int r = at; r >= m_grid.fixedRows(); --r)
-        RowLook::setLocked(m_grid, m_book, r, true);
+        RowLook::setLocked(m_grid, columns, m_state.looks, r, true);
     return at;
 }
 
 bool SummaryRows::insert(int row)
 {
-    if (m_book.cancelledByHost && m_book.cancelledByHost(QStringLiteral("InsertSumRow")))
+    if (m_host.cancels(QStringLiteral("InsertSumRow")))
         return false;
     if (row == 0)
         row = m_grid.row();
     if (row <= m_grid.fixedRows() || row >= m_grid.rows())
         return false;
     insertBelow(row);
-    BalanceCalculator(m_grid, m_book).calculate(m_grid.fixedRows());
-    if (m_book.markDirty)
-        m_book.markDirty();
-    m_book.prompt(QStringLiteral("已添加汇总行"), false);
+    BalanceCalculator(m_grid, m_state).calculate(m_grid.fixedRows());
+    m_host.markDirty();
+    m_host.prompt(QStringLiteral("已添加汇总行"), false);
     return true;
 }
 
 bool SummaryRows::remove(int row)
 {
-    if (m_book.cancelledByHost && m_book.cancelledByHost(QStringLiteral("RemoveSumRow")))
+    if (m_host.cancels(QStringLiteral("RemoveSumRow")))
         return false;
     if (row == 0)
         row = m_grid.row();
     const int first = m_grid.fixedRows();
-    if (row <= first || row >= m_grid.rows() || !RowLook::isSummary(m_grid, row))
+    const JournalColumns columns(m_grid);
+    if (row <= first || row >= m_grid.rows() || !BookRow(m_grid, columns, row).isSummary())
         return false;
-    const int key = int(m_grid.value(row, QStringLiteral("RecID")));
-    m_book.removedRecords << key;
+    m_state.removedRecords << BookRow(m_grid, columns, row).recId();
     m_grid.removeRowAt(row);
-    if (std::abs(row - m_book.lastSumRow) <= 1) {
+    if (std::abs(row - m_state.lastSumRow) <= 1) {
         // Walk up from where the row was; the opening row is never reached,
         // so it stays locked (unlike the walk that locks on insertion).
         int walk = std::min(row, m_grid.rows() - 1);
         for (; walk > first; --walk) {
-            if (RowLook::isSummary(m_grid, walk))
+            if (BookRow(m_grid, columns, walk).isSummary())
                 break;
-            RowLook::setLocked(m_grid, m_book, walk, false);
+            RowLook::setLocked(m_grid, columns, m_state.looks, walk, false);
         }
-        m_book.lastSumRow = walk > first ? walk : 0;
+        m_state.lastSumRow = walk > first ? walk : 0;
     }
-    BalanceCalculator(m_grid, m_book).calculate(m_book.lastSumRow > first ? m_book.lastSumRow : first);
-    if (m_book.markDirty)
-        m_book.markDirty();
-    m_book.prompt(QStringLiteral("已删除汇总行。"), false);
+    BalanceCalculator(m_grid, m_state).calculate(m_state.lastSumRow > first ? m_state.lastSumRow : first);
+    m_host.markDirty();
+    m_host.prompt(QStringLiteral("已删除汇总行。"), false);
     return true;
 }
 
@@ -80,12 +86,15 @@ QString SummaryRows::statistics() const
     int summaries = 0;
     int saved = 0;
     int linked = 0;
+    const JournalColumns columns(m_grid);
     for (int r = m_grid.fixedRows(); r < m_grid.rows(); ++r) {
+        const BookRow row = BookRow::of(m_grid, columns, r);
+        // Counted by the grid's subtotal nodes: a new book's opening row is one too.
         if (m_grid.isSubtotal(r))
             ++summaries;
-        else if (m_grid.value(r, QStringLiteral("RecID")) > 0)
+        else if (row.recId() > 0)
             ++saved;
-        if (m_grid.value(r, QStringLiteral("DirID")) > 0)
+        if (row.dirId() > 0)
             ++linked;
     }
     return QStringLiteral("汇总共 %1 笔；\r\n记录共 %2 笔；\r\n已生成凭证 %3 笔").arg(summaries - 1).arg(saved).arg(linked);

@@ -5,15 +5,16 @@
 namespace kx {
 
 class GridModel;
-struct BookState;
+class LedgerHost;
+struct LedgerState;
 
 /// Summary rows: sub-total rows (小结) that close a run of records with
 /// their totals and lock the records above them.
 class SummaryRows
 {
 public:
-    /// Works on \a grid for the book in \a book.
-    SummaryRows(GridModel &grid, BookState &book);
+    /// Works on \a grid for the book in \a state, reporting to \a host.
+    SummaryRows(GridModel &grid, LedgerState &state, LedgerHost &host);
 
     /// Inserts a sub-total row below \a row without asking the host or
     /// recalculating: its date and label come from \a row, it becomes the
@@ -35,7 +36,8 @@ public:
 
 private:
     GridModel &m_grid;
-    BookState &m_book;
+    LedgerState &m_state;
+    LedgerHost &m_host;
 };
 
 } // namespace kx

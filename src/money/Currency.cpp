@@ -154,7 +154,7 @@ Result<Currency> parseAmount(QStringView text)
         if (isBlank(c))
             continue;
         if (n == Cap)
-            return Result<Currency>::failure(QStringLiteral("“%1”不是有效的金额。").arg(text));
+            return Error(QStringLiteral("“%1”不是有效的金额。").arg(text));
         buf[n++] = c;
     }
     if (n == 0)
@@ -186,9 +186,9 @@ Result<Currency> parseAmount(QStringView text)
     std::int64_t raw = 0;
     switch (parseUnsigned(s, n, raw)) {
     case ParseError::Syntax:
-        return Result<Currency>::failure(QStringLiteral("“%1”不是有效的金额。").arg(text));
+        return Error(QStringLiteral("“%1”不是有效的金额。").arg(text));
     case ParseError::Range:
-        return Result<Currency>::failure(QStringLiteral("“%1”超出了金额的范围。").arg(text));
+        return Error(QStringLiteral("“%1”超出了金额的范围。").arg(text));
     case ParseError::None:
         break;
     }
@@ -220,15 +220,15 @@ Result<Currency> Currency::fromText(QStringView text)
 Result<Currency> Currency::fromDouble(double value)
 {
     if (!std::isfinite(value))
-        return Result<Currency>::failure(QStringLiteral("金额不是一个有限的数。"));
+        return Error(QStringLiteral("金额不是一个有限的数。"));
     if (std::fabs(value) >= double(MaxUnits) + 1.0)
-        return Result<Currency>::failure(QStringLiteral("%1超出了金额的范围。").arg(value, 0, 'g', 17));
+        return Error(QStringLiteral("%1超出了金额的范围。").arg(value, 0, 'g', 17));
     // The shortest fixed form round-trips to the same double, so rounding it
     // treats 2.00005 as the half a person typed, not as 2.0000499999...
     std::array<char, 64> buf{};
     const auto res = std::to_chars(buf.data(), buf.data() + buf.size(), value, std::chars_format::fixed);
     if (res.ec != std::errc())
-        return Result<Currency>::failure(QStringLiteral("金额无法转换。"));
+        return Error(QStringLiteral("金额无法转换。"));
     return fromText(QString::fromLatin1(buf.data(), int(res.ptr - buf.data())));
 }
 
@@ -333,7 +333,7 @@ Result<Currency> Currency::add(Currency a, Currency b)
 {
     const Currency sum = a + b;
     if (!sum.isValid())
-        return Result<Currency>::failure(QStringLiteral("金额合计超出了范围。"));
+        return Error(QStringLiteral("金额合计超出了范围。"));
     return sum;
 }
 
@@ -341,7 +341,7 @@ Result<Currency> Currency::subtract(Currency a, Currency b)
 {
     const Currency diff = a - b;
     if (!diff.isValid())
-        return Result<Currency>::failure(QStringLiteral("金额差额超出了范围。"));
+        return Error(QStringLiteral("金额差额超出了范围。"));
     return diff;
 }
 

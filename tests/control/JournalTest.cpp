@@ -336,7 +336,7 @@ TEST(Journal, AccountFieldsComeFromTheContext)
     EXPECT_EQ(j.RelativeAccName(), QString());
 
     QSignalSpy notify(&j, &Journal::Notify);
-    emit acc.Announce(QStringLiteral("期间已结账"));
+    Q_EMIT acc.Announce(QStringLiteral("期间已结账"));
     ASSERT_EQ(notify.count(), 1);
     EXPECT_EQ(notify.at(0).at(0).toString(), QStringLiteral("期间已结账"));
 }

@@ -22,7 +22,7 @@ namespace {
 void seed(const Database &db)
 {
     auto run = [&db](const QString &sql, const QVariantList &binds = {}) {
-        const kx::Status s = db.run({sql, binds});
+        const kx::Result<void> s = db.run({sql, binds});
         ASSERT_TRUE(s.ok()) << s.error().toStdString() << "\n" << sql.toStdString();
     };
     const QString acc = QStringLiteral("INSERT INTO kxAccClass (AccID, AccCode, AccName, EnterCode, AccDir) VALUES (?,?,?,?,?)");
@@ -59,7 +59,7 @@ protected:
         testDb = std::make_unique<kxtest::TestDatabase>(GetParam());
         db = testDb->open();
         ASSERT_TRUE(db.isOpen()) << db.lastError().toStdString();
-        const kx::Status made = kx::Schema::create(db);
+        const kx::Result<void> made = kx::Schema::create(db);
         ASSERT_TRUE(made.ok()) << made.error().toStdString();
     }
 

@@ -1,6 +1,6 @@
 #include "QtPrinters.h"
 
-#include "data/BookState.h"
+#include "ledger/LedgerState.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/ColumnModel.h"
 
@@ -22,7 +22,7 @@ protected:
     void SetUp() override
     {
         kx::ColumnModel::define(grid, book);
-        book.accountFormat = QStringLiteral("0.00");
+        book.fields.accountFormat = QStringLiteral("0.00");
     }
 
     int add(const char *date, const char *debit, const char *credit, const char *forex = "", const char *tag = "0")
@@ -41,7 +41,7 @@ protected:
     void calculate(int start) { kx::BalanceCalculator(grid, book).calculate(start); }
 
     GridModel grid;
-    kx::BookState book;
+    kx::LedgerState book;
 };
 
 } // namespace
@@ -55,7 +55,7 @@ TEST_F(Balances, HeaderOnlyGridIsLeftAlone)
 
 TEST_F(Balances, RunsAcrossBlankAndSummaryRowsWithPeriodAndCumulativeTotals)
 {
-    book.direction = QStringLiteral("借");
+    book.book.direction = QStringLiteral("借");
     add("2026-01-01", "1000", "");                       // 1 opening
     add("2026-01-05", "250.50", "");                     // 2
     add("", "999", "999");                               // 3 blank: no balance, no effect
@@ -77,14 +77,14 @@ TEST_F(Balances, RunsAcrossBlankAndSummaryRowsWithPeriodAndCumulativeTotals)
     EXPECT_EQ(cell(6, "Balance"), QStringLiteral("1160.25"));
     EXPECT_EQ(cell(sum2, "Debit"), QStringLiteral("10.00\r\n1260.50")) << "periods restart, cumulative goes on";
     EXPECT_EQ(cell(sum2, "Credit"), QStringLiteral("0.00\r\n100.25"));
-    EXPECT_EQ(grid.cellForeColor(sum, grid.colIndex(QStringLiteral("Debit"))), book.summaryForeColor);
+    EXPECT_EQ(grid.cellForeColor(sum, grid.colIndex(QStringLiteral("Debit"))), book.looks.summaryForeColor);
     EXPECT_EQ(grid.tag(), QString()) << "the busy tag is put back";
     EXPECT_TRUE(grid.redraw());
 }
 
 TEST_F(Balances, StartsAtTheFirstRowOrTheLastSummaryRowNeverBetween)
 {
-    book.direction = QStringLiteral("借");
+    book.book.direction = QStringLiteral("借");
     add("2026-01-01", "100", "");
     add("2026-01-02", "50", "");
     const int sum = add("2026-01-31", "", "", "", "-1");
@@ -121,33 +121,33 @@ TEST_F(Balances, DirectionDecidesSignAndHighlight)
     add("2026-01-01", "", "30");
     add("2026-01-02", "", "20");
     const int bal = grid.colIndex(QStringLiteral("Balance"));
-    book.direction = QStringLiteral("贷");
+    book.book.direction = QStringLiteral("贷");
     calculate(1);
     EXPECT_EQ(cell(2, "Balance"), QStringLiteral("50"));
     EXPECT_EQ(cell(2, "Dir"), QStringLiteral("贷"));
-    EXPECT_EQ(grid.cellForeColor(2, bal), book.highlightForeColor);
+    EXPECT_EQ(grid.cellForeColor(2, bal), book.looks.highlightForeColor);
 
-    book.direction = QStringLiteral("借");
+    book.book.direction = QStringLiteral("借");
     calculate(1);
     EXPECT_EQ(cell(2, "Balance"), QStringLiteral("50")) << "the same magnitude";
     EXPECT_FALSE(grid.cellForeColor(2, bal).isValid()) << "in the normal colour";
 
-    book.direction = QString();
+    book.book.direction = QString();
     calculate(1);
     EXPECT_EQ(cell(2, "Balance"), QStringLiteral("-50")) << "no fixed direction: signed";
     EXPECT_EQ(cell(2, "Dir"), QString());
 
     grid.setText(1, QStringLiteral("Debit"), QStringLiteral("100"));
     grid.setText(1, QStringLiteral("Credit"), QString());
-    book.direction = QStringLiteral("借");
+    book.book.direction = QStringLiteral("借");
     calculate(1);
     EXPECT_EQ(cell(1, "Balance"), QStringLiteral("100"));
-    EXPECT_EQ(grid.cellForeColor(1, bal), book.highlightForeColor);
+    EXPECT_EQ(grid.cellForeColor(1, bal), book.looks.highlightForeColor);
 }
 
 TEST_F(Balances, ForeignAmountsGoToTheirSideAndZeroToCredit)
 {
-    book.direction = QStringLiteral("借");
+    book.book.direction = QStringLiteral("借");
     add("2026-01-01", "710", "", "100");
     add("2026-01-02", "", "71", "-10");
     add("2026-01-03", "5", "", "0");

@@ -2,7 +2,8 @@
 #include "support/BookBuilder.h"
 #include "support/TestDatabase.h"
 
-#include "data/BookState.h"
+#include "data/BookDefinition.h"
+#include "ledger/LedgerState.h"
 #include "data/JournalDefinition.h"
 
 #include <kxjournal/GridView.h>
@@ -101,15 +102,14 @@ TEST_P(Loading, BookDefinitionIdsAndCaption)
     EXPECT_EQ(journal->Direction(), QStringLiteral("借"));
     EXPECT_FALSE(journal->IsBottomClass());
 
-    kx::BookState book;
+    kx::BookDefinition book;
     kx::Database db = testDb->open();
     kx::JournalDefinition def(db, book);
     def.read(mid);
     EXPECT_EQ(def.subordinateIds(), (QList<int>{mid, low1, low2}));
     EXPECT_EQ(def.subordinateList(), QStringLiteral("|%1|%2|%3|").arg(mid).arg(low1).arg(low2));
-    EXPECT_EQ(def.caption(), QStringLiteral("银行日记账\\工商银行"));
-    book.isPacked = true;
-    EXPECT_EQ(def.caption(), QStringLiteral("银行日记账\\工商银行(合并日记账)"));
+    EXPECT_EQ(def.caption(false), QStringLiteral("银行日记账\\工商银行"));
+    EXPECT_EQ(def.caption(true), QStringLiteral("银行日记账\\工商银行(合并日记账)"));
     int id = 0;
     EXPECT_EQ(def.field(QStringLiteral("AssistName"), id), QStringLiteral("工商银行"));
     EXPECT_EQ(id, mid) << "id 0 means the current book, written back";
@@ -117,9 +117,13 @@ TEST_P(Loading, BookDefinitionIdsAndCaption)
     EXPECT_TRUE(book.isBottomClass);
     EXPECT_EQ(book.accId, 0) << "an empty Address gives no account";
     EXPECT_EQ(def.subordinateList(), QStringLiteral("|%1|").arg(low1));
-    EXPECT_EQ(def.caption(), QStringLiteral("银行日记账\\工商银行\\基本户")) << "a bottom book is never consolidated";
+    kx::LedgerState packed;
+    packed.book = book;
+    packed.isPacked = true;
+    EXPECT_FALSE(packed.isConsolidated()) << "a bottom book is never consolidated";
+    EXPECT_EQ(def.caption(packed.isConsolidated()), QStringLiteral("银行日记账\\工商银行\\基本户"));
     def.read(0);
-    EXPECT_EQ(def.caption(), QStringLiteral("流水账"));
+    EXPECT_EQ(def.caption(false), QStringLiteral("流水账"));
     EXPECT_EQ(def.subordinateList(), QString());
 }
 

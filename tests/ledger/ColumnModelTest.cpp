@@ -1,6 +1,6 @@
 #include "QtPrinters.h"
 
-#include "data/BookState.h"
+#include "ledger/LedgerState.h"
 #include "ledger/ColumnModel.h"
 
 #include <kxjournal/AccContext.h>
@@ -19,7 +19,7 @@ using kx::GridModel;
 TEST(ColumnModel, LaysDownTheTwentyNineColumns)
 {
     GridModel grid;
-    kx::BookState book;
+    kx::LedgerState book;
     ColumnModel::define(grid, book);
     ASSERT_EQ(grid.cols(), 29);
     const char *keys[] = {"SeqNo", "ShowName", "JnlDate", "JnlNo", "AccName", "AccDoc", "Explain", "Debit", "Credit",
@@ -37,17 +37,17 @@ TEST(ColumnModel, LaysDownTheTwentyNineColumns)
         EXPECT_FALSE(grid.isColHidden(grid.colIndex(QString::fromLatin1(shown)))) << shown;
     EXPECT_EQ(grid.colDataType(grid.colIndex(QStringLiteral("Debit"))), GridModel::TypeCurrency);
     EXPECT_EQ(grid.colAlignment(grid.colIndex(QStringLiteral("Dir"))), Qt::AlignCenter);
-    EXPECT_EQ(book.colsFilter, ColumnModel::DefaultColsFilter + QStringLiteral("AssistName|"));
-    EXPECT_EQ(book.editFields, ColumnModel::DefaultEditFields);
-    EXPECT_EQ(book.dateFields, QStringLiteral("JnlDate"));
+    EXPECT_EQ(book.fields.colsFilter, ColumnModel::DefaultColsFilter + QStringLiteral("AssistName|"));
+    EXPECT_EQ(book.fields.editFields, ColumnModel::DefaultEditFields);
+    EXPECT_EQ(book.fields.dateFields, QStringLiteral("JnlDate"));
     EXPECT_EQ(grid.tag(), QString());
 
     // A consolidated journal shows which book each record is from.
     book.isPacked = true;
-    book.isBottomClass = false;
+    book.book.isBottomClass = false;
     ColumnModel::define(grid, book);
     EXPECT_FALSE(grid.isColHidden(grid.colIndex(QStringLiteral("AssistName"))));
-    EXPECT_EQ(book.colsFilter, ColumnModel::DefaultColsFilter);
+    EXPECT_EQ(book.fields.colsFilter, ColumnModel::DefaultColsFilter);
 }
 
 TEST(ColumnModel, DefaultFormatPutsMovedColumnsBackAndKeepsEveryValue)
@@ -112,23 +112,22 @@ private:
 TEST(ColumnModel, ExplanationTemplatesFillTheirPlaceholdersOnce)
 {
     GridModel grid;
-    kx::BookState book;
+    kx::LedgerState book;
     NamesOnly acc;
-    book.acc = &acc;
     ColumnModel::define(grid, book);
     grid.setRows(2);
     grid.setText(1, QStringLiteral("JnlDate"), QStringLiteral("2026-03-09"));
     grid.setText(1, QStringLiteral("AccID"), QStringLiteral("1002"));
     grid.setText(1, QStringLiteral("Explain"), QStringLiteral("  旧摘要 "));
     auto apply = [&](const char *t) {
-        ColumnModel::applyExplainTemplate(grid, book, 1, QString::fromUtf8(t));
+        ColumnModel::applyExplainTemplate(grid, book, &acc, 1, QString::fromUtf8(t));
         return grid.text(1, QStringLiteral("Explain"));
     };
     EXPECT_EQ(apply("新摘要"), QStringLiteral("  旧摘要 ")) << "nothing while changes are not allowed";
     book.allowModify = true;
     EXPECT_EQ(apply("[]（补）"), QStringLiteral("旧摘要（补）"));
     EXPECT_EQ(apply("[]"), QStringLiteral("旧摘要（补）"));
-    book.dateFormat = QStringLiteral("MM/dd");
+    book.fields.dateFormat = QStringLiteral("MM/dd");
     EXPECT_EQ(apply("[日期]至[日期]"), QStringLiteral("03/09至[日期]"));
     EXPECT_EQ(apply("[月份]转[科目名称]"), QStringLiteral("2026年03月转银行存款"));
     EXPECT_EQ(apply("无占位"), QStringLiteral("无占位"));

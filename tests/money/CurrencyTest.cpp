@@ -41,7 +41,6 @@ TEST(Currency, RefusesGarbageWithAReason)
         const auto r = Currency::fromText(QString::fromUtf8(bad));
         EXPECT_FALSE(r.ok()) << bad;
         EXPECT_TRUE(r.error().contains(QString::fromUtf8(bad))) << r.error().toStdString();
-        EXPECT_TRUE(r.value().isZero());
     }
 }
 

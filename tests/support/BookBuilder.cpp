@@ -15,7 +15,7 @@ int BookBuilder::insert(const QString &table, const QString &key, const QVariant
         marks << QStringLiteral("?");
         values << it.value();
     }
-    const kx::Status s = m_db.run({QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)").arg(table, names.join(QLatin1Char(',')), marks.join(QLatin1Char(','))), values});
+    const kx::Result<void> s = m_db.run({QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)").arg(table, names.join(QLatin1Char(',')), marks.join(QLatin1Char(','))), values});
     if (!s.ok())
         throw std::runtime_error(s.error().toStdString());
     return m_db.scalar({QStringLiteral("Select max(%1) From %2").arg(key, table), {}}).value().toInt();

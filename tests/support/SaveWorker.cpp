@@ -1,9 +1,10 @@
 // A process that opens a book, changes every record and saves it: the crash
 // test kills it at chosen moments and looks at what the database kept.
-#include "data/BookState.h"
 #include "data/JournalDefinition.h"
 #include "ledger/BookLoader.h"
 #include "ledger/BookSaver.h"
+#include "ledger/LedgerHost.h"
+#include "ledger/LedgerState.h"
 
 #include <kxjournal/GridModel.h>
 #include <kxjournal/SqlAccContext.h>
@@ -21,20 +22,20 @@ int main(int argc, char **argv)
     }
     kx::SqlAccContext acc(kx::Database::open(QStringLiteral("sqlite:") + QString::fromLocal8Bit(argv[1])));
     kx::GridModel grid;
-    kx::BookState book;
-    book.acc = &acc;
-    book.prompt = [](const QString &text, bool) { std::fprintf(stderr, "%s\n", qPrintable(text)); };
-    book.process = [](int) {};
-    kx::JournalDefinition(acc.Connection(), book).read(QString::fromLatin1(argv[2]).toInt());
-    if (kx::BookLoader(grid, book).load(0) != kx::BookLoader::Loaded)
+    kx::LedgerState state;
+    struct : kx::LedgerHost {
+        void prompt(const QString &text, bool) override { std::fprintf(stderr, "%s\n", qPrintable(text)); }
+    } host;
+    kx::JournalDefinition(acc.Connection(), state.book).read(QString::fromLatin1(argv[2]).toInt());
+    if (kx::BookLoader(grid, state, host, &acc).load(0) != kx::BookLoader::Loaded)
         return 3;
     for (int r = grid.fixedRows(); r < grid.rows(); ++r)
         if (QDate::fromString(grid.text(r, QStringLiteral("JnlDate")), Qt::ISODate).isValid())
             grid.setText(r, QStringLiteral("Explain"), QStringLiteral("v2-%1").arg(r));
-    book.dirty = true;
+    state.dirty = true;
     std::printf("saving\n");
     std::fflush(stdout);
-    const bool saved = kx::BookSaver(grid, book).save(QStringLiteral("crash"), 1);
+    const bool saved = kx::BookSaver(grid, state, host, &acc).save(QStringLiteral("crash"), 1);
     std::printf(saved ? "done\n" : "failed\n");
     std::fflush(stdout);
     return saved ? 0 : 1;

@@ -73,7 +73,7 @@ TestDatabase::TestDatabase(Engine engine) : m_engine(engine)
     kx::Database admin = kx::Database::open(base);
     if (!admin.isOpen())
         throw std::runtime_error(admin.lastError().toStdString());
-    const kx::Status made = admin.run({QStringLiteral("CREATE SCHEMA %1").arg(m_schema), {}});
+    const kx::Result<void> made = admin.run({QStringLiteral("CREATE SCHEMA %1").arg(m_schema), {}});
     if (!made.ok())
         throw std::runtime_error(made.error().toStdString());
     m_url = base + QStringLiteral("?schema=") + m_schema;

@@ -1,0 +1,49 @@
+#include "control/JournalCommands.h"
+
+#include "control/JournalPrivate.h"
+#include "kxjournal/Journal.h"
+#include "ledger/ColumnModel.h"
+
+namespace kx {
+
+void JournalCommands::offer(JournalPrivate &d)
+{
+    CommandRegistry &r = d.commands;
+    JournalPrivate *p = &d;
+    const QString voucher = QStringLiteral("voucher");
+    const QString output = QStringLiteral("output");
+    const QString view = QStringLiteral("view");
+    const QString side = QStringLiteral("side");
+
+    // Vouchers and output come with their own folders; until then their items show, disabled.
+    r.add({QStringLiteral("mnuLookAccDoc"), {}, QStringLiteral("凭证"), voucher, {}, {}, {}});
+    r.add({QStringLiteral("mnuMakeDoc"), {}, QStringLiteral("生成凭证"), voucher, {}, {}, {}});
+    r.add({QStringLiteral("mnuFind"), {}, QStringLiteral("查找"), output, {}, {}, {}});
+    r.add({QStringLiteral("mnuExport"), {}, QStringLiteral("导出"), output, {}, {}, {}});
+    r.add({QStringLiteral("mnuPrint"), {}, QStringLiteral("打印"), output, {}, {}, {}});
+
+    r.add({QStringLiteral("mnuPackJnl"), {}, QStringLiteral("合并显示"), view,
+           [p](const QString &on) { p->q->setIsPackedJnl(on == QLatin1String("True")); }, {},
+           [p] { return p->state.isPacked; }});
+    r.add({QStringLiteral("mnuRefresh"), QStringLiteral("Refresh"), QStringLiteral("刷新"), view,
+           [p](const QString &) { p->refresh(); }, {}, {}});
+    r.add({QStringLiteral("mnuDefaultFormat"), {}, QStringLiteral("默认格式"), view,
+           [p](const QString &) { p->defaultFormatCommand(); }, {}, {}});
+    r.add({QStringLiteral("mnuFieldShow"), {}, QStringLiteral("显示字段"), view, {}, {}, {}});
+    r.add({QStringLiteral("mnuSideTask"), {}, QStringLiteral("侧边任务"), side,
+           [p](const QString &on) {
+               p->setSidePanel(on == QLatin1String("True"));
+               Q_EMIT p->q->IconClick();
+           },
+           {}, [p] { return p->sidePanel; }});
+
+    // Commands a host sends through DoCommand, without a menu item of their own.
+    r.add({{}, QStringLiteral("DefaultFormat"), {}, {}, [p](const QString &) { p->q->SetDefaultFormat(); }, {}, {}});
+    const auto applyFormats = [p](const QString &) { ColumnModel::applyFormats(*p->grid, p->state); };
+    r.add({{}, QStringLiteral("AfterSetFormat"), {}, {}, applyFormats, {}, {}});
+    r.add({{}, QStringLiteral("SetColFont"), {}, {}, applyFormats, {}, {}});
+    r.add({{}, QStringLiteral("SideVisible"), {}, {},
+           [p](const QString &on) { p->setSidePanel(on == QLatin1String("True")); }, {}, {}});
+}
+
+} // namespace kx

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "kxjournal/AccContext.h"
+#include "ledger/CommandRegistry.h"
+#include "ledger/LedgerHost.h"
+#include "ledger/LedgerState.h"
+
+#include <QPointer>
+#include <QString>
+#include <functional>
+
+namespace kx {
+
+class GridModel;
+class GridView;
+class Journal;
+class JournalFrame;
+class JournalMenu;
+
+/// The control's state and the host its ledger classes report to: messages,
+/// questions and progress become the control's events. It also keeps one
+/// operation at a time: a load, save or command asked for while another
+/// runs (a host's event handler may let events run) is refused with a
+/// message, so nothing is freed or rewritten under a running operation.
+class JournalPrivate : public LedgerHost
+{
+public:
+    /// The state of \a journal.
+    explicit JournalPrivate(Journal *journal);
+    ~JournalPrivate() override;
+
+    void prompt(const QString &text, bool showBox) override;
+    bool cancels(const QString &command) override;
+    bool ask(const QString &text) override;
+    void progress(int percent) override;
+    void markDirty() override;
+    void saved() override;
+    void captionChanged(const QString &caption) override;
+    void layoutChanged(bool consolidated) override;
+
+    /// Runs \a work as operation \a name unless another one runs; then says
+    /// so and returns \a refused. Long operations show the wait cursor.
+    template <typename T, typename Work>
+    T exclusive(const QString &name, T refused, Work work)
+    {
+        if (!enter(name))
+            return refused;
+        Leave leave{this, name};
+        return work();
+    }
+    /// True when no operation runs; otherwise says so to the user.
+    bool mayStart();
+
+    /// The context, or nullptr when none is set or the host deleted it.
+    AccContext *context() const { return m_acc.data(); }
+    /// Sets the context (it may be deleted by its owner at any time).
+    void setContext(AccContext *acc) { m_acc = acc; }
+
+    /// The current row when \a row is 0.
+    int rowOr(int row) const;
+    /// A number that tells this control from the others in the process.
+    int instanceNumber();
+    /// Shows or hides the side panel.
+    void setSidePanel(bool visible);
+    /// Reloads the book after asking the host.
+    void refresh();
+    /// Lays the columns down again after asking the host.
+    void defaultFormatCommand();
+
+    Journal *q;
+    LedgerState state;
+    CommandRegistry commands;
+    GridModel *grid = nullptr;
+    GridView *view = nullptr;
+    JournalFrame *frame = nullptr;
+    JournalMenu *menu = nullptr;
+    QString message;
+    QString caption;
+    bool sidePanel = false;
+    std::function<bool(const QString &, const QString &)> asker;
+    int lastRow = -1;
+    int lastCol = -1;
+
+private:
+    struct Leave {
+        JournalPrivate *d;
+        QString name;
+        ~Leave() { d->leave(name); }
+    };
+    bool enter(const QString &name);
+    void leave(const QString &name);
+
+    QPointer<AccContext> m_acc;
+    QString m_running;
+    int m_instance = 0;
+};
+
+} // namespace kx

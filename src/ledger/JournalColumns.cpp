@@ -1,0 +1,106 @@
+#include "ledger/JournalColumns.h"
+
+#include <QHash>
+
+namespace kx {
+
+namespace {
+
+constexpr Qt::Alignment Left = Qt::AlignLeft | Qt::AlignVCenter;
+constexpr Qt::Alignment Centre = Qt::AlignCenter;
+constexpr Qt::Alignment Right = Qt::AlignRight | Qt::AlignVCenter;
+constexpr Qt::Alignment ByType = {};
+
+const JournalColumns::Spec Specs[JournalColumns::Count] = {
+    {"SeqNo", "", GridModel::TypeLong, Left, false, "", 255},
+    {"ShowName", "日期", GridModel::TypeString, Left, false, "", 1545},
+    {"JnlDate", "日期", GridModel::TypeString, Left, true, "yyyy年MM月dd日", 1545},
+    {"JnlNo", "单据号", GridModel::TypeString, Left, false, "", 655},
+    {"AccName", "对方科目", GridModel::TypeString, Left, false, "", 900},
+    {"AccDoc", "记账凭证", GridModel::TypeString, Left, false, "", 900},
+    {"Explain", "摘要", GridModel::TypeString, Left, false, "", 2500},
+    {"Debit", "借方金额", GridModel::TypeCurrency, Right, false, "", 1200},
+    {"Credit", "贷方金额", GridModel::TypeCurrency, Right, false, "", 1200},
+    {"Rate", "汇率", GridModel::TypeCurrency, Right, true, "", 675},
+    {"Forex", "外币", GridModel::TypeCurrency, Right, true, "", 975},
+    {"Dir", "", GridModel::TypeString, Centre, false, "", 300},
+    {"Balance", "余额", GridModel::TypeCurrency, Right, false, "", 1200},
+    {"fxBalance", "外币余额", GridModel::TypeCurrency, Right, true, "", 1200},
+    {"Field1", "字段一", GridModel::TypeString, Left, true, "", 1000},
+    {"Field2", "字段二", GridModel::TypeString, Left, true, "", 1000},
+    {"Field3", "字段一", GridModel::TypeString, Left, true, "", 1000},
+    {"Field4", "字段二", GridModel::TypeString, Left, true, "", 1000},
+    {"Remark", "备注", GridModel::TypeString, Left, true, "", 1000},
+    {"AssistName", "日记账", GridModel::TypeString, Left, false, "", 1000},
+    {"AccCode", "AccCode", GridModel::TypeString, ByType, true, "", 10},
+    {"AccID", "AccID", GridModel::TypeLong, ByType, true, "", 10},
+    {"DirID", "DirID", GridModel::TypeLong, ByType, true, "", 10},
+    {"RecID", "RecID", GridModel::TypeLong, ByType, true, "", 10},
+    {"DocID", "DocID", GridModel::TypeLong, ByType, true, "", 10},
+    {"Flag", "Flag", GridModel::TypeString, Left, true, "", 2000},
+    {"Tag", "Tag", GridModel::TypeLong, ByType, true, "", 10},
+    {"Locked", "Locked", GridModel::TypeLong, ByType, true, "", 10},
+    {"Row", "Row", GridModel::TypeLong, ByType, true, "", 10},
+};
+
+struct Keys {
+    std::array<QString, JournalColumns::Count> keys;
+    QHash<QString, JournalColumns::Column> byKey;
+    Keys()
+    {
+        for (int c = 0; c < JournalColumns::Count; ++c) {
+            keys[std::size_t(c)] = QString::fromLatin1(Specs[c].key);
+            byKey.insert(keys[std::size_t(c)], JournalColumns::Column(c));
+        }
+    }
+};
+
+const Keys &keys()
+{
+    static const Keys k;
+    return k;
+}
+
+} // namespace
+
+const QString &JournalColumns::key(Column column)
+{
+    return keys().keys[std::size_t(column)];
+}
+
+const JournalColumns::Spec &JournalColumns::spec(Column column)
+{
+    return Specs[column];
+}
+
+JournalColumns::Column JournalColumns::fromKey(const QString &key)
+{
+    return keys().byKey.value(key, Count);
+}
+
+QString JournalColumns::keyList(std::initializer_list<Column> columns)
+{
+    QString list(QLatin1Char('|'));
+    for (Column c : columns)
+        list += key(c) + QLatin1Char('|');
+    return list;
+}
+
+bool JournalColumns::inList(const QString &list, const QString &key)
+{
+    return !key.isEmpty() && list.contains(QLatin1Char('|') + key + QLatin1Char('|'));
+}
+
+const QString &JournalColumns::amountKeys()
+{
+    static const QString list = keyList({Debit, Credit, Rate, Forex, Dir, Balance, fxBalance});
+    return list;
+}
+
+JournalColumns::JournalColumns(const GridModel &grid)
+{
+    for (int c = 0; c < Count; ++c)
+        m_index[std::size_t(c)] = grid.colIndex(key(Column(c)));
+}
+
+} // namespace kx

@@ -1,0 +1,19 @@
+#pragma once
+
+namespace kx {
+
+class CommandRegistry;
+class GridModel;
+class LedgerHost;
+struct LedgerState;
+
+/// The book commands: summary rows, statistics, closing, checking and the
+/// recalculation of every balance.
+class LedgerCommands
+{
+public:
+    /// Adds the book commands working on \a grid and \a state to \a registry.
+    static void offer(CommandRegistry &registry, GridModel &grid, LedgerState &state, LedgerHost &host);
+};
+
+} // namespace kx

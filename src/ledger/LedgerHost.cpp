@@ -1,0 +1,22 @@
+#include "ledger/LedgerHost.h"
+
+namespace kx {
+
+LedgerHost::~LedgerHost() = default;
+
+void LedgerHost::prompt(const QString &, bool) {}
+bool LedgerHost::cancels(const QString &) { return false; }
+bool LedgerHost::ask(const QString &) { return false; }
+void LedgerHost::progress(int) {}
+void LedgerHost::markDirty() {}
+void LedgerHost::saved() {}
+void LedgerHost::captionChanged(const QString &) {}
+void LedgerHost::layoutChanged(bool) {}
+
+LedgerHost &LedgerHost::none()
+{
+    static LedgerHost host;
+    return host;
+}
+
+} // namespace kx

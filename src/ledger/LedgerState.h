@@ -1,0 +1,62 @@
+#pragma once
+
+#include "data/BookDefinition.h"
+
+#include <QColor>
+#include <QList>
+#include <QString>
+
+namespace kx {
+
+class GridModel;
+
+/// How the ledger paints the rows it dresses: closed periods, totals,
+/// balances on the book's own side, and the row heights.
+struct RowLooks {
+    QColor lockedForeColor{Qt::black};
+    QColor modifiedForeColor{Qt::black};
+    QColor hotBackColor{Qt::black};
+    QColor warnBackColor{Qt::black};
+    QColor highlightForeColor{0x00, 0x3c, 0xb4};  ///< a balance on the book's own side
+    QColor summaryForeColor{0x8a, 0x1c, 0x6e};    ///< totals of summary rows
+    int rowHeight = 22;        ///< every row
+    int headerRowHeight = 24;  ///< the header row
+    int sumRowHeight = 38;     ///< summary rows (two-line totals)
+};
+
+/// The "|"-delimited key lists and the display formats the host sets.
+struct LedgerFields {
+    QString colsFilter;
+    QString outlineKey;
+    QString listFields;
+    QString numericFields;
+    QString editFields;
+    QString dateFields;
+
+    QString priceFormat;
+    QString rateFormat;
+    QString quantityFormat;
+    QString accountFormat;
+    QString dateFormat;
+};
+
+/// Everything the ledger knows of the book in the grid beyond its cells.
+/// The control owns one; every ledger class reads and writes it.
+struct LedgerState {
+    BookDefinition book;         ///< the book shown
+    bool isPacked = false;       ///< show the consolidated journal when the book has books below it
+    int lastSumRow = 0;          ///< the last summary row (0: none)
+    bool allowModify = false;
+    bool allowAudit = false;
+    bool dirty = false;          ///< the grid holds changes not yet stored
+    QList<int> removedRecords;   ///< keys of rows taken out, deleted by the next save
+    LedgerFields fields;
+    RowLooks looks;
+
+    /// True when the consolidated journal is shown (packed and not a bottom book).
+    bool isConsolidated() const { return isPacked && !book.isBottomClass; }
+    /// The column whose empty cell marks a blank row (OutlineKey, else the date).
+    int outlineColumn(const GridModel &grid) const;
+};
+
+} // namespace kx
