@@ -1,6 +1,6 @@
 #include "DemoWindow.h"
 
-#include "data/SampleBooks.h"
+#include <kxjournal/SampleBooks.h>
 
 #include <kxjournal/Database.h>
 #include <kxjournal/Journal.h>

@@ -2,7 +2,7 @@
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "data/JournalDefinition.h"
-#include "data/SampleBooks.h"
+#include "kxjournal/SampleBooks.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookLoader.h"
 

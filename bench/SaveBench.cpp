@@ -3,7 +3,7 @@
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "data/JournalDefinition.h"
-#include "data/SampleBooks.h"
+#include "kxjournal/SampleBooks.h"
 #include "ledger/BookLoader.h"
 #include "ledger/BookSaver.h"
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kxjournal/kxjournal_export.h"
 #include <QDate>
 #include <QObject>
 #include <QString>
@@ -23,7 +24,7 @@ struct AccInfo {
 ///
 /// The journal calls nothing of the host but these members. Hosts implement
 /// it, or use SqlAccContext.
-class AccContext : public QObject
+class KXJOURNAL_EXPORT AccContext : public QObject
 {
     Q_OBJECT
 public:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kxjournal/kxjournal_export.h"
 #include "kxjournal/Result.h"
 
 #include <QMetaType>
@@ -16,7 +17,7 @@ namespace kx {
 /// stays invalid through further arithmetic, so an overflow is never wrapped
 /// into a wrong but plausible amount; the checked forms (add(), subtract())
 /// also say so in an error text.
-class Currency
+class KXJOURNAL_EXPORT Currency
 {
 public:
     /// Ten-thousandths per unit.

@@ -3,6 +3,7 @@
 #include "kxjournal/Result.h"
 #include "kxjournal/SqlDialect.h"
 #include "kxjournal/SqlStatement.h"
+#include "kxjournal/kxjournal_export.h"
 
 #include <QSqlDatabase>
 #include <QSqlQuery>

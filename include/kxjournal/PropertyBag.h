@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kxjournal/kxjournal_export.h"
 #include <QList>
 #include <QPair>
 #include <QString>
@@ -10,7 +11,7 @@ namespace kx {
 
 /// The named values a container keeps for a control between sessions (its
 /// design-time settings). Remembers the order in which values were written.
-class PropertyBag
+class KXJOURNAL_EXPORT PropertyBag
 {
 public:
     virtual ~PropertyBag() = default;

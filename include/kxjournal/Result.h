@@ -1,7 +1,5 @@
 #pragma once
 
-#include "kxjournal/kxjournal_export.h"
-
 #include <QString>
 #include <QtGlobal>
 #include <utility>

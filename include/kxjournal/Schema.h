@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kxjournal/kxjournal_export.h"
 #include "kxjournal/Result.h"
 
 namespace kx {
@@ -12,7 +13,7 @@ class Database;
 /// of accounts), kxDocDir (vouchers), with database-generated keys, amounts
 /// that keep four decimals exactly, and the indexes the load and save paths
 /// use. SQLite and PostgreSQL; an ODBC database is the host's own.
-class Schema
+class KXJOURNAL_EXPORT Schema
 {
 public:
     /// Creates whatever of the four tables and their indexes is missing.

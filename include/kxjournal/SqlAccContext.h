@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kxjournal/kxjournal_export.h"
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Database.h"
 
@@ -8,7 +9,7 @@ namespace kx {
 /// A ready AccContext over a Database: accounts come from kxAccClass, the
 /// rest is set by the host. Periods are calendar months unless the host sets
 /// its own period dates.
-class SqlAccContext : public AccContext
+class KXJOURNAL_EXPORT SqlAccContext : public AccContext
 {
     Q_OBJECT
 public:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kxjournal/kxjournal_export.h"
 #include "kxjournal/Result.h"
 #include "kxjournal/SqlStatement.h"
 
@@ -17,7 +18,7 @@ namespace kx {
 /// contains "SQL" (exact case), and the SQLite and PostgreSQL dialects. All
 /// four give the same statements: the same columns, joins, conditions and
 /// order, each in its own syntax.
-class SqlDialect
+class KXJOURNAL_EXPORT SqlDialect
 {
 public:
     /// The four dialects.
@@ -112,8 +113,20 @@ protected:
     /// Words after the VALUES of an insert (" Returning RecID").
     virtual QString insertReturning() const;
     /// The select list and joins of the load query, up to and including the
-    /// last join and its trailing blank.
-    virtual QString loadSelect() const = 0;
+    /// last join and its trailing blank. Written once from the hooks below;
+    /// a dialect whose text is fixed by the product it talks to overrides it.
+    virtual QString loadSelect() const;
+    /// The record date as the ShowName column shows it ("2026年03月09日").
+    virtual QString dateLabelExpression() const = 0;
+    /// The record date as yyyy-MM-dd text (the stored column where it already is).
+    virtual QString isoDateExpression() const;
+    /// The voucher label of the AccDoc column ("03-09记 12").
+    virtual QString voucherLabelExpression() const = 0;
+    /// \a key as a result column name (quoted where the engine folds case).
+    virtual QString resultName(const QString &key) const;
+    /// What follows a plain column to give it the name \a key: nothing where
+    /// the engine keeps the column's own spelling.
+    virtual QString nameColumn(const QString &key) const;
 };
 
 } // namespace kx

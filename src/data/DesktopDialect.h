@@ -13,7 +13,8 @@ public:
     SqlStatement lastInsertedKey() const override;
 
 protected:
-    QString loadSelect() const override;
+    QString dateLabelExpression() const override;
+    QString voucherLabelExpression() const override;
 };
 
 } // namespace kx

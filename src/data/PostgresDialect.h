@@ -12,7 +12,11 @@ public:
 
 protected:
     QString leftOf(const QString &column, int length) const override;
-    QString loadSelect() const override;
+    QString dateLabelExpression() const override;
+    QString isoDateExpression() const override;
+    QString voucherLabelExpression() const override;
+    QString resultName(const QString &key) const override;
+    QString nameColumn(const QString &key) const override;
 };
 
 } // namespace kx

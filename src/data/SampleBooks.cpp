@@ -1,4 +1,4 @@
-#include "data/SampleBooks.h"
+#include "kxjournal/SampleBooks.h"
 
 #include "data/SqlValue.h"
 #include "kxjournal/Currency.h"

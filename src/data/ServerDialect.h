@@ -14,6 +14,8 @@ public:
 
 protected:
     QString loadSelect() const override;
+    QString dateLabelExpression() const override;
+    QString voucherLabelExpression() const override;
 };
 
 } // namespace kx

@@ -38,6 +38,44 @@ QString SqlDialect::name() const
     return QStringLiteral("sqlite");
 }
 
+QString SqlDialect::loadSelect() const
+{
+    const auto named = [this](const char *column, const char *key) {
+        return QLatin1String(column) + nameColumn(QLatin1String(key));
+    };
+    QStringList head{dateLabelExpression() + QStringLiteral(" AS ") + resultName(QStringLiteral("ShowName")),
+                     isoDateExpression() + nameColumn(QStringLiteral("JnlDate")), named("jr.JnlNo", "JnlNo"),
+                     named("ac.AccName", "AccName"),
+                     voucherLabelExpression() + QStringLiteral(" AS ") + resultName(QStringLiteral("AccDoc"))};
+    for (const char *c : {"Explain", "Debit", "Credit", "Rate", "Forex", "Dir", "Balance", "fxBalance", "Field1",
+                          "Field2", "Field3", "Field4", "Remark"})
+        head << named(QByteArray("jr.").append(c).constData(), c);
+    const QStringList tail{named("ac.AccCode", "AccCode"), named("jr.AccID", "AccID"), named("jr.DirID", "DirID"),
+                           named("jr.RecID", "RecID"),     named("jr.DocID", "DocID"), named("jr.Flag", "Flag"),
+                           named("jr.Tag", "Tag")};
+    return QStringLiteral("SELECT ") + head.join(QStringLiteral(", ")) + QLatin1Char(',') +
+           named("j.AssistName", "AssistName") + QStringLiteral(", ") + tail.join(QStringLiteral(", ")) +
+           QStringLiteral(", 0 AS ") + resultName(QStringLiteral("Locked")) + QLatin1Char(',') + named("jr.Row", "Row") +
+           QStringLiteral(" FROM ((kxJournalRecs AS jr LEFT JOIN kxAccClass AS ac ON jr.AccID = ac.AccID) "
+                          "LEFT JOIN kxDocDir AS d ON jr.DirID = d.DocID) "
+                          "LEFT JOIN kxJournal AS j ON jr.DocID = j.asID ");
+}
+
+QString SqlDialect::isoDateExpression() const
+{
+    return QStringLiteral("jr.JnlDate");
+}
+
+QString SqlDialect::resultName(const QString &key) const
+{
+    return key;
+}
+
+QString SqlDialect::nameColumn(const QString &) const
+{
+    return {};
+}
+
 QString SqlDialect::selectTop(int n, const QString &body) const
 {
     return QStringLiteral("Select Top %1 ").arg(n) + body;

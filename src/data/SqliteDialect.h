@@ -12,7 +12,8 @@ public:
 
 protected:
     QString leftOf(const QString &column, int length) const override;
-    QString loadSelect() const override;
+    QString dateLabelExpression() const override;
+    QString voucherLabelExpression() const override;
 };
 
 } // namespace kx

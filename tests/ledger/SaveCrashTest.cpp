@@ -1,6 +1,6 @@
 #include "QtPrinters.h"
 
-#include "data/SampleBooks.h"
+#include "kxjournal/SampleBooks.h"
 
 #include <kxjournal/Database.h>
 
