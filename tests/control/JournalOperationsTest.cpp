@@ -1,0 +1,160 @@
+// One operation at a time, whatever a host does in its event handlers, and a
+// context the host may delete whenever it likes.
+#include "QtPrinters.h"
+#include "support/TestDatabase.h"
+
+#include <kxjournal/Journal.h>
+#include <kxjournal/SampleBooks.h>
+#include <kxjournal/SqlAccContext.h>
+
+#include <QAction>
+#include <QMenu>
+#include <QSignalSpy>
+#include <gtest/gtest.h>
+
+using kx::Journal;
+
+namespace {
+
+class JournalOperations : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        testDb = std::make_unique<kxtest::TestDatabase>(kxtest::Engine::Sqlite);
+        kx::Database db = testDb->open();
+        kx::SampleOptions options;
+        options.records = 300;
+        options.books = 2;
+        options.year = 2025;
+        ASSERT_TRUE(kx::SampleBooks::create(db, options).ok());
+        const auto bookId = [&db](const char *code) {
+            return db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QLatin1String(code)}})
+                .valueOr(QVariant())
+                .toInt();
+        };
+        bookA = bookId("020101");
+        bookB = bookId("01");
+        ASSERT_GT(bookA, 0);
+        ASSERT_GT(bookB, 0);
+        acc = new kx::SqlAccContext(testDb->open());
+        acc->setBeginDate(QDate(2025, 1, 1));
+        journal.setAcc(acc);
+        QObject::connect(&journal, &Journal::Notify, [this](const QString &m, bool) { said << m; });
+    }
+    void TearDown() override { delete acc.data(); }
+
+    int storedExplainCount(const QString &text) const
+    {
+        kx::Database db = testDb->open();
+        return db.scalar({QStringLiteral("Select count(*) From kxJournalRecs Where Explain=?"), {text}})
+            .valueOr(QVariant())
+            .toInt();
+    }
+
+    std::unique_ptr<kxtest::TestDatabase> testDb;
+    QPointer<kx::SqlAccContext> acc;
+    Journal journal;
+    QStringList said;
+    int bookA = 0, bookB = 0;
+};
+
+} // namespace
+
+TEST_F(JournalOperations, AContextTheHostDeletedIsNeverRead)
+{
+    journal.setDocID(bookA);
+    ASSERT_TRUE(journal.Load());
+    journal.setIsDirty(true);
+    delete acc.data();
+
+    EXPECT_EQ(journal.Acc(), nullptr);
+    EXPECT_FALSE(journal.Load());
+    EXPECT_FALSE(journal.Save());
+    EXPECT_TRUE(journal.IsDirty()) << "nothing was stored";
+    EXPECT_TRUE(said.contains(QStringLiteral("没有连接到账套。")));
+    EXPECT_EQ(journal.AccCode(), QString());
+    EXPECT_EQ(journal.Get_AccCodeField(QStringLiteral("AccName"), 1), QString());
+    journal.setDocID(bookB);
+    EXPECT_EQ(journal.DocID(), bookB);
+}
+
+TEST_F(JournalOperations, NothingStartsWhileALoadRuns)
+{
+    journal.setDocID(bookA);
+    QList<bool> inner;
+    bool once = false;
+    QObject::connect(&journal, &Journal::Process, [&](int n) {
+        if (n != 20 || once)
+            return;
+        once = true;
+        // What a host's handler (or a queued click) might ask for mid-load.
+        journal.setIsDirty(true);
+        inner << journal.Save() << journal.Load(bookB) << journal.InsSumRow(3) << journal.RemoveSumRow(3);
+        journal.contextMenu()->findChild<QAction *>(QStringLiteral("mnuRecalc"))->trigger();
+        journal.DoCommand(QStringLiteral("Refresh"));
+        journal.setDocID(bookB);
+    });
+    ASSERT_TRUE(journal.Load());
+    EXPECT_EQ(inner, (QList<bool>{false, false, false, false}));
+    EXPECT_EQ(journal.DocID(), bookA);
+    EXPECT_EQ(said.count(QStringLiteral("正在读入记录，请等它完成后再试。")), 7);
+    EXPECT_FALSE(said.contains(QStringLiteral("已经重新计算全部余额。")));
+    EXPECT_TRUE(journal.Save()) << "once the load is over, a save runs";
+}
+
+TEST_F(JournalOperations, ALoadAskedForDuringASaveIsRefusedAndTheSaveStoresItsBook)
+{
+    journal.setDocID(bookA);
+    ASSERT_TRUE(journal.Load());
+    kx::GridModel *g = journal.Grid();
+    const int rows = g->rows();
+    g->setText(3, QStringLiteral("Explain"), QStringLiteral("改过的摘要"));
+    journal.setIsDirty(true);
+    bool loaded = true;
+    QObject::connect(&journal, &Journal::Process, [&](int n) {
+        if (n == 0)
+            loaded = journal.Load(bookB);
+    });
+    ASSERT_TRUE(journal.Save());
+    EXPECT_FALSE(loaded);
+    EXPECT_TRUE(said.contains(QStringLiteral("正在存储记录，请等它完成后再试。")));
+    EXPECT_EQ(g->rows(), rows) << "the grid still holds the book that was saved";
+    EXPECT_EQ(storedExplainCount(QStringLiteral("改过的摘要")), 1);
+    EXPECT_FALSE(journal.IsDirty());
+}
+
+TEST_F(JournalOperations, TheMenuAndDoCommandRunTheSameCommands)
+{
+    journal.setDocID(bookA);
+    ASSERT_TRUE(journal.Load());
+    for (const char *name : {"mnuCopy", "mnuRecalc", "mnuInsSumRow", "mnuStatistics", "mnuRefresh", "mnuPackJnl",
+                             "mnuSideTask", "mnuDeleteRows", "mnuExport"})
+        ASSERT_NE(journal.menuAction(QString::fromLatin1(name)), nullptr) << name;
+    EXPECT_EQ(journal.menuAction(QStringLiteral("mnuNothing")), nullptr);
+    journal.contextMenu()->popup(QPoint(0, 0));  // aboutToShow brings the states up to date
+    EXPECT_TRUE(journal.menuAction(QStringLiteral("mnuRecalc"))->isEnabled());
+    EXPECT_FALSE(journal.menuAction(QStringLiteral("mnuDeleteRows"))->isEnabled()) << "not built yet";
+    journal.contextMenu()->hide();
+
+    QList<QPair<QString, bool>> notices;
+    QObject::connect(&journal, &Journal::Notify, [&](const QString &m, bool box) { notices << qMakePair(m, box); });
+    journal.menuAction(QStringLiteral("mnuStatistics"))->trigger();
+    ASSERT_FALSE(notices.isEmpty());
+    EXPECT_EQ(notices.last().first, journal.Statistics());
+    EXPECT_TRUE(notices.last().second) << "statistics are shown in a box";
+
+    QStringList commands;
+    QObject::connect(&journal, &Journal::CommandExecute, [&](const QString &c, bool &) { commands << c; });
+    journal.DoCommand(QStringLiteral("Refresh"));
+    journal.menuAction(QStringLiteral("mnuRefresh"))->trigger();
+    EXPECT_EQ(commands.count(QStringLiteral("Refresh")), 2);
+    EXPECT_EQ(commands.count(QStringLiteral("Load")), 2);
+
+    QSignalSpy packed(&journal, &Journal::packedChanged);
+    journal.menuAction(QStringLiteral("mnuPackJnl"))->trigger();
+    EXPECT_TRUE(journal.IsPackedJnl());
+    EXPECT_EQ(packed.count(), 1);
+    journal.setIsPackedJnl(false);
+    EXPECT_FALSE(journal.menuAction(QStringLiteral("mnuPackJnl"))->isChecked());
+}

@@ -1,0 +1,33 @@
+#include "QtPrinters.h"
+
+#include <kxjournal/Database.h>
+#include <kxjournal/Result.h>
+
+#include <gtest/gtest.h>
+#include <type_traits>
+
+// A failure is always spelled out: no bool, number or text passes for one.
+static_assert(!std::is_convertible_v<bool, kx::Result<void>>, "false must not convert to a result");
+static_assert(!std::is_convertible_v<QString, kx::Result<void>>, "a text must not convert to a result");
+static_assert(!std::is_convertible_v<QString, kx::Error>, "an error is made on purpose");
+
+TEST(Result, FailuresCarryTheirReasonAndValuesTheirValue)
+{
+    const kx::Result<int> good = 7;
+    EXPECT_TRUE(good.ok());
+    EXPECT_EQ(good.value(), 7);
+    const kx::Result<int> bad = kx::Error(QStringLiteral("坏了"));
+    EXPECT_FALSE(bad.ok());
+    EXPECT_EQ(bad.error(), QStringLiteral("坏了"));
+    EXPECT_EQ(bad.valueOr(-1), -1);
+    const kx::Result<void> unnamed = kx::Error(QString());
+    EXPECT_FALSE(unnamed.ok());
+    EXPECT_FALSE(unnamed.error().isEmpty()) << "a failure without a reason still says something";
+    EXPECT_TRUE(kx::Result<void>().ok());
+
+    // A database that is not open fails every call with its reason.
+    kx::Database closed;
+    const kx::Result<void> connected = closed.ensureConnected();
+    EXPECT_FALSE(connected.ok());
+    EXPECT_FALSE(connected.error().isEmpty());
+}
