@@ -2,132 +2,181 @@
 
 #include "kxjournal/Database.h"
 
-#include <QSet>
+#include <QSqlDriver>
+#include <libpq-fe.h>
 
 namespace kx {
 
 namespace {
 
-// The type each field is cast to when it arrives through a VALUES list.
-QString castOf(const QString &field)
+// The temporary table's columns: the key, every stored field in writer order,
+// and whether the row brings its amounts (a summary row keeps the stored ones).
+const char *const CreateStage =
+    "CREATE TEMP TABLE kx_stage (RecID integer, JnlDate date, JnlNo text, AccID integer, Explain text, "
+    "Debit numeric, Credit numeric, Rate numeric, Forex numeric, balance numeric, fxBalance numeric, "
+    "Field1 text, Field2 text, Field3 text, Field4 text, Flag integer, Remark text, Tag integer, "
+    "DirID integer, Row integer, DocID integer, amounts boolean) ON COMMIT DROP";
+
+const char *const CopyStage =
+    "COPY kx_stage (RecID, JnlDate, JnlNo, AccID, Explain, Debit, Credit, Rate, Forex, balance, fxBalance, "
+    "Field1, Field2, Field3, Field4, Flag, Remark, Tag, DirID, Row, DocID, amounts) FROM STDIN";
+
+const char *const UpdateFromStage =
+    "UPDATE kxJournalRecs AS r SET JnlDate=s.JnlDate, JnlNo=s.JnlNo, AccID=s.AccID, Explain=s.Explain, "
+    "Debit=CASE WHEN s.amounts THEN s.Debit ELSE r.Debit END, "
+    "Credit=CASE WHEN s.amounts THEN s.Credit ELSE r.Credit END, "
+    "Rate=CASE WHEN s.amounts THEN s.Rate ELSE r.Rate END, "
+    "Forex=CASE WHEN s.amounts THEN s.Forex ELSE r.Forex END, "
+    "balance=s.balance, fxBalance=s.fxBalance, Field1=s.Field1, Field2=s.Field2, Field3=s.Field3, "
+    "Field4=s.Field4, Flag=s.Flag, Remark=s.Remark, Tag=s.Tag, DirID=s.DirID, Row=s.Row, DocID=s.DocID "
+    "FROM kx_stage AS s WHERE s.RecID > 0 AND r.RecID = s.RecID";
+
+// New rows, and rows whose record someone else deleted since they were read.
+const char *const InsertFromStage =
+    "INSERT INTO kxJournalRecs (JnlDate, JnlNo, AccID, Explain, Debit, Credit, Rate, Forex, balance, fxBalance, "
+    "Field1, Field2, Field3, Field4, Flag, Remark, Tag, DirID, Row, DocID) "
+    "SELECT JnlDate, JnlNo, AccID, Explain, CASE WHEN amounts THEN Debit END, CASE WHEN amounts THEN Credit END, "
+    "CASE WHEN amounts THEN Rate END, CASE WHEN amounts THEN Forex END, balance, fxBalance, Field1, Field2, "
+    "Field3, Field4, Flag, Remark, Tag, DirID, Row, DocID FROM kx_stage AS s "
+    "WHERE s.RecID <= 0 OR NOT EXISTS (SELECT 1 FROM kxJournalRecs AS r WHERE r.RecID = s.RecID) "
+    "ORDER BY s.Row RETURNING RecID, Row";
+
+// COPY's text format: backslash, tab and line ends escaped, an empty text
+// stored as NULL. PostgreSQL text cannot hold NUL, so it is left out.
+void appendText(const QString &text, QByteArray &out)
 {
-    static const QStringList integers{QStringLiteral("AccID"), QStringLiteral("Flag"), QStringLiteral("Tag"),
-                                      QStringLiteral("DirID"), QStringLiteral("Row"), QStringLiteral("DocID"),
-                                      QStringLiteral("RecID")};
-    static const QStringList numbers{QStringLiteral("Debit"), QStringLiteral("Credit"), QStringLiteral("Rate"),
-                                     QStringLiteral("Forex"), QStringLiteral("balance"), QStringLiteral("fxBalance")};
-    if (field == QLatin1String("JnlDate"))
-        return QStringLiteral("::date");
-    if (integers.contains(field))
-        return QStringLiteral("::integer");
-    if (numbers.contains(field))
-        return QStringLiteral("::numeric");
-    return QStringLiteral("::text");
+    if (text.isEmpty()) {
+        out += "\\N";
+        return;
+    }
+    const QByteArray utf8 = text.toUtf8();
+    for (char c : utf8) {
+        switch (c) {
+        case '\\': out += "\\\\"; break;
+        case '\t': out += "\\t"; break;
+        case '\n': out += "\\n"; break;
+        case '\r': out += "\\r"; break;
+        case '\0': break;
+        default: out += c;
+        }
+    }
 }
 
-QString valueRows(int rows, int columns)
+void appendValue(const FieldValue &v, QByteArray &out)
 {
-    QStringList marks;
-    for (int c = 0; c < columns; ++c)
-        marks << QStringLiteral("?");
-    const QString one = QLatin1Char('(') + marks.join(QLatin1Char(',')) + QLatin1Char(')');
-    QStringList all;
-    all.reserve(rows);
-    for (int r = 0; r < rows; ++r)
-        all << one;
-    return all.join(QLatin1Char(','));
+    switch (v.kind) {
+    case FieldValue::Number:
+        out += QByteArray::number(v.number);
+        return;
+    case FieldValue::Amount:
+        out += Currency::fromRaw(v.number).toString().toLatin1();
+        return;
+    case FieldValue::Text:
+        appendText(*v.text, out);
+        return;
+    }
 }
 
 } // namespace
 
-PgRecordWriter::PgRecordWriter(const Database &db) : m_db(db) {}
+PgRecordWriter::PgRecordWriter(const Database &db) : m_db(db)
+{
+    if (!db.handle().driver())
+        return;
+    const QVariant h = db.handle().driver()->handle();
+    // Qt names the type after the struct behind libpq's typedef.
+    if (h.isValid() && (qstrcmp(h.typeName(), "pg_conn*") == 0 || qstrcmp(h.typeName(), "PGconn*") == 0))
+        m_conn = *static_cast<PGconn *const *>(h.constData());
+}
+
+QString PgRecordWriter::error(const char *what) const
+{
+    const QString why = m_conn ? QString::fromUtf8(PQerrorMessage(m_conn)).trimmed() : QStringLiteral("没有连接");
+    return QStringLiteral("数据库操作失败（%1）：%2").arg(QLatin1String(what), why);
+}
 
 Result<void> PgRecordWriter::remove(int recId)
 {
     return m_db.run(m_db.dialect().deleteRecord(recId));
 }
 
-Result<QList<int>> PgRecordWriter::updateBatch(const std::vector<const RecordValues *> &batch, bool withAmounts)
+Result<void> PgRecordWriter::command(const char *sql)
 {
-    const QStringList &names = fieldNames(withAmounts);
-    QStringList sets;
-    QStringList columns{QStringLiteral("RecID")};
-    for (const QString &f : names) {
-        sets << f + QStringLiteral("=v.") + f + castOf(f);
-        columns << f;
-    }
-    SqlStatement st;
-    st.text = QStringLiteral("Update kxJournalRecs AS t Set %1 From (Values %2) AS v(%3) Where t.RecID=v.RecID::integer "
-                             "Returning t.RecID")
-                  .arg(sets.join(QLatin1Char(',')), valueRows(int(batch.size()), int(columns.size())),
-                       columns.join(QLatin1Char(',')));
-    for (const RecordValues *row : batch) {
-        st.binds << row->recId;
-        st.binds << bindable(*row);
-    }
-    Result<QSqlQuery> r = m_db.exec(st);
-    if (!r.ok())
-        return Error(r.error());
-    QSqlQuery q = r.takeValue();
-    QList<int> updated;
-    while (q.next())
-        updated << q.value(0).toInt();
-    return updated;
+    PGresult *res = PQexec(m_conn, sql);
+    const ExecStatusType status = PQresultStatus(res);
+    PQclear(res);
+    if (status != PGRES_COMMAND_OK)
+        return Error(error("写入"));
+    return {};
 }
 
-Result<void> PgRecordWriter::insertBatch(const std::vector<const RecordValues *> &batch, bool withAmounts,
-                                   QHash<int, int> &added)
+void PgRecordWriter::appendCopyLine(const RecordValues &row, QByteArray &out)
 {
-    const QStringList &names = fieldNames(withAmounts);
-    SqlStatement st;
-    st.text = QStringLiteral("Insert Into kxJournalRecs (%1) Values %2 Returning RecID, Row")
-                  .arg(names.join(QLatin1Char(',')), valueRows(int(batch.size()), int(names.size())));
-    for (const RecordValues *row : batch)
-        st.binds << bindable(*row);
-    Result<QSqlQuery> r = m_db.exec(st);
-    if (!r.ok())
-        return Error(r.error());
-    // Row is the grid row, unique within a pass: it tells which key is whose.
-    QSqlQuery q = r.takeValue();
-    while (q.next())
-        added.insert(q.value(1).toInt(), q.value(0).toInt());
+    out += QByteArray::number(row.recId);
+    for (int f = 0; f < int(RecordField::Count); ++f) {
+        out += '\t';
+        appendValue(row[RecordField(f)], out);
+    }
+    out += row.withAmounts ? "\tt\n" : "\tf\n";
+}
+
+Result<void> PgRecordWriter::copyRows(const std::vector<RecordValues> &rows)
+{
+    PGresult *res = PQexec(m_conn, CopyStage);
+    const ExecStatusType status = PQresultStatus(res);
+    PQclear(res);
+    if (status != PGRES_COPY_IN)
+        return Error(error("复制"));
+    // Sent in blocks of about a megabyte: few calls, little memory.
+    QByteArray block;
+    block.reserve(1 << 20);
+    bool sent = true;
+    for (std::size_t i = 0; i < rows.size() && sent; ++i) {
+        appendCopyLine(rows[i], block);
+        if (block.size() >= (1 << 20) || i + 1 == rows.size()) {
+            sent = PQputCopyData(m_conn, block.constData(), int(block.size())) == 1;
+            block.clear();
+        }
+    }
+    if (PQputCopyEnd(m_conn, sent ? nullptr : "kx: copy interrupted") != 1)
+        sent = false;
+    bool ok = sent;
+    while (PGresult *end = PQgetResult(m_conn)) {
+        if (PQresultStatus(end) != PGRES_COMMAND_OK)
+            ok = false;
+        PQclear(end);
+    }
+    if (!ok)
+        return Error(error("复制"));
     return {};
 }
 
 Result<QHash<int, int>> PgRecordWriter::write(const std::vector<RecordValues> &rows)
 {
-    using Keys = Result<QHash<int, int>>;
+    if (!m_conn)
+        return Error(QStringLiteral("数据库操作失败：没有 PostgreSQL 连接。"));
     QHash<int, int> added;
-    for (bool withAmounts : {true, false}) {
-        std::vector<const RecordValues *> updates;
-        std::vector<const RecordValues *> inserts;
-        for (const RecordValues &row : rows) {
-            if (row.withAmounts == withAmounts)
-                (row.recId > 0 ? updates : inserts).push_back(&row);
-        }
-        for (std::size_t i = 0; i < updates.size(); i += BatchRows) {
-            const std::vector<const RecordValues *> batch(updates.begin() + std::ptrdiff_t(i),
-                                                          updates.begin() + std::ptrdiff_t(std::min(updates.size(), i + BatchRows)));
-            const Result<QList<int>> done = updateBatch(batch, withAmounts);
-            if (!done.ok())
-                return Error(done.error());
-            if (done.value().size() == int(batch.size()))
-                continue;
-            // Records deleted by someone else are added again.
-            const QList<int> doneKeys = done.value();
-            const QSet<int> found(doneKeys.begin(), doneKeys.end());
-            for (const RecordValues *row : batch)
-                if (!found.contains(row->recId))
-                    inserts.push_back(row);
-        }
-        for (std::size_t i = 0; i < inserts.size(); i += BatchRows) {
-            const std::vector<const RecordValues *> batch(inserts.begin() + std::ptrdiff_t(i),
-                                                          inserts.begin() + std::ptrdiff_t(std::min(inserts.size(), i + BatchRows)));
-            const Result<void> s = insertBatch(batch, withAmounts, added);
-            if (!s.ok())
-                return Error(s.error());
-        }
+    if (rows.empty())
+        return added;
+    if (const Result<void> created = command(CreateStage); !created.ok())
+        return Error(created.error());
+    if (const Result<void> copied = copyRows(rows); !copied.ok())
+        return Error(copied.error());
+    if (const Result<void> updated = command(UpdateFromStage); !updated.ok())
+        return Error(updated.error());
+    PGresult *res = PQexec(m_conn, InsertFromStage);
+    if (PQresultStatus(res) != PGRES_TUPLES_OK) {
+        PQclear(res);
+        return Error(error("写入"));
     }
+    // Row is the grid row, unique within a pass: it tells which key is whose.
+    const int n = PQntuples(res);
+    for (int i = 0; i < n; ++i)
+        added.insert(QByteArray(PQgetvalue(res, i, 1)).toInt(), QByteArray(PQgetvalue(res, i, 0)).toInt());
+    PQclear(res);
+    const Result<void> dropped = command("DROP TABLE kx_stage");
+    if (!dropped.ok())
+        return Error(dropped.error());
     return added;
 }
 

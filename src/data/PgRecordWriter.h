@@ -2,28 +2,36 @@
 
 #include "data/RecordWriter.h"
 
+#include <QByteArray>
+
+struct pg_conn;
+
 namespace kx {
 
-/// Writes records to PostgreSQL in batches: one UPDATE … FROM (VALUES …) and
-/// one multi-row INSERT … RETURNING per few hundred rows, since every
-/// statement costs the server a round of its own.
+/// Writes records to PostgreSQL the way the server takes them fastest: the
+/// rows stream into a temporary table with COPY, then one UPDATE … FROM sets
+/// the stored records and one INSERT … SELECT … RETURNING adds the new ones
+/// (and those someone else deleted meanwhile). Every value travels as data,
+/// on the connection Qt holds, inside the caller's transaction.
 class PgRecordWriter : public RecordWriter
 {
 public:
-    /// Writes on \a db.
+    /// Writes on \a db (a PostgreSQL connection).
     explicit PgRecordWriter(const Database &db);
 
     Result<void> remove(int recId) override;
     Result<QHash<int, int>> write(const std::vector<RecordValues> &rows) override;
 
-    /// Rows per statement.
-    static constexpr int BatchRows = 400;
+    /// One row as a line of COPY's text format (appended to \a out).
+    static void appendCopyLine(const RecordValues &row, QByteArray &out);
 
 private:
-    Result<QList<int>> updateBatch(const std::vector<const RecordValues *> &batch, bool withAmounts);
-    Result<void> insertBatch(const std::vector<const RecordValues *> &batch, bool withAmounts, QHash<int, int> &added);
+    Result<void> command(const char *sql);
+    Result<void> copyRows(const std::vector<RecordValues> &rows);
+    QString error(const char *what) const;
 
     const Database &m_db;
+    pg_conn *m_conn = nullptr;
 };
 
 } // namespace kx

@@ -89,7 +89,6 @@ Result<void> SqliteRecordWriter::remove(int recId)
 
 Result<QHash<int, int>> SqliteRecordWriter::write(const std::vector<RecordValues> &rows)
 {
-    using Keys = Result<QHash<int, int>>;
     const auto dialect = SqlDialect::create(SqlDialect::Sqlite);
     QHash<int, int> added;
     for (const RecordValues &row : rows) {

@@ -93,7 +93,7 @@ TEST_P(LedgerWithoutControl, LoadEditSumAndSaveOnABareGrid)
     EXPECT_TRUE(kx::BookRow(grid, kx::JournalColumns(grid), record + 1).isSummary());
 
     state.dirty = true;
-    ASSERT_TRUE(kx::BookSaver(grid, state, host, acc.get()).save(QStringLiteral("测试"), 1));
+    ASSERT_TRUE(kx::BookSaver(grid, state, host, acc.get()).save(QStringLiteral("测试"), 1)) << host.messages.join(QLatin1Char('\n')).toStdString();
     EXPECT_FALSE(state.dirty);
 
     kx::GridModel again;

@@ -84,7 +84,7 @@ TestDatabase::~TestDatabase()
     if (m_engine == Engine::Postgres && !m_schema.isEmpty()) {
         kx::Database admin = kx::Database::open(postgresUrl());
         if (admin.isOpen())
-            admin.run({QStringLiteral("DROP SCHEMA %1 CASCADE").arg(m_schema), {}});
+            (void)admin.run({QStringLiteral("DROP SCHEMA %1 CASCADE").arg(m_schema), {}});
     }
 }
 
