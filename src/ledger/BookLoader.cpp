@@ -76,6 +76,7 @@ BookLoader::Outcome BookLoader::load(int docId)
 
     m_grid.setRows(m_grid.fixedRows());
     m_state.lastSumRow = 0;
+    m_state.stored.clear();
     Outcome outcome = Loaded;
     FetchedRows rows = fetched.takeValue();
     if (rows.cells.rows() == 0) {
@@ -88,6 +89,8 @@ BookLoader::Outcome BookLoader::load(int docId)
             m_grid.setColKey(m_grid.fixedCols() + i, names.at(i));
         if (consolidated)
             mergeMonths();
+        else
+            rememberStored();
         m_host.progress(30);
         dressRows();
         if (!consolidated)
@@ -118,6 +121,21 @@ void BookLoader::fillEmptyBook()
     m_grid.setSubtotal(first, true);
     m_grid.setCellBold(first, m_grid.fixedCols(), first, m_grid.cols() - 1, true);
     opening.setText(JournalColumns::ShowName, BookRow::dateLabel(begin, BookRow::Label::Opening));
+}
+
+void BookLoader::rememberStored()
+{
+    // Read off the fetched cells before dressing changes their looks.
+    const JournalColumns columns(m_grid);
+    const int first = m_grid.fixedRows();
+    for (int r = first; r < m_grid.rows(); ++r) {
+        const BookRow row(m_grid, columns, r);
+        if (row.recId() <= 0)
+            continue;
+        const RecordValues rec = StoredRecords::recordOf(row, int(row.number(JournalColumns::DocID)),
+                                                         int(row.number(JournalColumns::Row)), r == first);
+        m_state.stored.remember(rec.recId, rec);
+    }
 }
 
 void BookLoader::mergeMonths()

@@ -29,6 +29,7 @@ public:
 
 private:
     void fillEmptyBook();
+    void rememberStored();
     void mergeMonths();
     void dressRows();
     void labelRows();

@@ -8,51 +8,11 @@
 #include "ledger/BookRow.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
+#include "ledger/StoredRecords.h"
 
 #include <cmath>
 
 namespace kx {
-
-namespace {
-
-// The values of one grid row, by the field they are stored in. Texts stay in
-// the grid's cells: nothing changes the grid while a pass writes.
-RecordValues recordOf(const BookRow &row, int docId, bool opening)
-{
-    using C = JournalColumns;
-    using F = RecordField;
-    RecordValues rec;
-    rec.gridRow = row.index();
-    rec.recId = row.recId();
-    // A summary row's amount cells hold two-line totals; the opening row always writes its amounts.
-    rec.withAmounts = opening || !row.isSummary();
-    const auto text = [&](F field, C::Column column) { rec.set(field, FieldValue::of(row.text(column))); };
-    const auto amount = [&](F field, C::Column column) { rec.set(field, FieldValue::of(row.amount(column))); };
-    const auto number = [&](F field, C::Column column) { rec.set(field, FieldValue::of(row.number(column))); };
-    text(F::JnlDate, C::JnlDate);
-    text(F::JnlNo, C::JnlNo);
-    number(F::AccID, C::AccID);
-    text(F::Explain, C::Explain);
-    amount(F::Debit, C::Debit);
-    amount(F::Credit, C::Credit);
-    amount(F::Rate, C::Rate);
-    amount(F::Forex, C::Forex);
-    amount(F::Balance, C::Balance);
-    amount(F::fxBalance, C::fxBalance);
-    text(F::Field1, C::Field1);
-    text(F::Field2, C::Field2);
-    text(F::Field3, C::Field3);
-    text(F::Field4, C::Field4);
-    number(F::Flag, C::Flag);
-    text(F::Remark, C::Remark);
-    number(F::Tag, C::Tag);
-    number(F::DirID, C::DirID);
-    rec.set(F::Row, FieldValue::of(row.index()));
-    rec.set(F::DocID, FieldValue::of(docId));
-    return rec;
-}
-
-} // namespace
 
 BookSaver::BookSaver(GridModel &grid, LedgerState &state, LedgerHost &host, AccContext *acc)
     : m_grid(grid), m_state(state), m_host(host), m_acc(acc)
@@ -104,8 +64,10 @@ Result<void> BookSaver::writeRecords()
                 BookRow(m_grid, columns, r).setChangeMark(BookRow::Modified);
     }
 
+    // Only what differs from what the database holds is written: new rows,
+    // changed ones, and rows whose place (the stored Row) moved.
     std::vector<RecordValues> records;
-    records.reserve(std::size_t(std::max(0, last - first + 1)));
+    int dated = 0;
     int reported = -1;
     for (int r = first; r <= last; ++r) {
         const int percent = int(std::round(double(r) / rows * 100.0));
@@ -117,7 +79,10 @@ Result<void> BookSaver::writeRecords()
         // Rows without a date are never stored: blank rows and the empty row at the bottom.
         if (!row.isDated())
             continue;
-        records.push_back(recordOf(row, m_state.book.docId, r == first));
+        ++dated;
+        RecordValues rec = StoredRecords::recordOf(row, m_state.book.docId, r, r == first);
+        if (rec.recId <= 0 || !m_state.stored.holds(rec))
+            records.push_back(std::move(rec));
     }
 
     Transaction tx(db);
@@ -137,7 +102,9 @@ Result<void> BookSaver::writeRecords()
 
     // A book that holds nothing but an empty opening row keeps no records at all.
     bool emptied = false;
-    if (records.size() == 1 && BookRow(m_grid, columns, records.front().gridRow).balance().isZero()) {
+    const int openingRow = last >= first ? first : -1;
+    if (dated == 1 && BookRow::of(m_grid, columns, openingRow).isDated() &&
+        BookRow::of(m_grid, columns, openingRow).balance().isZero()) {
         const Result<QVariant> stored = db.scalar(db.dialect().countRecords(m_state.book.docId));
         if (!stored.ok())
             return Error(stored.error());
@@ -153,18 +120,29 @@ Result<void> BookSaver::writeRecords()
     if (!committed.ok())
         return committed;
 
-    // Only now, with everything stored, does the grid learn the new keys.
+    // Only now, with everything stored, does the grid learn the new keys and
+    // the control what the database holds.
     const QHash<int, int> &keys = written.value();
-    for (auto it = keys.constBegin(); it != keys.constEnd(); ++it)
-        BookRow(m_grid, columns, it.key()).setText(JournalColumns::RecID, QString::number(it.value()));
+    for (int key : m_state.removedRecords)
+        m_state.stored.forget(key);
     const bool anyLocked = m_state.lastSumRow != first;
-    for (const RecordValues &rec : records) {
-        BookRow(m_grid, columns, rec.gridRow).setChangeMark(BookRow::Saved);
+    for (RecordValues &rec : records) {
+        const BookRow row(m_grid, columns, rec.gridRow);
+        const auto added = keys.constFind(rec.gridRow);
+        if (added != keys.constEnd()) {
+            row.setText(JournalColumns::RecID, QString::number(added.value()));
+            rec.recId = added.value();
+        }
+        row.setText(JournalColumns::Row, QString::number(rec.gridRow));
+        row.setChangeMark(BookRow::Saved);
         const bool locked = anyLocked && rec.gridRow <= m_state.lastSumRow;
         m_grid.setRowForeColor(rec.gridRow, locked ? m_state.looks.lockedForeColor : QColor());
+        m_state.stored.remember(rec.recId, rec);
     }
-    if (emptied)
-        BookRow(m_grid, columns, records.front().gridRow).setText(JournalColumns::RecID, QStringLiteral("0"));
+    if (emptied) {
+        BookRow(m_grid, columns, openingRow).setText(JournalColumns::RecID, QStringLiteral("0"));
+        m_state.stored.clear();
+    }
     m_state.removedRecords.clear();
     m_host.progress(-1);
     return {};

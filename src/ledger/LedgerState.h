@@ -1,6 +1,7 @@
 #pragma once
 
 #include "data/BookDefinition.h"
+#include "ledger/StoredRecords.h"
 
 #include <QColor>
 #include <QList>
@@ -50,6 +51,7 @@ struct LedgerState {
     bool allowAudit = false;
     bool dirty = false;          ///< the grid holds changes not yet stored
     QList<int> removedRecords;   ///< keys of rows taken out, deleted by the next save
+    StoredRecords stored;        ///< what the database holds for the records shown
     LedgerFields fields;
     RowLooks looks;
 

@@ -179,18 +179,22 @@ TEST_P(Saving, ConsolidatedJournalsAndEmptyBooks)
     EXPECT_EQ(db.scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=%1").arg(other), {}}).value().toInt(), 0);
 }
 
-TEST_P(Saving, RecordDeletedElsewhereIsAddedAgainWithANewKey)
+TEST_P(Saving, RecordDeletedElsewhereIsAddedAgainWithANewKeyOnlyWhenChangedHere)
 {
     ASSERT_TRUE(journal->Load(book));
-    const int key = int(journal->Grid()->value(2, QStringLiteral("RecID")));
+    kx::GridModel *g = journal->Grid();
+    const int key = int(g->value(2, QStringLiteral("RecID")));
+    const int untouched = int(g->value(3, QStringLiteral("RecID")));
     ASSERT_TRUE(db.run(db.dialect().deleteRecord(key)).ok());
+    ASSERT_TRUE(db.run(db.dialect().deleteRecord(untouched)).ok());
+    g->setText(2, QStringLiteral("Explain"), QStringLiteral("提取备用金（改）"));
     journal->setIsDirty(true);
     ASSERT_TRUE(journal->Save());
-    const int again = int(journal->Grid()->value(2, QStringLiteral("RecID")));
+    const int again = int(g->value(2, QStringLiteral("RecID")));
     EXPECT_GT(again, key);
-    EXPECT_EQ(count(), 4);
+    EXPECT_EQ(count(), 3) << "the record nobody changed here stays deleted, as the other user left it";
     EXPECT_EQ(db.scalar({QStringLiteral("Select Explain From kxJournalRecs Where RecID=%1").arg(again), {}}).value().toString(),
-              QStringLiteral("提取备用金"));
+              QStringLiteral("提取备用金（改）"));
 }
 
 TEST_P(Saving, FailedPassLeavesEverythingAsItWasAndASecondPassStoresOnce)

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "data/RecordWriter.h"
+
+#include <QHash>
+
+namespace kx {
+
+class BookRow;
+
+/// What the database holds for each record the grid shows, as a 64-bit
+/// fingerprint of its stored fields. A save compares a row's values with it
+/// and writes only the rows that differ; a row the control never changed is
+/// never written, so another user's change to it stays.
+class StoredRecords
+{
+public:
+    /// The values a save writes for \a row of book \a docId, stored as row
+    /// \a storedRow; \a opening: the book's first row (it always writes its amounts).
+    static RecordValues recordOf(const BookRow &row, int docId, int storedRow, bool opening);
+    /// The fingerprint of the fields \a record writes.
+    static quint64 fingerprint(const RecordValues &record);
+
+    /// Forgets everything (a new book is loaded).
+    void clear() { m_prints.clear(); }
+    /// Remembers that the database holds \a record under its key.
+    void remember(int recId, const RecordValues &record) { m_prints.insert(recId, fingerprint(record)); }
+    /// Forgets record \a recId (it was deleted).
+    void forget(int recId) { m_prints.remove(recId); }
+    /// True when the database held exactly \a record under its key when last read or written.
+    bool holds(const RecordValues &record) const;
+    /// How many records are remembered.
+    int count() const { return int(m_prints.size()); }
+
+private:
+    QHash<int, quint64> m_prints;
+};
+
+} // namespace kx

@@ -1,0 +1,200 @@
+// A save writes only what differs from what the database holds, and the
+// database still ends as if every row had been written.
+#include "QtPrinters.h"
+#include "support/TestDatabase.h"
+
+#include "data/JournalDefinition.h"
+#include "ledger/BalanceCalculator.h"
+#include "ledger/BookLoader.h"
+#include "ledger/BookRow.h"
+#include "ledger/BookSaver.h"
+#include "ledger/LedgerHost.h"
+#include "ledger/LedgerState.h"
+
+#include <kxjournal/GridModel.h>
+#include <kxjournal/SampleBooks.h>
+#include <kxjournal/SqlAccContext.h>
+
+#include <QRandomGenerator>
+#include <gtest/gtest.h>
+
+using kxtest::Engine;
+using C = kx::JournalColumns;
+
+namespace {
+
+struct Messages : kx::LedgerHost {
+    void prompt(const QString &text, bool) override { said << text; }
+    QStringList said;
+};
+
+class PartialSave : public ::testing::TestWithParam<Engine>
+{
+protected:
+    void SetUp() override
+    {
+        testDb = std::make_unique<kxtest::TestDatabase>(GetParam());
+        kx::Database db = testDb->open();
+        kx::SampleOptions options;
+        options.records = 150;
+        options.books = 1;
+        options.year = 2025;
+        ASSERT_TRUE(kx::SampleBooks::create(db, options).ok());
+        acc = std::make_unique<kx::SqlAccContext>(testDb->open());
+        docId = acc->Connection()
+                    .scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("020101")}})
+                    .valueOr(QVariant())
+                    .toInt();
+        ASSERT_GT(docId, 0);
+        load(grid, state);
+    }
+
+    void load(kx::GridModel &g, kx::LedgerState &s)
+    {
+        kx::JournalDefinition(acc->Connection(), s.book).read(docId);
+        s.fields.accountFormat = QStringLiteral("0.00");
+        ASSERT_EQ(kx::BookLoader(g, s, kx::LedgerHost::none(), acc.get()).load(0), kx::BookLoader::Loaded);
+    }
+
+    bool save()
+    {
+        state.dirty = true;
+        const bool ok = kx::BookSaver(grid, state, host, acc.get()).save(QStringLiteral("测试"), 1);
+        if (!ok)
+            ADD_FAILURE() << host.said.join(QLatin1Char('\n')).toStdString();
+        return ok;
+    }
+
+    // What a full rewrite would store: every dated row's stored fields, in grid order.
+    static QStringList stored(const kx::GridModel &g)
+    {
+        const C columns(g);
+        QStringList out;
+        for (int r = g.fixedRows(); r < g.rows(); ++r) {
+            const kx::BookRow row = kx::BookRow::of(g, columns, r);
+            if (!row.isDated())
+                continue;
+            QStringList f{QString::number(row.recId()), row.dateText(), row.text(C::JnlNo), QString::number(row.accId()),
+                          row.text(C::Explain), row.balance().toString(), row.text(C::Field1), row.text(C::Remark),
+                          QString::number(row.tag()), QString::number(row.dirId())};
+            if (!row.isSummary() || r == g.fixedRows())
+                f << row.debit().toString() << row.credit().toString() << row.forex().toString();
+            out << f.join(QLatin1Char('|'));
+        }
+        return out;
+    }
+
+    int firstOpenRecord() const
+    {
+        const C columns(grid);
+        for (int r = std::max(state.lastSumRow, grid.fixedRows()) + 1; r < grid.rows(); ++r)
+            if (kx::BookRow::of(grid, columns, r).isDated() && !kx::BookRow::of(grid, columns, r).isSummary())
+                return r;
+        return -1;
+    }
+
+    std::unique_ptr<kxtest::TestDatabase> testDb;
+    std::unique_ptr<kx::SqlAccContext> acc;
+    int docId = 0;
+    kx::GridModel grid;
+    kx::LedgerState state;
+    Messages host;
+};
+
+} // namespace
+
+TEST_P(PartialSave, RandomChangesEndAsAFullRewriteWould)
+{
+    QRandomGenerator rng(GetParam() == Engine::Sqlite ? 7 : 11);
+    for (int round = 0; round < 6; ++round) {
+        const int open = firstOpenRecord();
+        ASSERT_GT(open, 0);
+        const C columns(grid);
+        const auto anyOpenRow = [&] {
+            int r = open + int(rng.bounded(quint32(grid.rows() - open)));
+            while (r < grid.rows() - 1 && !kx::BookRow(grid, columns, r).isDated())
+                ++r;
+            return r;
+        };
+        for (int step = 0; step < 8; ++step) {
+            const int r = anyOpenRow();
+            const kx::BookRow row(grid, columns, r);
+            switch (rng.bounded(5)) {
+            case 0:
+                row.setText(C::Explain, QStringLiteral("第%1轮改%2").arg(round).arg(step));
+                break;
+            case 1:
+                row.setText(C::Debit, QString::number(rng.bounded(100000) / 100.0, 'f', 2));
+                row.setText(C::Credit, QString());
+                break;
+            case 2: {
+                grid.insertRowAt(r);
+                const kx::BookRow fresh(grid, columns, r);
+                fresh.setText(C::JnlDate, kx::BookRow(grid, columns, r + 1).dateText());
+                fresh.setText(C::Explain, QStringLiteral("新增%1-%2").arg(round).arg(step));
+                fresh.setText(C::Credit, QStringLiteral("12.5"));
+                break;
+            }
+            case 3:
+                if (row.isDated() && r != open) {
+                    state.removedRecords << row.recId();
+                    grid.removeRowAt(r);
+                }
+                break;
+            default:
+                if (r + 1 < grid.rows() && kx::BookRow(grid, columns, r + 1).isDated())
+                    grid.moveRowTo(r, r + 1);
+            }
+        }
+        kx::BalanceCalculator(grid, state).calculate(grid.fixedRows());
+        const QStringList expected = stored(grid);
+        ASSERT_TRUE(save()) << "round " << round;
+
+        kx::GridModel reread;
+        kx::LedgerState rereadState;
+        load(reread, rereadState);
+        EXPECT_EQ(stored(reread), stored(grid)) << "round " << round;
+        EXPECT_EQ(stored(grid).size(), expected.size());
+        const int inDb = acc->Connection()
+                             .scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=?"), {docId}})
+                             .valueOr(QVariant())
+                             .toInt();
+        EXPECT_EQ(inDb, expected.size()) << "no record left over, none missing";
+    }
+}
+
+TEST_P(PartialSave, AnotherUsersChangeToAnUntouchedRowSurvives)
+{
+    const int mine = firstOpenRecord();
+    ASSERT_GT(mine, 0);
+    const C columns(grid);
+    int theirs = mine + 1;
+    while (!kx::BookRow(grid, columns, theirs).isDated() || kx::BookRow(grid, columns, theirs).isSummary())
+        ++theirs;
+    const int theirKey = kx::BookRow(grid, columns, theirs).recId();
+    kx::Database other = testDb->open();
+    ASSERT_TRUE(other.run({QStringLiteral("Update kxJournalRecs Set Explain=? Where RecID=?"),
+                           {QStringLiteral("别人改的"), theirKey}})
+                    .ok());
+
+    kx::BookRow(grid, columns, mine).setText(C::Explain, QStringLiteral("我改的"));
+    ASSERT_TRUE(save());
+    EXPECT_EQ(other.scalar({QStringLiteral("Select Explain From kxJournalRecs Where RecID=?"), {theirKey}})
+                  .valueOr(QVariant())
+                  .toString(),
+              QStringLiteral("别人改的"));
+
+    // A save with nothing changed writes nothing at all.
+    ASSERT_TRUE(other.run({QStringLiteral("Update kxJournalRecs Set Remark=? Where DocID=?"),
+                           {QStringLiteral("别人的备注"), docId}})
+                    .ok());
+    ASSERT_TRUE(save());
+    EXPECT_EQ(other.scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=? And Remark=?"),
+                            {docId, QStringLiteral("别人的备注")}})
+                  .valueOr(QVariant())
+                  .toInt(),
+              state.stored.count());
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, PartialSave, ::testing::Values(Engine::Sqlite, Engine::Postgres),
+                         [](const auto &info) { return kxtest::engineName(info.param); });
