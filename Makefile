@@ -7,7 +7,7 @@ BENCH_DIR ?= build/bench
 JOBS      ?= $(shell nproc)
 CMAKE_GEN := -G Ninja
 
-.PHONY: all deps demo test bench screenshot clean
+.PHONY: all deps demo test bench bench-pg screenshot clean
 
 all: demo
 
@@ -39,6 +39,13 @@ $(BENCH_DIR)/build.ninja: | deps
 bench: deps $(BENCH_DIR)/build.ninja
 	cmake --build $(BENCH_DIR) -j $(JOBS)
 	$(BENCH_DIR)/bench/kxjournal_bench $(ARGS)
+
+# The benchmarks again with a throw-away PostgreSQL server, stopped afterwards.
+bench-pg: deps $(BENCH_DIR)/build.ninja
+	cmake --build $(BENCH_DIR) -j $(JOBS)
+	tests/support/pg-cluster start build/bench-pg
+	KX_BENCH_PG_URL=$$(cat build/bench-pg/url) $(BENCH_DIR)/bench/kxjournal_bench $(ARGS); \
+	  rc=$$?; tests/support/pg-cluster stop build/bench-pg; exit $$rc
 
 clean:
 	rm -rf build

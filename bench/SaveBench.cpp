@@ -1,11 +1,14 @@
-// Saving a whole book with every row changed, next to a bare loop of
-// prepared statements through the sqlite3 C API writing the same rows.
+// Saving: a whole book with every row changed next to a bare loop of prepared
+// statements through the sqlite3 C API; one corrected explanation; one amount
+// that moves every balance below it; a book of new rows; and on PostgreSQL
+// the same beside the server's own set-based UPDATE and COPY.
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "data/JournalDefinition.h"
 #include "kxjournal/SampleBooks.h"
 #include "ledger/BookLoader.h"
 #include "ledger/BookSaver.h"
+#include "ledger/BalanceCalculator.h"
 
 #include <kxjournal/Database.h>
 #include <kxjournal/GridModel.h>
@@ -18,6 +21,7 @@
 #include <QFile>
 #include <QSqlDriver>
 #include <benchmark/benchmark.h>
+#include <libpq-fe.h>
 #include <memory>
 #include <sqlite3.h>
 #include <vector>
@@ -53,6 +57,11 @@ std::unique_ptr<Opened> openBook(const QString &url, int records, bool fresh)
     return o;
 }
 
+bool save(Opened &o)
+{
+    return kx::BookSaver(o.grid, o.book, kx::LedgerHost::none(), o.acc.get()).save(QStringLiteral("bench"), 1);
+}
+
 void touchEveryRow(Opened &o, int pass)
 {
     for (int r = o.grid.fixedRows(); r < o.grid.rows(); ++r)
@@ -85,7 +94,69 @@ void saveRepeatedly(benchmark::State &state, Opened *o)
         state.PauseTiming();
         touchEveryRow(*o, ++pass);
         state.ResumeTiming();
-        if (!kx::BookSaver(o->grid, o->book, kx::LedgerHost::none(), o->acc.get()).save(QStringLiteral("bench"), 1))
+        if (!save(*o))
+            state.SkipWithError("save failed");
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+// One corrected explanation in the middle of the book, saved.
+void saveOneExplanation(benchmark::State &state, Opened *o)
+{
+    if (!o) {
+        state.SkipWithError("no sample book");
+        return;
+    }
+    const int row = o->grid.rows() / 2;
+    int pass = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        o->grid.setText(row, QStringLiteral("Explain"), QStringLiteral("更正第%1次").arg(++pass));
+        o->book.dirty = true;
+        state.ResumeTiming();
+        if (!save(*o))
+            state.SkipWithError("save failed");
+    }
+}
+
+// A changed amount on the first record after the opening row: every balance below moves.
+void saveOneAmount(benchmark::State &state, Opened *o)
+{
+    if (!o) {
+        state.SkipWithError("no sample book");
+        return;
+    }
+    const int row = o->grid.fixedRows() + 1;
+    int pass = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        o->grid.setText(row, QStringLiteral("Debit"), QString::number(1000 + (++pass)));
+        o->grid.setText(row, QStringLiteral("Credit"), QString());
+        kx::BalanceCalculator(o->grid, o->book).calculate(o->grid.fixedRows());
+        o->book.dirty = true;
+        state.ResumeTiming();
+        if (!save(*o))
+            state.SkipWithError("save failed");
+    }
+}
+
+// Every row new (as after pasting a whole book): all of them inserted.
+void saveAllNew(benchmark::State &state, Opened *o)
+{
+    if (!o) {
+        state.SkipWithError("no sample book");
+        return;
+    }
+    const int key = o->grid.colIndex(QStringLiteral("RecID"));
+    for (auto _ : state) {
+        state.PauseTiming();
+        (void)o->acc->Connection().run({QStringLiteral("Delete From kxJournalRecs Where DocID=?"), {o->book.book.docId}});
+        for (int r = o->grid.fixedRows(); r < o->grid.rows(); ++r)
+            o->grid.setText(r, key, QString());
+        o->book.stored.clear();
+        o->book.dirty = true;
+        state.ResumeTiming();
+        if (!save(*o))
             state.SkipWithError("save failed");
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
@@ -95,6 +166,24 @@ void BM_Save(benchmark::State &state)
 {
     auto o = sqliteBook(int(state.range(0)));
     saveRepeatedly(state, o.get());
+}
+
+void BM_SaveOneExplanation(benchmark::State &state)
+{
+    auto o = sqliteBook(int(state.range(0)));
+    saveOneExplanation(state, o.get());
+}
+
+void BM_SaveOneAmountOnRow2(benchmark::State &state)
+{
+    auto o = sqliteBook(int(state.range(0)));
+    saveOneAmount(state, o.get());
+}
+
+void BM_SaveAllNew(benchmark::State &state)
+{
+    auto o = sqliteBook(int(state.range(0)));
+    saveAllNew(state, o.get());
 }
 
 // The same rows, already in the engine's own types, written by the plainest
@@ -148,25 +237,118 @@ void BM_SaveSqliteC(benchmark::State &state)
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-// On a PostgreSQL server named by KX_BENCH_PG_URL (tests/support/pg-cluster starts one).
-void BM_SavePostgres(benchmark::State &state)
+// On a PostgreSQL server named by KX_BENCH_PG_URL (make bench-pg starts one).
+std::unique_ptr<Opened> postgresBook(benchmark::State &state)
 {
     const QString url = qEnvironmentVariable("KX_BENCH_PG_URL");
     if (url.isEmpty()) {
-        state.SkipWithError("set KX_BENCH_PG_URL to measure PostgreSQL");
-        return;
+        state.SkipWithError("set KX_BENCH_PG_URL (make bench-pg) to measure PostgreSQL");
+        return nullptr;
     }
     {
         kx::Database admin = kx::Database::open(url);
-        admin.run({QStringLiteral("DROP SCHEMA IF EXISTS bench CASCADE"), {}});
-        admin.run({QStringLiteral("CREATE SCHEMA bench"), {}});
+        (void)admin.run({QStringLiteral("DROP SCHEMA IF EXISTS bench CASCADE"), {}});
+        (void)admin.run({QStringLiteral("CREATE SCHEMA bench"), {}});
     }
-    auto o = openBook(url + QStringLiteral("?schema=bench"), int(state.range(0)), true);
-    saveRepeatedly(state, o.get());
+    return openBook(url + QStringLiteral("?schema=bench"), int(state.range(0)), true);
+}
+
+void BM_SavePostgres(benchmark::State &state)
+{
+    auto o = postgresBook(state);
+    if (o)
+        saveRepeatedly(state, o.get());
+}
+
+void BM_SaveOneExplanationPostgres(benchmark::State &state)
+{
+    auto o = postgresBook(state);
+    if (o)
+        saveOneExplanation(state, o.get());
+}
+
+void BM_SaveOneAmountOnRow2Postgres(benchmark::State &state)
+{
+    auto o = postgresBook(state);
+    if (o)
+        saveOneAmount(state, o.get());
+}
+
+void BM_SaveAllNewPostgres(benchmark::State &state)
+{
+    auto o = postgresBook(state);
+    if (o)
+        saveAllNew(state, o.get());
+}
+
+// The server's own floor for the same rows: a set-based UPDATE … FROM a copy
+// that is already on the server, and a COPY … FROM a file it reads itself.
+void BM_PostgresServerUpdate(benchmark::State &state)
+{
+    auto o = postgresBook(state);
+    if (!o)
+        return;
+    const kx::Database &db = o->acc->Connection();
+    (void)db.run({QStringLiteral("CREATE TABLE copy_src AS SELECT * FROM kxJournalRecs"), {}});
+    int pass = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        (void)db.run({QStringLiteral("UPDATE copy_src SET Remark='第%1遍'").arg(++pass), {}});
+        state.ResumeTiming();
+        (void)db.run({QStringLiteral("UPDATE kxJournalRecs AS r SET JnlDate=s.JnlDate, JnlNo=s.JnlNo, AccID=s.AccID, "
+                                     "Explain=s.Explain, Debit=s.Debit, Credit=s.Credit, Rate=s.Rate, Forex=s.Forex, "
+                                     "balance=s.balance, fxBalance=s.fxBalance, Field1=s.Field1, Field2=s.Field2, "
+                                     "Field3=s.Field3, Field4=s.Field4, Flag=s.Flag, Remark=s.Remark, Tag=s.Tag, "
+                                     "DirID=s.DirID, Row=s.Row, DocID=s.DocID FROM copy_src AS s "
+                                     "WHERE r.RecID=s.RecID"),
+                      {}});
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+// The bare pipe: the same rows, already in COPY's text form, sent with libpq
+// into a table of the same shape.
+void BM_PostgresServerCopy(benchmark::State &state)
+{
+    auto o = postgresBook(state);
+    if (!o)
+        return;
+    const kx::Database &db = o->acc->Connection();
+    (void)db.run({QStringLiteral("CREATE TABLE copy_dst AS SELECT * FROM kxJournalRecs WITH NO DATA"), {}});
+    PGconn *conn = *static_cast<PGconn *const *>(db.handle().driver()->handle().constData());
+    QByteArray rows;
+    PQclear(PQexec(conn, "COPY kxJournalRecs TO STDOUT"));
+    char *line = nullptr;
+    int n = 0;
+    while ((n = PQgetCopyData(conn, &line, 0)) > 0) {
+        rows.append(line, n);
+        PQfreemem(line);
+    }
+    while (PGresult *r = PQgetResult(conn))
+        PQclear(r);
+    for (auto _ : state) {
+        state.PauseTiming();
+        PQclear(PQexec(conn, "TRUNCATE copy_dst"));
+        state.ResumeTiming();
+        PQclear(PQexec(conn, "COPY copy_dst FROM STDIN"));
+        PQputCopyData(conn, rows.constData(), int(rows.size()));
+        PQputCopyEnd(conn, nullptr);
+        while (PGresult *r = PQgetResult(conn))
+            PQclear(r);
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
 } // namespace
 
 BENCHMARK(BM_SaveSqliteC)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Save)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_SavePostgres)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(2);
+BENCHMARK(BM_SaveOneExplanation)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_SaveOneAmountOnRow2)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_SaveAllNew)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_PostgresServerUpdate)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_PostgresServerCopy)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_SavePostgres)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_SaveOneExplanationPostgres)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(10);
+BENCHMARK(BM_SaveOneAmountOnRow2Postgres)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_SaveAllNewPostgres)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(3);
