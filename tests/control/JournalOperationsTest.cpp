@@ -4,7 +4,6 @@
 #include "support/TestDatabase.h"
 
 #include <kxjournal/Journal.h>
-#include <kxjournal/SampleBooks.h>
 #include <kxjournal/SqlAccContext.h>
 
 #include <QAction>
@@ -23,18 +22,10 @@ protected:
     {
         testDb = std::make_unique<kxtest::TestDatabase>(kxtest::Engine::Sqlite);
         kx::Database db = testDb->open();
-        kx::SampleOptions options;
-        options.records = 300;
-        options.books = 2;
-        options.year = 2025;
-        ASSERT_TRUE(kx::SampleBooks::create(db, options).ok());
-        const auto bookId = [&db](const char *code) {
-            return db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QLatin1String(code)}})
-                .valueOr(QVariant())
-                .toInt();
-        };
-        bookA = bookId("020101");
-        bookB = bookId("01");
+        bookA = kxtest::fillSampleBooks(db, 300, 2);
+        bookB = db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("01")}})
+                    .valueOr(QVariant())
+                    .toInt();
         ASSERT_GT(bookA, 0);
         ASSERT_GT(bookB, 0);
         acc = new kx::SqlAccContext(testDb->open());

@@ -14,7 +14,6 @@
 #include "ledger/SummaryRows.h"
 
 #include <kxjournal/GridModel.h>
-#include <kxjournal/SampleBooks.h>
 #include <kxjournal/SqlAccContext.h>
 
 #include <QAbstractItemModelTester>
@@ -41,17 +40,9 @@ protected:
     {
         testDb = std::make_unique<kxtest::TestDatabase>(GetParam());
         kx::Database db = testDb->open();
-        kx::SampleOptions options;
-        options.records = 120;
-        options.books = 1;
-        options.year = 2025;
-        ASSERT_TRUE(kx::SampleBooks::create(db, options).ok());
-        acc = std::make_unique<kx::SqlAccContext>(testDb->open());
-        docId = acc->Connection()
-                    .scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("020101")}})
-                    .valueOr(QVariant())
-                    .toInt();
+        docId = kxtest::fillSampleBooks(db, 120, 1);
         ASSERT_GT(docId, 0);
+        acc = std::make_unique<kx::SqlAccContext>(testDb->open());
     }
 
     // A grid with the book loaded, watched by the model tester.

@@ -1,5 +1,7 @@
 #include "support/TestDatabase.h"
 
+#include <kxjournal/SampleBooks.h>
+
 #include <QAtomicInt>
 #include <QCoreApplication>
 #include <QDir>
@@ -91,6 +93,17 @@ TestDatabase::~TestDatabase()
 kx::Database TestDatabase::open() const
 {
     return kx::Database::open(m_url);
+}
+
+int fillSampleBooks(kx::Database &db, int records, int books, const QString &code)
+{
+    kx::SampleOptions options;
+    options.records = records;
+    options.books = books;
+    options.year = 2025;
+    if (!kx::SampleBooks::create(db, options).ok())
+        return 0;
+    return db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {code}}).valueOr(QVariant()).toInt();
 }
 
 } // namespace kxtest

@@ -35,6 +35,11 @@ private:
     std::unique_ptr<QTemporaryDir> m_dir;
 };
 
+/// Fills \a db with sample books (\a records records over \a books bottom
+/// books, all in 2025) and returns the id of the book with code \a code
+/// (0 when that failed).
+int fillSampleBooks(kx::Database &db, int records, int books, const QString &code = QStringLiteral("020101"));
+
 /// The URL of the PostgreSQL test server: from KX_TEST_PG_URL, from the
 /// cluster started by ctest (KX_TEST_PG_STATE/url), or from a cluster this
 /// process starts and stops itself.
