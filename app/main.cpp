@@ -3,6 +3,7 @@
 #include <kxjournal/SampleBooks.h>
 
 #include <kxjournal/Database.h>
+#include <kxjournal/GridView.h>
 #include <kxjournal/Journal.h>
 #include <kxjournal/SqlAccContext.h>
 
@@ -10,6 +11,8 @@
 #include <QCommandLineParser>
 #include <QDate>
 #include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
 #include <QTimer>
@@ -50,7 +53,55 @@ int runSample(const QString &url, int records, int books)
     return 0;
 }
 
-int runDemo(QCoreApplication &app, const QString &url, const QString &screenshot, const QString &book, bool packed)
+// Resident memory of this process in bytes (0 where /proc is not there).
+qint64 residentBytes()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray &line : status.readAll().split('\n'))
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).trimmed().split(' ').value(0).toLongLong() * 1024;
+    return 0;
+}
+
+// Reports, once, how long the first frame of the grid took from start, and
+// the memory the process holds then; quits when asked to.
+class FirstFrameProbe : public QObject
+{
+public:
+    FirstFrameProbe(const QElapsedTimer &clock, QWidget *watched, bool quit)
+        : QObject(watched), m_clock(clock), m_quit(quit)
+    {
+        watched->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint && !m_done) {
+            m_done = true;
+            // Measured once the paint that is starting now has been done.
+            QTimer::singleShot(0, this, [this] {
+                std::printf("kxjournal: first frame after %lld ms, %lld MB resident\n",
+                            static_cast<long long>(m_clock.elapsed()),
+                            static_cast<long long>(residentBytes() / (1024 * 1024)));
+                std::fflush(stdout);
+                if (m_quit)
+                    QCoreApplication::quit();
+            });
+        }
+        return false;
+    }
+
+private:
+    const QElapsedTimer &m_clock;
+    bool m_quit;
+    bool m_done = false;
+};
+
+int runDemo(QCoreApplication &app, const QString &url, const QString &screenshot, const QString &book, bool packed,
+            const QElapsedTimer &clock, bool firstFrame)
 {
     const bool fresh = isNewSqliteFile(url);
     kx::Database db = kx::Database::open(url);
@@ -76,6 +127,9 @@ int runDemo(QCoreApplication &app, const QString &url, const QString &screenshot
     window.show();
     window.journal()->setIsPackedJnl(packed);
     window.openBook(book);
+    // Installed after the load: the frame that counts is the first one with the book in it.
+    if (firstFrame)
+        new FirstFrameProbe(clock, window.journal()->gridView()->viewport(), true);
     if (screenshot.isEmpty())
         return app.exec();
     int rc = 1;
@@ -96,6 +150,8 @@ int runDemo(QCoreApplication &app, const QString &url, const QString &screenshot
 
 int main(int argc, char **argv)
 {
+    QElapsedTimer clock;
+    clock.start();
     // The command-line tool needs no screen; only the demo builds widgets.
     bool tool = false;
     for (int i = 1; i < argc; ++i)
@@ -120,7 +176,9 @@ int main(int argc, char **argv)
     const QCommandLineOption book(QStringLiteral("book"), QStringLiteral("Code of the book to open (demo)."),
                                   QStringLiteral("CODE"), QStringLiteral("020101"));
     const QCommandLineOption packed(QStringLiteral("packed"), QStringLiteral("Open the book consolidated (demo)."));
-    parser.addOptions({dbOption, screenshot, records, books, book, packed});
+    const QCommandLineOption firstFrame(QStringLiteral("first-frame"),
+                                        QStringLiteral("Print the time to the grid's first frame and the memory held, then quit (demo)."));
+    parser.addOptions({dbOption, screenshot, records, books, book, packed, firstFrame});
     parser.process(app);
     const QStringList args = parser.positionalArguments();
     const QString command = args.isEmpty() ? QStringLiteral("demo") : args.first();
@@ -133,7 +191,8 @@ int main(int argc, char **argv)
     }
     if (command == QLatin1String("demo")) {
         const QString url = parser.isSet(dbOption) ? parser.value(dbOption) : defaultDatabaseUrl();
-        return runDemo(app, url, parser.value(screenshot), parser.value(book), parser.isSet(packed));
+        return runDemo(app, url, parser.value(screenshot), parser.value(book), parser.isSet(packed), clock,
+                       parser.isSet(firstFrame));
     }
     std::fprintf(stderr, "kxjournal: unknown command '%s'\n", qPrintable(command));
     return 2;
