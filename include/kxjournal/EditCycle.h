@@ -72,7 +72,7 @@ public:
     /// Tells handlers that the ellipsis button of the editor was pressed.
     void clickButton();
 
-signals:
+Q_SIGNALS:
     /// An edit of (row, col) is about to start; set \a cancel to refuse it.
     void beforeEdit(int row, int col, bool &cancel);
     /// A key was typed in the editor; set \a keyCode to 0 to swallow it or

@@ -312,7 +312,7 @@ public:
     /// The edit cycle of this grid (owned by the grid).
     EditCycle *editCycle() const { return m_editCycle; }
 
-signals:
+Q_SIGNALS:
     /// The cursor is about to leave (\a row, \a col).
     void leaveCell(int row, int col);
     /// The cursor moved to (\a row, \a col).

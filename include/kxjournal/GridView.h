@@ -67,7 +67,7 @@ public:
     /// Re-reads every column's width and hidden flag from the model.
     void syncCols();
 
-signals:
+Q_SIGNALS:
     /// A mouse button went down over the grid (buttons 1 left, 2 right,
     /// 4 middle; shift 1 Shift, 2 Ctrl, 4 Alt; x, y in pixels of the viewport).
     void mouseDown(int button, int shift, float x, float y);

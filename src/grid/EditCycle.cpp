@@ -23,7 +23,7 @@ bool EditCycle::begin(int row, int col)
     // Marked as editing before the event so a handler sees editRow()/editCol().
     m_editing = true;
     bool cancel = false;
-    emit beforeEdit(row, col, cancel);
+    Q_EMIT beforeEdit(row, col, cancel);
     if (cancel) {
         m_editing = false;
         return false;
@@ -35,7 +35,7 @@ int EditCycle::keyPress(int keyCode)
 {
     if (!m_editing)
         return keyCode;
-    emit keyPressEdit(m_row, m_col, keyCode);
+    Q_EMIT keyPressEdit(m_row, m_col, keyCode);
     return keyCode;
 }
 
@@ -45,7 +45,7 @@ bool EditCycle::validate(const QString &text)
         return false;
     m_editText = text;
     bool cancel = false;
-    emit validateEdit(m_row, m_col, cancel);
+    Q_EMIT validateEdit(m_row, m_col, cancel);
     return !cancel;
 }
 
@@ -64,7 +64,7 @@ void EditCycle::finish()
     m_editing = false;
     if (m_stored) {
         m_stored = false;
-        emit afterEdit(m_row, m_col);
+        Q_EMIT afterEdit(m_row, m_col);
     }
 }
 
@@ -90,7 +90,7 @@ bool EditCycle::editCell(int row, int col, const QString &text)
 void EditCycle::clickButton()
 {
     if (m_editing)
-        emit cellButtonClick(m_row, m_col);
+        Q_EMIT cellButtonClick(m_row, m_col);
 }
 
 } // namespace kx

@@ -505,13 +505,13 @@ void GridModel::setRedraw(bool on)
     if (!on)
         return;
     if (rows() > m_fixedRows && cols() > m_fixedCols)
-        emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+        Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
     if (cols() > m_fixedCols)
-        emit headerDataChanged(Qt::Horizontal, 0, columnCount() - 1);
+        Q_EMIT headerDataChanged(Qt::Horizontal, 0, columnCount() - 1);
     if (rows() > m_fixedRows)
-        emit headerDataChanged(Qt::Vertical, 0, rowCount() - 1);
-    emit rowLayoutChanged(-1);
-    emit colLayoutChanged(-1);
+        Q_EMIT headerDataChanged(Qt::Vertical, 0, rowCount() - 1);
+    Q_EMIT rowLayoutChanged(-1);
+    Q_EMIT colLayoutChanged(-1);
 }
 
 void GridModel::notifyCells(int r1, int c1, int r2, int c2)
@@ -520,29 +520,29 @@ void GridModel::notifyCells(int r1, int c1, int r2, int c2)
         return;
     if (r1 < m_fixedRows || c1 < m_fixedCols) {
         if (r1 < m_fixedRows && cols() > m_fixedCols)
-            emit headerDataChanged(Qt::Horizontal, std::max(c1 - m_fixedCols, 0),
+            Q_EMIT headerDataChanged(Qt::Horizontal, std::max(c1 - m_fixedCols, 0),
                                    std::max(c2 - m_fixedCols, 0));
         if (c1 < m_fixedCols && rows() > m_fixedRows)
-            emit headerDataChanged(Qt::Vertical, std::max(r1 - m_fixedRows, 0), std::max(r2 - m_fixedRows, 0));
+            Q_EMIT headerDataChanged(Qt::Vertical, std::max(r1 - m_fixedRows, 0), std::max(r2 - m_fixedRows, 0));
     }
     r1 = std::max(r1, m_fixedRows);
     c1 = std::max(c1, m_fixedCols);
     r2 = std::min(r2, rows() - 1);
     c2 = std::min(c2, cols() - 1);
     if (r1 <= r2 && c1 <= c2)
-        emit dataChanged(indexAt(r1, c1), indexAt(r2, c2));
+        Q_EMIT dataChanged(indexAt(r1, c1), indexAt(r2, c2));
 }
 
 void GridModel::notifyRowLayout(int row)
 {
     if (m_redraw)
-        emit rowLayoutChanged(row);
+        Q_EMIT rowLayoutChanged(row);
 }
 
 void GridModel::notifyColLayout(int col)
 {
     if (m_redraw)
-        emit colLayoutChanged(col);
+        Q_EMIT colLayoutChanged(col);
 }
 
 void GridModel::clampCursor()
@@ -560,7 +560,7 @@ void GridModel::clampCursor()
         m_selCol1 = m_selCol2 = m_cursorCol;
     }
     if (oldRow != m_cursorRow || oldCol != m_cursorCol)
-        emit cursorChanged(m_cursorRow, m_cursorCol);
+        Q_EMIT cursorChanged(m_cursorRow, m_cursorCol);
 }
 
 void GridModel::setCursor(int row, int col)
@@ -569,16 +569,16 @@ void GridModel::setCursor(int row, int col)
         return;
     const bool moved = row != m_cursorRow || col != m_cursorCol;
     if (moved)
-        emit leaveCell(m_cursorRow, m_cursorCol);
+        Q_EMIT leaveCell(m_cursorRow, m_cursorCol);
     m_cursorRow = row;
     m_cursorCol = col;
     const bool selMoved = m_selRow1 != row || m_selRow2 != row || m_selCol1 != col || m_selCol2 != col;
     m_selRow1 = m_selRow2 = row;
     m_selCol1 = m_selCol2 = col;
     if (moved)
-        emit cursorChanged(row, col);
+        Q_EMIT cursorChanged(row, col);
     if (selMoved)
-        emit selectionBlockChanged();
+        Q_EMIT selectionBlockChanged();
 }
 
 void GridModel::selection(int &r1, int &c1, int &r2, int &c2) const
@@ -605,7 +605,7 @@ void GridModel::setSelectionBlock(int r1, int c1, int r2, int c2)
     m_selCol1 = c1;
     m_selRow2 = r2;
     m_selCol2 = c2;
-    emit selectionBlockChanged();
+    Q_EMIT selectionBlockChanged();
 }
 
 } // namespace kx

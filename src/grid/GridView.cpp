@@ -267,7 +267,7 @@ void GridView::mousePressEvent(QMouseEvent *event)
 {
     const QPoint pos = event->position().toPoint();
     trackMouse(pos);
-    emit mouseDown(buttonCode(event->button()), shiftCode(event->modifiers()), float(pos.x()), float(pos.y()));
+    Q_EMIT mouseDown(buttonCode(event->button()), shiftCode(event->modifiers()), float(pos.x()), float(pos.y()));
     QTableView::mousePressEvent(event);
 }
 
@@ -275,7 +275,7 @@ void GridView::mouseMoveEvent(QMouseEvent *event)
 {
     const QPoint pos = event->position().toPoint();
     trackMouse(pos);
-    emit mouseMove(buttonCode(event->buttons()), shiftCode(event->modifiers()), float(pos.x()), float(pos.y()));
+    Q_EMIT mouseMove(buttonCode(event->buttons()), shiftCode(event->modifiers()), float(pos.x()), float(pos.y()));
     QTableView::mouseMoveEvent(event);
 }
 
@@ -284,7 +284,7 @@ void GridView::mouseReleaseEvent(QMouseEvent *event)
     QTableView::mouseReleaseEvent(event);
     const QPoint pos = event->position().toPoint();
     trackMouse(pos);
-    emit mouseUp(buttonCode(event->button()), shiftCode(event->modifiers()), float(pos.x()), float(pos.y()));
+    Q_EMIT mouseUp(buttonCode(event->button()), shiftCode(event->modifiers()), float(pos.x()), float(pos.y()));
 }
 
 void GridView::onSectionMoved(int, int oldVisual, int newVisual)
