@@ -47,6 +47,7 @@ struct GridRow {
     int outline = 0;
     bool hidden = false;
     bool subtotal = false;
+    bool touched = true;  ///< a cell changed since the rows were last marked clean
 };
 
 /// One grid column's settings.
@@ -232,6 +233,15 @@ public:
     int rowHeightMax() const { return m_rowHeightMax; }
     /// Sets the largest row height.
     void setRowHeightMax(int height);
+    /// True when a cell of \a row changed (or the row is new) since the rows
+    /// were last marked clean; rows filled by loadArray() start clean.
+    bool isRowTouched(int row) const;
+    /// Marks \a row touched.
+    void markRowTouched(int row);
+    /// True when rows were inserted, removed or moved since the rows were last marked clean.
+    bool rowsShiftedSinceClean() const { return m_rowsShifted; }
+    /// Marks every row clean (what the grid shows is what was stored).
+    void markRowsClean();
     /// Inserts an empty row before grid row \a row (rows() appends).
     void insertRowAt(int row);
     /// Removes grid row \a row (a data row).
@@ -357,6 +367,7 @@ private:
     bool m_fontSet = false;
     bool m_redraw = true;
     bool m_editable = true;
+    bool m_rowsShifted = true;
     EditCycle *m_editCycle = nullptr;
 };
 

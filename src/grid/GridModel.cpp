@@ -181,6 +181,7 @@ void GridModel::setRows(int n)
     const int old = rows();
     if (n == old)
         return;
+    m_rowsShifted = true;
     if (n > old) {
         beginInsertRows({}, old - m_fixedRows, n - m_fixedRows - 1);
         m_rows.resize(std::size_t(n));
@@ -274,6 +275,7 @@ void GridModel::setText(int row, int col, const QString &text)
     if (cell == text)
         return;
     cell = text;
+    m_rows[std::size_t(row)].touched = true;
     notifyCells(row, col, row, col);
 }
 
@@ -320,6 +322,7 @@ void GridModel::setCellData(int row, int col, const QVariant &value)
     if (extra->data.empty())
         extra->data.resize(m_cols.size());
     extra->data[std::size_t(col)] = value;
+    m_rows[std::size_t(row)].touched = true;
 }
 
 QVariant GridModel::rowData(int row) const
@@ -403,8 +406,27 @@ void GridModel::setRowHeightMax(int height)
     notifyRowLayout(-1);
 }
 
+bool GridModel::isRowTouched(int row) const
+{
+    return row >= 0 && row < rows() && m_rows[std::size_t(row)].touched;
+}
+
+void GridModel::markRowTouched(int row)
+{
+    if (row >= 0 && row < rows())
+        m_rows[std::size_t(row)].touched = true;
+}
+
+void GridModel::markRowsClean()
+{
+    for (auto &r : m_rows)
+        r.touched = false;
+    m_rowsShifted = false;
+}
+
 void GridModel::insertRowAt(int row)
 {
+    m_rowsShifted = true;
     row = std::clamp(row, m_fixedRows, rows());
     beginInsertRows({}, row - m_fixedRows, row - m_fixedRows);
     m_rows.emplace(m_rows.begin() + row);
@@ -417,6 +439,7 @@ void GridModel::insertRowAt(int row)
 
 void GridModel::removeRowAt(int row)
 {
+    m_rowsShifted = true;
     if (!isDataRow(row))
         return;
     beginRemoveRows({}, row - m_fixedRows, row - m_fixedRows);
@@ -429,6 +452,7 @@ void GridModel::removeRowAt(int row)
 
 void GridModel::moveRowTo(int from, int to)
 {
+    m_rowsShifted = true;
     if (!isDataRow(from) || !isDataRow(to) || from == to)
         return;
     // Qt counts the destination before the move; the grid counts it after.
@@ -466,6 +490,7 @@ void GridModel::loadArray(CellArray array, int firstRow, int firstCol)
     firstCol = firstCol < 0 ? m_fixedCols : firstCol;
     firstRow = std::min(firstRow, rows());
     beginResetModel();
+    m_rowsShifted = true;
     if (firstCol + array.cols() > cols()) {
         m_cols.resize(std::size_t(firstCol + array.cols()));
         for (auto &r : m_rows)
@@ -477,6 +502,7 @@ void GridModel::loadArray(CellArray array, int firstRow, int firstCol)
     std::vector<QString> taken;
     for (int r = 0; r < array.rows(); ++r) {
         GridRow &row = m_rows[std::size_t(firstRow + r)];
+        row.touched = false;
         if (firstCol == 0 && array.cols() == cols()) {
             array.takeRow(r, row.cells);
         } else {

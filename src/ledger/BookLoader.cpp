@@ -103,6 +103,11 @@ BookLoader::Outcome BookLoader::load(int docId)
         ColumnModel::define(m_grid, m_state);
     }
     ColumnModel::applyFormats(m_grid, m_state);
+    // Dressing wrote labels and locks; from here on a touched row is one whose
+    // values differ from the stored ones (or that was never stored, or is not
+    // stored at its place in the grid).
+    m_grid.markRowsClean();
+    markUnstoredRows();
     m_host.progress(-1);
     return outcome;
 }
@@ -135,6 +140,16 @@ void BookLoader::rememberStored()
         const RecordValues rec = StoredRecords::recordOf(row, int(row.number(JournalColumns::DocID)),
                                                          int(row.number(JournalColumns::Row)), r == first);
         m_state.stored.remember(rec.recId, rec);
+    }
+}
+
+void BookLoader::markUnstoredRows()
+{
+    const JournalColumns columns(m_grid);
+    for (int r = m_grid.fixedRows(); r < m_grid.rows(); ++r) {
+        const BookRow row(m_grid, columns, r);
+        if (row.recId() <= 0 || row.number(JournalColumns::Row) != r)
+            m_grid.markRowTouched(r);
     }
 }
 

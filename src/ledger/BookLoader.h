@@ -30,6 +30,7 @@ public:
 private:
     void fillEmptyBook();
     void rememberStored();
+    void markUnstoredRows();
     void mergeMonths();
     void dressRows();
     void labelRows();

@@ -38,6 +38,20 @@ qint64 BookRow::number(JournalColumns::Column column) const
     const QString &t = text(column);
     if (t.isEmpty())
         return 0;
+    // Whole numbers are most of what these cells hold: read them straight off.
+    if (t.size() <= 18) {
+        const bool negative = t.front() == QLatin1Char('-');
+        qint64 n = 0;
+        qsizetype i = negative ? 1 : 0;
+        for (; i < t.size(); ++i) {
+            const char16_t c = t.at(i).unicode();
+            if (c < u'0' || c > u'9')
+                break;
+            n = n * 10 + (c - u'0');
+        }
+        if (i == t.size() && i > (negative ? 1 : 0))
+            return negative ? -n : n;
+    }
     bool ok = false;
     const qint64 n = t.toLongLong(&ok);
     if (ok)

@@ -43,6 +43,15 @@ bool BookSaver::save(const QString &caption, int instance)
     return true;
 }
 
+bool BookSaver::anyDatedAfter(int row) const
+{
+    const JournalColumns columns(m_grid);
+    for (int r = row + 1; r < m_grid.rows(); ++r)
+        if (BookRow::of(m_grid, columns, r).isDated())
+            return true;
+    return false;
+}
+
 Result<void> BookSaver::writeRecords()
 {
     if (!m_acc)
@@ -67,19 +76,24 @@ Result<void> BookSaver::writeRecords()
     // Only what differs from what the database holds is written: new rows,
     // changed ones, and rows whose place (the stored Row) moved.
     std::vector<RecordValues> records;
-    int dated = 0;
     int reported = -1;
+    const bool shifted = m_grid.rowsShiftedSinceClean();
     for (int r = first; r <= last; ++r) {
         const int percent = int(std::round(double(r) / rows * 100.0));
         if (percent != reported) {
             reported = percent;
             m_host.progress(percent);
         }
+        // A row nobody touched, still at the place it is stored at, is what the
+        // database holds (a load or save leaves every other row touched).
+        if (!m_grid.isRowTouched(r) && !shifted)
+            continue;
         const BookRow row(m_grid, columns, r);
+        if (!m_grid.isRowTouched(r) && row.number(JournalColumns::Row) == r && row.recId() > 0)
+            continue;
         // Rows without a date are never stored: blank rows and the empty row at the bottom.
         if (!row.isDated())
             continue;
-        ++dated;
         RecordValues rec = StoredRecords::recordOf(row, m_state.book.docId, r, r == first);
         if (rec.recId <= 0 || !m_state.stored.holds(rec))
             records.push_back(std::move(rec));
@@ -103,8 +117,8 @@ Result<void> BookSaver::writeRecords()
     // A book that holds nothing but an empty opening row keeps no records at all.
     bool emptied = false;
     const int openingRow = last >= first ? first : -1;
-    if (dated == 1 && BookRow::of(m_grid, columns, openingRow).isDated() &&
-        BookRow::of(m_grid, columns, openingRow).balance().isZero()) {
+    if (openingRow >= 0 && BookRow::of(m_grid, columns, openingRow).isDated() &&
+        BookRow::of(m_grid, columns, openingRow).balance().isZero() && !anyDatedAfter(openingRow)) {
         const Result<QVariant> stored = db.scalar(db.dialect().countRecords(m_state.book.docId));
         if (!stored.ok())
             return Error(stored.error());
@@ -144,6 +158,7 @@ Result<void> BookSaver::writeRecords()
         m_state.stored.clear();
     }
     m_state.removedRecords.clear();
+    m_grid.markRowsClean();
     m_host.progress(-1);
     return {};
 }

@@ -30,6 +30,7 @@ public:
 
 private:
     Result<void> writeRecords();
+    bool anyDatedAfter(int row) const;
 
     GridModel &m_grid;
     LedgerState &m_state;
