@@ -122,12 +122,14 @@ bool Journal::IsBottomClass() const { return d->state.book.isBottomClass; }
 
 int Journal::AccID(int Row) const
 {
-    return BookRow::of(*d->grid, JournalColumns(*d->grid), d->rowOr(Row)).accId();
+    const JournalColumns columns(*d->grid);
+    return BookRow::of(*d->grid, columns, d->rowOr(Row)).accId();
 }
 
 void Journal::setAccID(int value, int Row)
 {
-    BookRow(*d->grid, JournalColumns(*d->grid), d->rowOr(Row)).setText(JournalColumns::AccID, QString::number(value));
+    const JournalColumns columns(*d->grid);
+    BookRow(*d->grid, columns, d->rowOr(Row)).setText(JournalColumns::AccID, QString::number(value));
     d->state.book.accId = value;
 }
 
@@ -207,7 +209,8 @@ bool Journal::IsLastSumRow() const
     const int row = d->grid->row();
     if (row != d->state.lastSumRow || row + 1 >= d->grid->rows())
         return false;
-    return !BookRow::of(*d->grid, JournalColumns(*d->grid), row + 1).date().isValid();
+    const JournalColumns columns(*d->grid);
+    return !BookRow::of(*d->grid, columns, row + 1).date().isValid();
 }
 
 int Journal::DocID() const { return d->state.book.docId; }
@@ -272,7 +275,8 @@ void Journal::ApplyExplainTemplate(const QString &rTemplate)
 
 QDate Journal::JnlDate() const
 {
-    return BookRow::of(*d->grid, JournalColumns(*d->grid), d->grid->row()).date();
+    const JournalColumns columns(*d->grid);
+    return BookRow::of(*d->grid, columns, d->grid->row()).date();
 }
 
 void Journal::setJnlDate(const QDate &value)
@@ -280,7 +284,8 @@ void Journal::setJnlDate(const QDate &value)
     const int row = d->grid->row();
     if (!d->grid->isDataRow(row))
         return;
-    const BookRow line(*d->grid, JournalColumns(*d->grid), row);
+    const JournalColumns columns(*d->grid);
+    const BookRow line(*d->grid, columns, row);
     line.setText(JournalColumns::JnlDate, value.toString(Qt::ISODate));
     line.setText(JournalColumns::ShowName,
                  BookRow::dateLabel(value, d->grid->isSubtotal(row) ? BookRow::Label::Summary : BookRow::Label::Record));

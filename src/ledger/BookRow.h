@@ -27,11 +27,15 @@ public:
         : m_grid(&grid), m_columns(&columns), m_row(row)
     {
     }
+    /// The handle keeps the column places by reference: they must outlive it.
+    BookRow(GridModel &grid, const JournalColumns &&columns, int row) = delete;
     /// A read-only handle on a row of a grid the caller may not change.
     static const BookRow of(const GridModel &grid, const JournalColumns &columns, int row)
     {
         return BookRow(const_cast<GridModel &>(grid), columns, row);
     }
+    /// The handle keeps the column places by reference: they must outlive it.
+    static const BookRow of(const GridModel &grid, const JournalColumns &&columns, int row) = delete;
 
     /// The grid row.
     int index() const { return m_row; }

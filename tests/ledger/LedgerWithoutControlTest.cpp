@@ -81,7 +81,8 @@ TEST_P(LedgerWithoutControl, LoadEditSumAndSaveOnABareGrid)
     ASSERT_TRUE(kx::SummaryRows(grid, state, host).insert(record));
     EXPECT_EQ(host.dirty, 1);
     EXPECT_EQ(state.lastSumRow, record + 1);
-    EXPECT_TRUE(kx::BookRow(grid, kx::JournalColumns(grid), record + 1).isSummary());
+    const kx::JournalColumns after(grid);
+    EXPECT_TRUE(kx::BookRow(grid, after, record + 1).isSummary());
 
     state.dirty = true;
     ASSERT_TRUE(kx::BookSaver(grid, state, host, acc.get()).save(QStringLiteral("测试"), 1)) << host.messages.join(QLatin1Char('\n')).toStdString();
