@@ -32,7 +32,7 @@ QString replaceFirst(QString text, const QString &placeholder, const QString &va
 
 void defineColumn(GridModel &grid, int pos, JournalColumns::Column which)
 {
-    const JournalColumns::Spec &column = JournalColumns::spec(which);
+    const JournalColumns::Layout &column = JournalColumns::layout(which);
     const QString &key = JournalColumns::key(which);
     int at = grid.colIndex(key);
     if (pos < grid.fixedCols()) {

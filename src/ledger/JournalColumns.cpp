@@ -11,7 +11,7 @@ constexpr Qt::Alignment Centre = Qt::AlignCenter;
 constexpr Qt::Alignment Right = Qt::AlignRight | Qt::AlignVCenter;
 constexpr Qt::Alignment ByType = {};
 
-const JournalColumns::Spec Specs[JournalColumns::Count] = {
+const JournalColumns::Layout Layouts[JournalColumns::Count] = {
     {"SeqNo", "", GridModel::TypeLong, Left, false, "", 255},
     {"ShowName", "日期", GridModel::TypeString, Left, false, "", 1545},
     {"JnlDate", "日期", GridModel::TypeString, Left, true, "yyyy年MM月dd日", 1545},
@@ -49,7 +49,7 @@ struct Keys {
     Keys()
     {
         for (int c = 0; c < JournalColumns::Count; ++c) {
-            keys[std::size_t(c)] = QString::fromLatin1(Specs[c].key);
+            keys[std::size_t(c)] = QString::fromLatin1(Layouts[c].key);
             byKey.insert(keys[std::size_t(c)], JournalColumns::Column(c));
         }
     }
@@ -68,9 +68,9 @@ const QString &JournalColumns::key(Column column)
     return keys().keys[std::size_t(column)];
 }
 
-const JournalColumns::Spec &JournalColumns::spec(Column column)
+const JournalColumns::Layout &JournalColumns::layout(Column column)
 {
-    return Specs[column];
+    return Layouts[column];
 }
 
 JournalColumns::Column JournalColumns::fromKey(const QString &key)

@@ -25,7 +25,7 @@ public:
     };
 
     /// How a column is laid down by default.
-    struct Spec {
+    struct Layout {
         const char *key;
         const char *header;
         GridModel::DataType type;
@@ -38,7 +38,7 @@ public:
     /// The key of \a column ("Debit").
     static const QString &key(Column column);
     /// The default layout of \a column.
-    static const Spec &spec(Column column);
+    static const Layout &layout(Column column);
     /// The column keyed \a key, or Count when the journal has no such column.
     static Column fromKey(const QString &key);
     /// A key list of \a columns: "|Debit|Credit|".
