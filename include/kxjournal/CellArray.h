@@ -1,39 +1,63 @@
 #pragma once
 
+#include "kxjournal/Currency.h"
+#include "kxjournal/kxjournal_export.h"
+
+#include <QDate>
 #include <QString>
-#include <vector>
+#include <memory>
 
 namespace kx {
 
-/// A rectangular block of cell texts, row-major: the form in which a whole
-/// result set is handed to GridModel::loadArray() in one call.
-class CellArray
+class CellArrayData;
+
+/// A rectangular block of cells, row-major: the form in which a whole result
+/// set is handed to GridModel::loadArray() in one call. Cells are kept typed
+/// (numbers, amounts, days, pooled texts) exactly as the grid keeps them, so
+/// the grid takes the block over without converting a cell.
+class KXJOURNAL_EXPORT CellArray
 {
 public:
     /// An empty array.
-    CellArray() = default;
-    /// An array of \a rows × \a cols empty texts.
+    CellArray();
+    /// An array of \a rows × \a cols empty cells.
     CellArray(int rows, int cols);
+    /// A deep copy.
+    CellArray(const CellArray &other);
+    /// A deep copy.
+    CellArray &operator=(const CellArray &other);
+    /// Takes \a other's cells; \a other is left empty.
+    CellArray(CellArray &&other) noexcept;
+    /// Takes \a other's cells; \a other is left empty.
+    CellArray &operator=(CellArray &&other) noexcept;
+    ~CellArray();
 
     /// Number of rows.
-    int rows() const { return m_rows; }
+    int rows() const;
     /// Number of columns.
-    int cols() const { return m_cols; }
-    /// The text at (\a row, \a col); both zero-based and in range.
-    const QString &at(int row, int col) const { return m_cells[std::size_t(row) * std::size_t(m_cols) + std::size_t(col)]; }
-    /// Writable text at (\a row, \a col).
-    QString &at(int row, int col) { return m_cells[std::size_t(row) * std::size_t(m_cols) + std::size_t(col)]; }
-    /// Appends one row of empty texts and returns its index.
+    int cols() const;
+    /// The text of a cell (zero-based, in range), as written.
+    QString text(int row, int col) const;
+    /// Writes a cell's text.
+    void setText(int row, int col, const QString &text);
+    /// Writes a whole number.
+    void setNumber(int row, int col, qint64 value);
+    /// Writes an amount in its plain text form ("1250.5").
+    void setAmount(int row, int col, Currency value);
+    /// Writes a day (an invalid date empties the cell).
+    void setDate(int row, int col, const QDate &date);
+    /// Writes UTF-8 text; each distinct text of a column is decoded once.
+    void setUtf8(int row, int col, const char *bytes, int size);
+    /// Appends one row of empty cells and returns its index.
     int appendRow();
     /// Reserves room for \a rows rows.
     void reserveRows(int rows);
-    /// Moves row \a row's texts out into \a out (which gets cols() entries).
-    void takeRow(int row, std::vector<QString> &out);
+
+    /// The block's storage (for the grid that takes it over).
+    CellArrayData &data() { return *d; }
 
 private:
-    int m_rows = 0;
-    int m_cols = 0;
-    std::vector<QString> m_cells;
+    std::unique_ptr<CellArrayData> d;
 };
 
 } // namespace kx

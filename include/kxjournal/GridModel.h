@@ -2,72 +2,33 @@
 
 #include "kxjournal/CellArray.h"
 #include "kxjournal/Currency.h"
+#include "kxjournal/kxjournal_export.h"
 
 #include <QAbstractTableModel>
+#include <QItemSelectionModel>
 #include <QColor>
 #include <QFont>
-#include <QHash>
 #include <QStringList>
 #include <QVariant>
 #include <memory>
-#include <vector>
 
 namespace kx {
 
 class EditCycle;
 
-namespace detail {
-
-/// Per-cell look, kept only for cells that have one. Colours are stored as
-/// QRgb with a flag so that a style costs a dozen bytes, not a QColor pair.
-struct CellStyle {
-    QRgb fore = 0;
-    QRgb back = 0;
-    quint16 fontIndex = 0;  ///< 0 = the grid's font; else index + 1 into the font-name table
-    quint16 align = 0;      ///< 0 = the column's alignment
-    quint8 flags = 0;       ///< HasFore | HasBack | HasBold | Bold
-    enum : quint8 { HasFore = 1, HasBack = 2, HasBold = 4, Bold = 8 };
-    bool isEmpty() const { return flags == 0 && fontIndex == 0 && align == 0; }
-};
-
-/// What a row carries beyond its texts, allocated on first use.
-struct RowExtra {
-    std::vector<CellStyle> styles;  ///< empty, or one per column
-    std::vector<QVariant> data;     ///< empty, or one per column
-};
-
-/// One grid row.
-struct GridRow {
-    std::vector<QString> cells;
-    QVariant data;
-    std::unique_ptr<RowExtra> extra;
-    QRgb fore = 0;    ///< text colour of the row's data cells without their own
-    bool hasFore = false;
-    int height = -1;  ///< -1 = the default height
-    int outline = 0;
-    bool hidden = false;
-    bool subtotal = false;
-    bool touched = true;  ///< a cell changed since the rows were last marked clean
-};
-
-/// One grid column's settings.
-struct GridColumn {
-    QString key;
-    QString format;
-    QString comboList;
-    quint16 dataFont = 0;  ///< font of the data cells: 0 = the grid's, else index + 1 into the font-name table
-    int width = -1;  ///< -1 = the default width
-    int dataType = 0;
-    int align = 0;   ///< Qt::Alignment bits; 0 = by data type
-    bool hidden = false;
-};
-
-} // namespace detail
+class GridModelPrivate;
 
 /// The spreadsheet-like grid behind the journal: rows and columns with one
 /// fixed header row and one fixed column, keyed columns, cell texts with
 /// per-cell looks and hidden data, per-row marks, a cursor and a selected
 /// block, and an edit cycle (editCycle()).
+///
+/// A Qt model over three parts: a typed cell store (numbers, amounts and
+/// days kept as values, repeated texts kept once; display text is made when
+/// a cell is shown), the looks, and the column settings. Every cell still
+/// reads back as exactly the text written to it. The cursor and the
+/// selection live in one QItemSelectionModel (selectionModel()) that views
+/// share, so code without a view sees what the user selected.
 ///
 /// Grid coordinates count the fixed row and column: row 0 is the header row,
 /// column 0 the row-selector column, and data starts at (fixedRows(),
@@ -77,7 +38,7 @@ struct GridColumn {
 /// While redraw() is off no per-cell change signals are sent; switching it on
 /// sends one refresh for the whole grid. Structural changes (rows inserted,
 /// removed or moved) are always signalled, as item views require.
-class GridModel : public QAbstractTableModel
+class KXJOURNAL_EXPORT GridModel : public QAbstractTableModel
 {
     Q_OBJECT
 public:
@@ -111,29 +72,29 @@ public:
     Qt::ItemFlags flags(const QModelIndex &index) const override;
 
     /// Grid row of a model index row.
-    int gridRow(const QModelIndex &index) const { return index.row() + m_fixedRows; }
+    int gridRow(const QModelIndex &index) const { return index.row() + fixedRows(); }
     /// Grid column of a model index column.
-    int gridCol(const QModelIndex &index) const { return index.column() + m_fixedCols; }
+    int gridCol(const QModelIndex &index) const { return index.column() + fixedCols(); }
     /// The model index of a grid cell (invalid for fixed cells).
     QModelIndex indexAt(int row, int col) const;
 
     // ---- size ----
     /// Row count, the fixed row included.
-    int rows() const { return int(m_rows.size()); }
+    int rows() const;
     /// Column count, the fixed column included.
-    int cols() const { return int(m_cols.size()); }
+    int cols() const;
     /// Number of fixed rows (1).
-    int fixedRows() const { return m_fixedRows; }
+    int fixedRows() const;
     /// Number of fixed columns (1).
-    int fixedCols() const { return m_fixedCols; }
+    int fixedCols() const;
     /// Sets the row count (never below fixedRows()); new rows are empty.
     void setRows(int n);
     /// Sets the column count (never below fixedCols()); new columns are empty.
     void setCols(int n);
     /// True when \a row is a data row (fixedRows() <= row < rows()).
-    bool isDataRow(int row) const { return row >= m_fixedRows && row < rows(); }
+    bool isDataRow(int row) const { return row >= fixedRows() && row < rows(); }
     /// True when \a col is a data column.
-    bool isDataCol(int col) const { return col >= m_fixedCols && col < cols(); }
+    bool isDataCol(int col) const { return col >= fixedCols() && col < cols(); }
 
     // ---- keys ----
     /// The column whose key is \a key (exact, else case-insensitive), or -1.
@@ -146,9 +107,6 @@ public:
     // ---- cells ----
     /// Cell text; empty outside the grid.
     QString text(int row, int col) const;
-    /// Cell text without a copy, for passes over many rows; valid until the
-    /// cell or the grid's shape changes. Empty outside the grid.
-    const QString &textRef(int row, int col) const;
     /// Cell text of the column keyed \a key.
     QString text(int row, const QString &key) const { return text(row, colIndex(key)); }
     /// Writes a cell text (ignored outside the grid).
@@ -160,10 +118,24 @@ public:
     double value(int row, int col) const;
     /// value() of the column keyed \a key.
     double value(int row, const QString &key) const { return value(row, colIndex(key)); }
-    /// The cell's text as an amount; zero for empty or non-numeric text.
+    /// The cell's text as an amount; zero for empty or non-numeric text; of
+    /// a two-line text, the first line.
     Currency amount(int row, int col) const;
     /// amount() of the column keyed \a key.
     Currency amount(int row, const QString &key) const { return amount(row, colIndex(key)); }
+    /// Writes an amount in its plain text form ("1250.5", "0", "-0.01").
+    void setAmount(int row, int col, Currency value);
+    /// The cell as a whole number: 0 for empty or non-numeric text; an
+    /// amount's whole part.
+    qint64 number(int row, int col) const;
+    /// Writes a whole number.
+    void setNumber(int row, int col, qint64 value);
+    /// The cell's day when it holds a real day as yyyy-MM-dd; else invalid.
+    QDate date(int row, int col) const;
+    /// Writes a day as yyyy-MM-dd (an invalid date empties the cell).
+    void setDate(int row, int col, const QDate &date);
+    /// True when the cell holds no text.
+    bool isEmpty(int row, int col) const;
     /// Hidden cell data.
     QVariant cellData(int row, int col) const;
     /// Sets hidden cell data.
@@ -222,24 +194,27 @@ public:
     /// Sets the height of a row; -1 returns it to the default height.
     void setRowHeight(int row, int height);
     /// The height rows have by default.
-    int defaultRowHeight() const { return m_defaultRowHeight; }
+    int defaultRowHeight() const;
     /// Sets the default row height.
     void setDefaultRowHeight(int height);
     /// Smallest row height (0 = no limit).
-    int rowHeightMin() const { return m_rowHeightMin; }
+    int rowHeightMin() const;
     /// Sets the smallest row height.
     void setRowHeightMin(int height);
     /// Largest row height (0 = no limit).
-    int rowHeightMax() const { return m_rowHeightMax; }
+    int rowHeightMax() const;
     /// Sets the largest row height.
     void setRowHeightMax(int height);
+    /// True when no row has a height of its own and none is hidden: a view
+    /// then lays every row out at the default height without asking each.
+    bool uniformRows() const;
     /// True when a cell of \a row changed (or the row is new) since the rows
     /// were last marked clean; rows filled by loadArray() start clean.
     bool isRowTouched(int row) const;
     /// Marks \a row touched.
     void markRowTouched(int row);
     /// True when rows were inserted, removed or moved since the rows were last marked clean.
-    bool rowsShiftedSinceClean() const { return m_rowsShifted; }
+    bool rowsShiftedSinceClean() const;
     /// Marks every row clean (what the grid shows is what was stored).
     void markRowsClean();
     /// Inserts an empty row before grid row \a row (rows() appends).
@@ -290,40 +265,44 @@ public:
 
     // ---- cursor and selection (grid coordinates) ----
     /// Cursor row (-1 when there are no data rows).
-    int row() const { return m_cursorRow; }
+    int row() const;
     /// Cursor column.
-    int col() const { return m_cursorCol; }
+    int col() const;
     /// Moves the cursor; the selection becomes the cursor cell.
     void setCursor(int row, int col);
     /// The selected block, normalised (r1 <= r2, c1 <= c2).
     void selection(int &r1, int &c1, int &r2, int &c2) const;
     /// Selects a block; the cursor goes to (r1, c1).
     void select(int r1, int c1, int r2, int c2);
-    /// Sets the selected block without moving the cursor (the view's own selection).
-    void setSelectionBlock(int r1, int c1, int r2, int c2);
+    /// The one selection model of this grid: its current index is the
+    /// cursor and its selection the selected block. Views share it.
+    QItemSelectionModel *selectionModel() const;
 
     // ---- state ----
     /// The busy tag: the running operation's name; empty when idle.
-    QString tag() const { return m_tag; }
+    QString tag() const;
     /// Sets the busy tag.
-    void setTag(const QString &tag) { m_tag = tag; }
+    void setTag(const QString &tag);
     /// Whether change signals are sent.
-    bool redraw() const { return m_redraw; }
+    bool redraw() const;
     /// Switches change signals off, or on again with one refresh of everything.
     void setRedraw(bool on);
     /// Whether cells may be edited at all.
-    bool editable() const { return m_editable; }
+    bool editable() const;
     /// Allows or forbids editing.
-    void setEditable(bool on) { m_editable = on; }
+    void setEditable(bool on);
     /// The grid's font.
-    QFont font() const { return m_font; }
+    QFont font() const;
     /// Sets the grid's font.
     void setFont(const QFont &font);
     /// The edit cycle of this grid (owned by the grid).
-    EditCycle *editCycle() const { return m_editCycle; }
+    EditCycle *editCycle() const;
+    /// Bytes the cells, marks and pooled texts take beyond the texts'
+    /// characters (for measurements).
+    std::size_t storeBytes() const;
 
 Q_SIGNALS:
-    /// The cursor is about to leave (\a row, \a col).
+    /// The cursor left (\a row, \a col); sent before cursorChanged().
     void leaveCell(int row, int col);
     /// The cursor moved to (\a row, \a col).
     void cursorChanged(int row, int col);
@@ -335,40 +314,15 @@ Q_SIGNALS:
     void colLayoutChanged(int col);
 
 private:
-    bool isCell(int row, int col) const { return row >= 0 && row < rows() && col >= 0 && col < cols(); }
     void notifyCells(int r1, int c1, int r2, int c2);
     void notifyRowLayout(int row);
     void notifyColLayout(int col);
-    void clampCursor();
-    detail::CellStyle *styleFor(int row, int col);
-    const detail::CellStyle *styleAt(int row, int col) const;
+    void restoreCursor(int row, int col);
     template <typename Fn> void forRange(int r1, int c1, int r2, int c2, Fn fn);
     QVariant displayText(int row, int col) const;
     QVariant fontFor(int row, int col) const;
-    quint16 fontIndexOf(const QString &family);
-    void resizeRowCells(detail::GridRow &row) const;
-    void rebuildKeyIndex() const;
 
-    std::vector<detail::GridRow> m_rows;
-    std::vector<detail::GridColumn> m_cols;
-    QStringList m_fontNames;
-    mutable QHash<QString, int> m_keyIndex;
-    mutable bool m_keyIndexValid = false;
-    int m_fixedRows = 1;
-    int m_fixedCols = 1;
-    int m_cursorRow = -1;
-    int m_cursorCol = 1;
-    int m_selRow1 = -1, m_selCol1 = 1, m_selRow2 = -1, m_selCol2 = 1;
-    int m_defaultRowHeight = 22;
-    int m_rowHeightMin = 0;
-    int m_rowHeightMax = 0;
-    QString m_tag;
-    QFont m_font;
-    bool m_fontSet = false;
-    bool m_redraw = true;
-    bool m_editable = true;
-    bool m_rowsShifted = true;
-    EditCycle *m_editCycle = nullptr;
+    std::unique_ptr<GridModelPrivate> d;
 };
 
 } // namespace kx

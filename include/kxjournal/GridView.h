@@ -80,8 +80,6 @@ protected:
     bool edit(const QModelIndex &index, EditTrigger trigger, QEvent *event) override;
     void commitData(QWidget *editor) override;
     void closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint) override;
-    void currentChanged(const QModelIndex &current, const QModelIndex &previous) override;
-    void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
@@ -89,8 +87,6 @@ protected:
 private:
     void syncRow(int row);
     void syncCol(int col);
-    void syncCursorFromModel();
-    void syncSelectionFromModel();
     void onSectionMoved(int logical, int oldVisual, int newVisual);
     void trackMouse(const QPoint &pos);
     void applyLook();

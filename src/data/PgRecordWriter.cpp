@@ -72,7 +72,7 @@ void appendValue(const FieldValue &v, QByteArray &out)
         out += Currency::fromRaw(v.number).toString().toLatin1();
         return;
     case FieldValue::Text:
-        appendText(*v.text, out);
+        appendText(v.text, out);
         return;
     }
 }

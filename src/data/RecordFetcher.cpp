@@ -6,6 +6,7 @@
 #include <QHash>
 #include <QSqlDriver>
 #include <QSqlRecord>
+#include <algorithm>
 #include <cmath>
 #include <sqlite3.h>
 #include <vector>
@@ -14,14 +15,14 @@ namespace kx {
 
 namespace {
 
-// A stored double amount in plain currency text. Amounts carry at most four
-// decimals, so scaling and rounding to the nearest ten-thousandth is exact
-// well inside the range a double holds them in.
-QString amountText(double d)
+// A stored double amount. Amounts carry at most four decimals, so scaling
+// and rounding to the nearest ten-thousandth is exact well inside the range
+// a double holds them in.
+Currency amountOf(double d)
 {
     if (std::fabs(d) < 1e14)
-        return Currency::fromRaw(std::llround(d * double(Currency::Scale))).toString();
-    return Currency::fromDouble(d).valueOr(Currency()).toString();
+        return Currency::fromRaw(std::llround(d * double(Currency::Scale)));
+    return Currency::fromDouble(d).valueOr(Currency::invalid());
 }
 
 std::vector<bool> amountMask(const QStringList &names, const QStringList &amountFields)
@@ -31,55 +32,6 @@ std::vector<bool> amountMask(const QStringList &names, const QStringList &amount
         mask[std::size_t(i)] = amountFields.contains(names.at(i), Qt::CaseInsensitive);
     return mask;
 }
-
-// Integers as text in one allocation; 0, the commonest, shares one string.
-QString integerText(qint64 v)
-{
-    static const QString zero = QStringLiteral("0");
-    if (v == 0)
-        return zero;
-    char16_t buf[24];
-    char16_t *end = buf + 24;
-    char16_t *p = end;
-    quint64 mag = v < 0 ? quint64(-v) : quint64(v);
-    do {
-        *--p = char16_t(u'0' + mag % 10);
-        mag /= 10;
-    } while (mag != 0);
-    if (v < 0)
-        *--p = u'-';
-    return QString(reinterpret_cast<const QChar *>(p), int(end - p));
-}
-
-// Journal texts repeat: account and book names, directions, dates, common
-// explanations. Handing out one shared copy per distinct text saves both the
-// decoding and the memory of a copy per row. Each column keeps at most a few
-// thousand texts, so a column of unique texts costs little.
-class TextPool
-{
-public:
-    const QString &get(int col, const char *bytes, int size)
-    {
-        if (size == 0)
-            return m_empty;
-        auto &pool = m_pools[std::size_t(col)];
-        const QByteArray key = QByteArray::fromRawData(bytes, size);
-        auto it = pool.find(key);
-        if (it != pool.end())
-            return it.value();
-        m_scratch = QString::fromUtf8(bytes, size);
-        if (pool.size() < Cap)
-            return *pool.insert(QByteArray(bytes, size), m_scratch);
-        return m_scratch;
-    }
-    explicit TextPool(int cols) : m_pools(std::size_t(cols)) {}
-
-private:
-    static constexpr int Cap = 4096;
-    std::vector<QHash<QByteArray, QString>> m_pools;
-    QString m_empty;
-    QString m_scratch;
-};
 
 sqlite3 *sqliteHandle(const Database &db)
 {
@@ -94,15 +46,16 @@ sqlite3 *sqliteHandle(const Database &db)
 } // namespace
 
 Result<FetchedRows> RecordFetcher::fetch(const Database &db, const SqlStatement &statement,
-                                         const QStringList &amountFields, int expectedRows)
+                                         const QStringList &amountFields, int expectedRows, int leadingCols)
 {
+    leadingCols = std::max(leadingCols, 0);
     if (sqlite3 *h = sqliteHandle(db))
-        return fetchSqlite(h, statement, amountFields, expectedRows);
-    return fetchQt(db, statement, amountFields);
+        return fetchSqlite(h, statement, amountFields, expectedRows, leadingCols);
+    return fetchQt(db, statement, amountFields, leadingCols);
 }
 
 Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement &statement,
-                                               const QStringList &amountFields, int expectedRows)
+                                               const QStringList &amountFields, int expectedRows, int leadingCols)
 {
     auto *db = static_cast<sqlite3 *>(handle);
     sqlite3_stmt *stmt = nullptr;
@@ -124,30 +77,35 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
     for (int c = 0; c < n; ++c)
         out.fieldNames << QString::fromUtf8(sqlite3_column_name(stmt, c));
     const std::vector<bool> isAmount = amountMask(out.fieldNames, amountFields);
-    out.cells = CellArray(0, n);
+    out.cells = CellArray(0, leadingCols + n);
     out.cells.reserveRows(expectedRows);
-    TextPool pool(n);
+    CellArray &cells = out.cells;
     int rc;
     while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
-        const int r = out.cells.appendRow();
+        const int r = cells.appendRow();
         for (int c = 0; c < n; ++c) {
-            QString &cell = out.cells.at(r, c);
+            const int at = leadingCols + c;
             switch (sqlite3_column_type(stmt, c)) {
             case SQLITE_NULL:
                 break;
             case SQLITE_INTEGER:
-                cell = integerText(sqlite3_column_int64(stmt, c));
+                cells.setNumber(r, at, sqlite3_column_int64(stmt, c));
                 break;
             case SQLITE_FLOAT: {
                 const double d = sqlite3_column_double(stmt, c);
-                cell = isAmount[std::size_t(c)] ? amountText(d) : SqlValue::text(d);
+                if (isAmount[std::size_t(c)])
+                    cells.setAmount(r, at, amountOf(d));
+                else
+                    cells.setText(r, at, SqlValue::text(d));
                 break;
             }
             default: {
                 const auto *p = reinterpret_cast<const char *>(sqlite3_column_text(stmt, c));
-                cell = pool.get(c, p, sqlite3_column_bytes(stmt, c));
-                if (isAmount[std::size_t(c)] && !cell.isEmpty())
-                    cell = Currency::fromText(cell).valueOr(Currency()).toString();
+                const int size = sqlite3_column_bytes(stmt, c);
+                if (isAmount[std::size_t(c)] && size > 0)
+                    cells.setAmount(r, at, Currency::fromText(QString::fromUtf8(p, size)).valueOr(Currency()));
+                else
+                    cells.setUtf8(r, at, p, size);
                 break;
             }
             }
@@ -161,7 +119,7 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
 }
 
 Result<FetchedRows> RecordFetcher::fetchQt(const Database &db, const SqlStatement &statement,
-                                           const QStringList &amountFields)
+                                           const QStringList &amountFields, int leadingCols)
 {
     Result<QSqlQuery> r = db.exec(statement, true);
     if (!r.ok())
@@ -173,15 +131,30 @@ Result<FetchedRows> RecordFetcher::fetchQt(const Database &db, const SqlStatemen
     for (int c = 0; c < n; ++c)
         out.fieldNames << rec.fieldName(c);
     const std::vector<bool> isAmount = amountMask(out.fieldNames, amountFields);
-    out.cells = CellArray(0, n);
+    out.cells = CellArray(0, leadingCols + n);
     while (q.next()) {
         const int row = out.cells.appendRow();
         for (int c = 0; c < n; ++c) {
             const QVariant v = q.value(c);
-            if (isAmount[std::size_t(c)])
-                out.cells.at(row, c) = v.isNull() ? QString() : SqlValue::amount(v).toString();
-            else
-                out.cells.at(row, c) = SqlValue::text(v);
+            const int at = leadingCols + c;
+            if (v.isNull())
+                continue;
+            if (isAmount[std::size_t(c)]) {
+                out.cells.setAmount(row, at, SqlValue::amount(v));
+                continue;
+            }
+            switch (v.typeId()) {
+            case QMetaType::Int:
+            case QMetaType::LongLong:
+            case QMetaType::Short:
+                out.cells.setNumber(row, at, v.toLongLong());
+                break;
+            case QMetaType::QDate:
+                out.cells.setDate(row, at, v.toDate());
+                break;
+            default:
+                out.cells.setText(row, at, SqlValue::text(v));
+            }
         }
     }
     return Result<FetchedRows>(std::move(out));

@@ -12,13 +12,14 @@ class Database;
 
 /// The rows of a query, all at once, as cell texts.
 struct FetchedRows {
-    CellArray cells;         ///< one row per record, one column per field
+    CellArray cells;         ///< one row per record: the leading columns, then one per field
     QStringList fieldNames;  ///< the result's field names, in order
 };
 
-/// Runs a query and takes every row at once into a CellArray, with values in
-/// the journal's text forms: dates yyyy-MM-dd, amounts in plain currency
-/// text, NULL as empty text.
+/// Runs a query and takes every row at once into a CellArray, typed: whole
+/// numbers, amounts (exact to four decimals), days, and pooled texts; NULL
+/// is an empty cell. Read as text, cells give the journal's forms: dates
+/// yyyy-MM-dd, amounts in plain currency text.
 ///
 /// On SQLite the rows are read straight from the engine with typed column
 /// reads (the same connection, no second copy of the data); other engines go
@@ -28,14 +29,16 @@ class RecordFetcher
 public:
     /// Runs \a statement on \a db; the fields named in \a amountFields are
     /// read as amounts. \a expectedRows, when known, sizes the array once.
+    /// Each row starts with \a leadingCols empty cells, so a grid with that
+    /// many fixed columns takes the rows over as they are.
     static Result<FetchedRows> fetch(const Database &db, const SqlStatement &statement,
-                                     const QStringList &amountFields, int expectedRows = 0);
+                                     const QStringList &amountFields, int expectedRows = 0, int leadingCols = 0);
 
 private:
     static Result<FetchedRows> fetchSqlite(void *handle, const SqlStatement &statement,
-                                           const QStringList &amountFields, int expectedRows);
+                                           const QStringList &amountFields, int expectedRows, int leadingCols);
     static Result<FetchedRows> fetchQt(const Database &db, const SqlStatement &statement,
-                                       const QStringList &amountFields);
+                                       const QStringList &amountFields, int leadingCols);
 };
 
 } // namespace kx

@@ -51,7 +51,7 @@ QVariant FieldValue::toVariant() const
 {
     switch (kind) {
     case Amount: return SqlValue::bindAmount(Currency::fromRaw(number));
-    case Text: return *text;
+    case Text: return text;
     case Number: break;
     }
     return QVariant::fromValue(number);

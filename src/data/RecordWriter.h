@@ -14,20 +14,20 @@ namespace kx {
 
 class Database;
 
-/// One value to store: a number, an amount, or a text that stays in the
-/// grid's cell (the grid does not change while a pass writes).
+/// One value to store: a number, an amount, or a text (shared with the
+/// grid's cell, not copied).
 struct FieldValue {
     enum Kind : quint8 { Number, Amount, Text };
     Kind kind = Number;
     qint64 number = 0;            ///< the number, or the amount's raw ten-thousandths
-    const QString *text = nullptr;
+    QString text;
 
     /// A whole number.
-    static FieldValue of(qint64 n) { return {Number, n, nullptr}; }
+    static FieldValue of(qint64 n) { return {Number, n, {}}; }
     /// An amount.
-    static FieldValue of(Currency a) { return {Amount, a.raw(), nullptr}; }
-    /// A text held elsewhere for the length of the pass.
-    static FieldValue of(const QString &t) { return {Text, 0, &t}; }
+    static FieldValue of(Currency a) { return {Amount, a.raw(), {}}; }
+    /// A text.
+    static FieldValue of(const QString &t) { return {Text, 0, t}; }
     /// The value for a bound parameter: amounts as their exact plain text.
     QVariant toVariant() const;
 };

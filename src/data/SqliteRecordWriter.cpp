@@ -41,7 +41,7 @@ Result<void> SqliteRecordWriter::bindAll(sqlite3_stmt *stmt, const RecordValues 
     qsizetype room = 0;
     for (RecordField f : order)
         if (const FieldValue &v = record[f]; v.kind == FieldValue::Text)
-            room += v.text->size() * 3;
+            room += v.text.size() * 3;
     if (m_utf8.size() < room)
         m_utf8.resize(room);
     QStringEncoder encoder(QStringEncoder::Utf8);
@@ -61,7 +61,7 @@ Result<void> SqliteRecordWriter::bindAll(sqlite3_stmt *stmt, const RecordValues 
             break;
         case FieldValue::Text: {
             char *start = out;
-            out = encoder.appendToBuffer(out, *v.text);
+            out = encoder.appendToBuffer(out, v.text);
             rc = sqlite3_bind_text(stmt, i, start, int(out - start), SQLITE_STATIC);
             break;
         }

@@ -1,31 +1,163 @@
 #include "kxjournal/CellArray.h"
 
-#include <iterator>
+#include "grid/CellArrayData.h"
+
+#include <algorithm>
 
 namespace kx {
 
-CellArray::CellArray(int rows, int cols)
-    : m_rows(rows < 0 ? 0 : rows), m_cols(cols < 0 ? 0 : cols),
-      m_cells(std::size_t(m_rows) * std::size_t(m_cols))
+CellArrayData::CellArrayData(int rowCount, int colCount) : cols(std::max(colCount, 0))
 {
+    rows.resize(std::size_t(std::max(rowCount, 0)));
+    for (auto &row : rows)
+        row = std::make_unique<Cell[]>(std::size_t(cols));
+}
+
+CellArrayData::CellArrayData(const CellArrayData &other) : cols(other.cols)
+{
+    rows.reserve(other.rows.size());
+    for (const auto &src : other.rows) {
+        rows.push_back(std::make_unique<Cell[]>(std::size_t(cols)));
+        for (int c = 0; c < cols; ++c) {
+            const Cell cell = src[std::size_t(c)];
+            rows.back()[std::size_t(c)] =
+                cell.kind() == Cell::Text ? Cell::text(pool.intern(other.pool.text(std::uint32_t(cell.payload())))) : cell;
+        }
+    }
+}
+
+void CellArrayData::clearCell(Cell &cell)
+{
+    if (cell.kind() == Cell::Text)
+        pool.release(std::uint32_t(cell.payload()));
+    cell = Cell();
+}
+
+void CellArrayData::put(int row, int col, Cell cell)
+{
+    Cell &slot = rows[std::size_t(row)][std::size_t(col)];
+    clearCell(slot);
+    slot = cell;
+}
+
+Utf8Interner &CellArrayData::interner()
+{
+    if (!m_interner)
+        m_interner = std::make_unique<Utf8Interner>(pool, cols);
+    return *m_interner;
+}
+
+CellArray::CellArray() : d(std::make_unique<CellArrayData>(0, 0)) {}
+
+CellArray::CellArray(int rows, int cols) : d(std::make_unique<CellArrayData>(rows, cols)) {}
+
+CellArray::CellArray(const CellArray &other) : d(std::make_unique<CellArrayData>(*other.d)) {}
+
+CellArray &CellArray::operator=(const CellArray &other)
+{
+    if (this != &other)
+        d = std::make_unique<CellArrayData>(*other.d);
+    return *this;
+}
+
+CellArray::CellArray(CellArray &&other) noexcept : d(std::move(other.d))
+{
+    other.d = std::make_unique<CellArrayData>(0, 0);
+}
+
+CellArray &CellArray::operator=(CellArray &&other) noexcept
+{
+    if (this != &other) {
+        d = std::move(other.d);
+        other.d = std::make_unique<CellArrayData>(0, 0);
+    }
+    return *this;
+}
+
+CellArray::~CellArray() = default;
+
+int CellArray::rows() const
+{
+    return int(d->rows.size());
+}
+
+int CellArray::cols() const
+{
+    return d->cols;
+}
+
+QString CellArray::text(int row, int col) const
+{
+    const Cell cell = d->rows[std::size_t(row)][std::size_t(col)];
+    return cell.kind() == Cell::Text ? d->pool.text(std::uint32_t(cell.payload())) : cell.typedText();
+}
+
+void CellArray::setText(int row, int col, const QString &text)
+{
+    bool isText = false;
+    const Cell cell = Cell::classify(text, isText);
+    d->put(row, col, isText ? Cell::text(d->pool.intern(text)) : cell);
+}
+
+void CellArray::setNumber(int row, int col, qint64 value)
+{
+    if (value < Cell::Limit && value > -Cell::Limit)
+        d->put(row, col, Cell::number(value));
+    else
+        setText(row, col, QString::number(value));
+}
+
+void CellArray::setAmount(int row, int col, Currency value)
+{
+    bool fits = false;
+    const Cell cell = Cell::amount(value, &fits);
+    if (fits)
+        d->put(row, col, cell);
+    else
+        setText(row, col, value.toString());
+}
+
+void CellArray::setDate(int row, int col, const QDate &date)
+{
+    d->put(row, col, Cell::day(date));
+}
+
+void CellArray::setUtf8(int row, int col, const char *bytes, int size)
+{
+    if (size <= 0) {
+        d->put(row, col, Cell());
+        return;
+    }
+    // Digits, dates and amounts keep their typed form, read without a heap
+    // copy; other texts are pooled.
+    const char c0 = bytes[0];
+    if (((c0 >= '0' && c0 <= '9') || c0 == '-') && size <= 32) {
+        char16_t wide[32];
+        bool ascii = true;
+        for (int i = 0; i < size; ++i) {
+            ascii = ascii && (static_cast<unsigned char>(bytes[i]) < 0x80);
+            wide[i] = char16_t(static_cast<unsigned char>(bytes[i]));
+        }
+        bool isText = true;
+        const Cell cell = ascii ? Cell::classify(QStringView(wide, size), isText) : Cell();
+        if (!isText) {
+            d->put(row, col, cell);
+            return;
+        }
+    }
+    d->put(row, col, Cell::text(d->interner().intern(col, bytes, size)));
 }
 
 int CellArray::appendRow()
 {
-    m_cells.resize(m_cells.size() + std::size_t(m_cols));
-    return m_rows++;
+    d->rows.push_back(std::make_unique<Cell[]>(std::size_t(d->cols)));
+    return int(d->rows.size()) - 1;
 }
 
 void CellArray::reserveRows(int rows)
 {
     if (rows > 0)
-        m_cells.reserve(std::size_t(rows) * std::size_t(m_cols));
-}
-
-void CellArray::takeRow(int row, std::vector<QString> &out)
-{
-    const auto first = m_cells.begin() + std::ptrdiff_t(row) * m_cols;
-    out.assign(std::make_move_iterator(first), std::make_move_iterator(first + m_cols));
+        d->rows.reserve(std::size_t(rows));
 }
 
 } // namespace kx

@@ -1,14 +1,12 @@
 #include "kxjournal/GridModel.h"
 
+#include "grid/GridModelPrivate.h"
 #include "kxjournal/EditCycle.h"
 
 #include <QDate>
 #include <algorithm>
 
 namespace kx {
-
-using detail::GridColumn;
-using detail::GridRow;
 
 namespace {
 
@@ -17,43 +15,67 @@ bool isNumericType(int type)
     return type == GridModel::TypeLong || type == GridModel::TypeDouble || type == GridModel::TypeCurrency;
 }
 
-// Amounts in cells are plain text; a formatted copy ("1,234.50") or a two-line
-// total reads by its first line.
-QStringView firstLine(const QString &text)
-{
-    const int nl = int(text.indexOf(QLatin1Char('\n')));
-    return nl < 0 ? QStringView(text) : QStringView(text).left(nl);
-}
-
 } // namespace
 
-GridModel::GridModel(QObject *parent)
-    : QAbstractTableModel(parent), m_editCycle(new EditCycle(this))
+GridModel::GridModel(QObject *parent) : QAbstractTableModel(parent), d(std::make_unique<GridModelPrivate>())
 {
-    m_rows.resize(std::size_t(m_fixedRows));
-    m_cols.resize(std::size_t(m_fixedCols));
-    for (auto &r : m_rows)
-        resizeRowCells(r);
+    d->resizeCols(d->fixedCols);
+    d->resizeRows(d->fixedRows);
+    d->editCycle = new EditCycle(this);
+    d->selection = new QItemSelectionModel(this, this);
+    connect(d->selection, &QItemSelectionModel::currentChanged, this,
+            [this](const QModelIndex &current, const QModelIndex &previous) {
+                if (previous.isValid() && previous != current)
+                    Q_EMIT leaveCell(gridRow(previous), gridCol(previous));
+                if (current.isValid())
+                    d->lastCol = gridCol(current);
+                Q_EMIT cursorChanged(row(), col());
+            });
+    connect(d->selection, &QItemSelectionModel::selectionChanged, this, [this] { Q_EMIT selectionBlockChanged(); });
 }
 
-GridModel::~GridModel() = default;
+GridModel::~GridModel()
+{
+    // The selection model and the edit cycle are children; they go before d.
+    delete d->selection;
+    delete d->editCycle;
+}
 
 int GridModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : rows() - m_fixedRows;
+    return parent.isValid() ? 0 : rows() - d->fixedRows;
 }
 
 int GridModel::columnCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : cols() - m_fixedCols;
+    return parent.isValid() ? 0 : cols() - d->fixedCols;
 }
 
 QModelIndex GridModel::indexAt(int row, int col) const
 {
     if (!isDataRow(row) || !isDataCol(col))
         return {};
-    return index(row - m_fixedRows, col - m_fixedCols);
+    return index(row - d->fixedRows, col - d->fixedCols);
 }
+
+int GridModel::rows() const { return d->store.rows(); }
+int GridModel::cols() const { return d->store.cols(); }
+int GridModel::fixedRows() const { return d->fixedRows; }
+int GridModel::fixedCols() const { return d->fixedCols; }
+int GridModel::defaultRowHeight() const { return d->defaultRowHeight; }
+int GridModel::rowHeightMin() const { return d->rowHeightMin; }
+int GridModel::rowHeightMax() const { return d->rowHeightMax; }
+bool GridModel::rowsShiftedSinceClean() const { return d->rowsShifted; }
+QString GridModel::tag() const { return d->tag; }
+void GridModel::setTag(const QString &tag) { d->tag = tag; }
+bool GridModel::redraw() const { return d->redraw; }
+bool GridModel::editable() const { return d->editable; }
+void GridModel::setEditable(bool on) { d->editable = on; }
+QFont GridModel::font() const { return d->font; }
+EditCycle *GridModel::editCycle() const { return d->editCycle; }
+QItemSelectionModel *GridModel::selectionModel() const { return d->selection; }
+bool GridModel::uniformRows() const { return d->store.irregularRows() == 0; }
+std::size_t GridModel::storeBytes() const { return d->store.overheadBytes(); }
 
 QVariant GridModel::data(const QModelIndex &index, int role) const
 {
@@ -61,7 +83,7 @@ QVariant GridModel::data(const QModelIndex &index, int role) const
         return {};
     const int r = gridRow(index);
     const int c = gridCol(index);
-    if (!isCell(r, c))
+    if (!d->isCell(r, c))
         return {};
     switch (role) {
     case Qt::DisplayRole:
@@ -93,13 +115,17 @@ QVariant GridModel::data(const QModelIndex &index, int role) const
 
 QVariant GridModel::displayText(int row, int col) const
 {
-    const QString &t = m_rows[std::size_t(row)].cells[std::size_t(col)];
-    const GridColumn &column = m_cols[std::size_t(col)];
-    if (t.isEmpty() || column.format.isEmpty())
-        return t;
+    const GridColumns::Column &column = d->columns.at(col);
+    const Cell cell = d->store.cell(row, col);
+    if (cell.kind() == Cell::Empty || column.format.isEmpty())
+        return text(row, col);
     if (isNumericType(column.dataType)) {
+        if (cell.kind() == Cell::Number || cell.kind() == Cell::Amount)
+            return cell.typedAmount().format(column.format);
+        if (cell.kind() != Cell::Text)
+            return text(row, col);
         // Two-line totals are formatted line by line.
-        const QStringList lines = t.split(QLatin1Char('\n'));
+        const QStringList lines = text(row, col).split(QLatin1Char('\n'));
         QStringList shown;
         shown.reserve(lines.size());
         for (const QString &line : lines) {
@@ -108,24 +134,24 @@ QVariant GridModel::displayText(int row, int col) const
         }
         return shown.join(QLatin1Char('\n'));
     }
-    if (column.dataType == TypeDate) {
-        const QDate d = QDate::fromString(t, Qt::ISODate);
-        if (d.isValid())
-            return d.toString(column.format);
-    }
-    return t;
+    if (column.dataType == TypeDate && cell.kind() == Cell::Day)
+        return QDate::fromJulianDay(cell.payload()).toString(column.format);
+    return text(row, col);
 }
 
 bool GridModel::setData(const QModelIndex &index, const QVariant &value, int role)
 {
     if (!index.isValid() || index.model() != this)
         return false;
+    const int r = gridRow(index);
+    const int c = gridCol(index);
     if (role == Qt::EditRole || role == Qt::DisplayRole) {
-        setText(gridRow(index), gridCol(index), value.toString());
+        setText(r, c, value.toString());
         return true;
     }
     if (role == CellDataRole) {
-        setCellData(gridRow(index), gridCol(index), value);
+        setCellData(r, c, value);
+        notifyCells(r, c, r, c);
         return true;
     }
     return false;
@@ -133,9 +159,9 @@ bool GridModel::setData(const QModelIndex &index, const QVariant &value, int rol
 
 QVariant GridModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    const int r = orientation == Qt::Horizontal ? 0 : section + m_fixedRows;
-    const int c = orientation == Qt::Horizontal ? section + m_fixedCols : 0;
-    if (!isCell(r, c))
+    const int r = orientation == Qt::Horizontal ? 0 : section + d->fixedRows;
+    const int c = orientation == Qt::Horizontal ? section + d->fixedCols : 0;
+    if (!d->isCell(r, c))
         return {};
     switch (role) {
     case Qt::DisplayRole:
@@ -159,382 +185,330 @@ Qt::ItemFlags GridModel::flags(const QModelIndex &index) const
     if (!index.isValid())
         return Qt::NoItemFlags;
     Qt::ItemFlags f = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
-    if (m_editable)
+    if (d->editable)
         f |= Qt::ItemIsEditable;
     return f;
 }
 
-void GridModel::resizeRowCells(GridRow &row) const
-{
-    row.cells.resize(m_cols.size());
-    if (row.extra) {
-        if (!row.extra->styles.empty())
-            row.extra->styles.resize(m_cols.size());
-        if (!row.extra->data.empty())
-            row.extra->data.resize(m_cols.size());
-    }
-}
-
 void GridModel::setRows(int n)
 {
-    n = std::max(n, m_fixedRows);
+    n = std::max(n, d->fixedRows);
     const int old = rows();
     if (n == old)
         return;
-    m_rowsShifted = true;
+    d->rowsShifted = true;
     if (n > old) {
-        beginInsertRows({}, old - m_fixedRows, n - m_fixedRows - 1);
-        m_rows.resize(std::size_t(n));
-        for (int r = old; r < n; ++r)
-            resizeRowCells(m_rows[std::size_t(r)]);
+        beginInsertRows({}, old - d->fixedRows, n - d->fixedRows - 1);
+        d->resizeRows(n);
         endInsertRows();
     } else {
-        beginRemoveRows({}, n - m_fixedRows, old - m_fixedRows - 1);
-        m_rows.resize(std::size_t(n));
+        beginRemoveRows({}, n - d->fixedRows, old - d->fixedRows - 1);
+        d->resizeRows(n);
         endRemoveRows();
     }
-    clampCursor();
+    restoreCursor(row(), col());
 }
 
 void GridModel::setCols(int n)
 {
-    n = std::max(n, m_fixedCols);
+    n = std::max(n, d->fixedCols);
     const int old = cols();
     if (n == old)
         return;
     if (n > old)
-        beginInsertColumns({}, old - m_fixedCols, n - m_fixedCols - 1);
+        beginInsertColumns({}, old - d->fixedCols, n - d->fixedCols - 1);
     else
-        beginRemoveColumns({}, n - m_fixedCols, old - m_fixedCols - 1);
-    m_cols.resize(std::size_t(n));
-    for (auto &r : m_rows)
-        resizeRowCells(r);
-    m_keyIndexValid = false;
+        beginRemoveColumns({}, n - d->fixedCols, old - d->fixedCols - 1);
+    d->resizeCols(n);
     if (n > old)
         endInsertColumns();
     else
         endRemoveColumns();
-    clampCursor();
-}
-
-void GridModel::rebuildKeyIndex() const
-{
-    m_keyIndex.clear();
-    for (int c = int(m_cols.size()) - 1; c >= 0; --c) {
-        const QString &k = m_cols[std::size_t(c)].key;
-        if (k.isEmpty())
-            continue;
-        m_keyIndex.insert(k, c);
-        m_keyIndex.insert(QLatin1Char('\x01') + k.toLower(), c);
-    }
-    m_keyIndexValid = true;
+    restoreCursor(row(), col());
 }
 
 int GridModel::colIndex(const QString &key) const
 {
-    if (key.isEmpty())
-        return -1;
-    if (!m_keyIndexValid)
-        rebuildKeyIndex();
-    auto it = m_keyIndex.constFind(key);
-    if (it != m_keyIndex.constEnd())
-        return it.value();
-    it = m_keyIndex.constFind(QLatin1Char('\x01') + key.toLower());
-    return it != m_keyIndex.constEnd() ? it.value() : -1;
+    return d->columns.indexOf(key);
 }
 
 QString GridModel::colKey(int col) const
 {
-    return col >= 0 && col < cols() ? m_cols[std::size_t(col)].key : QString();
+    return d->columns.contains(col) ? d->columns.at(col).key : QString();
 }
 
 void GridModel::setColKey(int col, const QString &key)
 {
-    if (col < 0 || col >= cols())
-        return;
-    m_cols[std::size_t(col)].key = key;
-    m_keyIndexValid = false;
+    if (d->columns.contains(col))
+        d->columns.setKey(col, key);
 }
 
 QString GridModel::text(int row, int col) const
 {
-    return isCell(row, col) ? m_rows[std::size_t(row)].cells[std::size_t(col)] : QString();
-}
-
-const QString &GridModel::textRef(int row, int col) const
-{
-    static const QString empty;
-    return isCell(row, col) ? m_rows[std::size_t(row)].cells[std::size_t(col)] : empty;
+    return d->store.text(row, col);
 }
 
 void GridModel::setText(int row, int col, const QString &text)
 {
-    if (!isCell(row, col))
-        return;
-    QString &cell = m_rows[std::size_t(row)].cells[std::size_t(col)];
-    if (cell == text)
-        return;
-    cell = text;
-    m_rows[std::size_t(row)].touched = true;
-    notifyCells(row, col, row, col);
+    if (d->store.setText(row, col, text))
+        notifyCells(row, col, row, col);
 }
 
 double GridModel::value(int row, int col) const
 {
-    if (!isCell(row, col))
+    const Cell cell = d->store.cell(row, col);
+    if (cell.kind() == Cell::Number || cell.kind() == Cell::Amount)
+        return cell.typedAmount().toDouble();
+    if (cell.kind() != Cell::Text)
         return 0.0;
-    const QStringView t = firstLine(m_rows[std::size_t(row)].cells[std::size_t(col)]);
-    if (t.isEmpty())
-        return 0.0;
+    const QString t = text(row, col);
+    const qsizetype nl = t.indexOf(QLatin1Char('\n'));
+    const QStringView first = nl < 0 ? QStringView(t) : QStringView(t).left(nl);
     bool ok = false;
-    const double v = t.toDouble(&ok);
+    const double v = first.toDouble(&ok);
     if (ok)
         return v;
-    const Result<Currency> a = Currency::fromText(t);
+    const Result<Currency> a = Currency::fromText(first);
     return a.ok() ? a.value().toDouble() : 0.0;
 }
 
 Currency GridModel::amount(int row, int col) const
 {
-    if (!isCell(row, col))
-        return {};
-    return Currency::fromText(firstLine(m_rows[std::size_t(row)].cells[std::size_t(col)])).valueOr(Currency());
+    return d->store.amount(row, col);
+}
+
+void GridModel::setAmount(int row, int col, Currency value)
+{
+    bool fits = false;
+    const Cell cell = Cell::amount(value, &fits);
+    if (!fits)
+        setText(row, col, value.toString());
+    else if (d->store.setTyped(row, col, cell))
+        notifyCells(row, col, row, col);
+}
+
+qint64 GridModel::number(int row, int col) const
+{
+    return d->store.number(row, col);
+}
+
+void GridModel::setNumber(int row, int col, qint64 value)
+{
+    if (value >= Cell::Limit || value <= -Cell::Limit)
+        setText(row, col, QString::number(value));
+    else if (d->store.setTyped(row, col, Cell::number(value)))
+        notifyCells(row, col, row, col);
+}
+
+QDate GridModel::date(int row, int col) const
+{
+    return d->store.date(row, col);
+}
+
+void GridModel::setDate(int row, int col, const QDate &date)
+{
+    if (d->store.setTyped(row, col, Cell::day(date)))
+        notifyCells(row, col, row, col);
+}
+
+bool GridModel::isEmpty(int row, int col) const
+{
+    return d->store.cell(row, col).kind() == Cell::Empty;
 }
 
 QVariant GridModel::cellData(int row, int col) const
 {
-    if (!isCell(row, col))
-        return {};
-    const auto &extra = m_rows[std::size_t(row)].extra;
-    return extra && !extra->data.empty() ? extra->data[std::size_t(col)] : QVariant();
+    return d->store.cellData(row, col);
 }
 
 void GridModel::setCellData(int row, int col, const QVariant &value)
 {
-    if (!isCell(row, col))
-        return;
-    auto &extra = m_rows[std::size_t(row)].extra;
-    if (!extra) {
-        if (!value.isValid())
-            return;
-        extra = std::make_unique<detail::RowExtra>();
-    }
-    if (extra->data.empty())
-        extra->data.resize(m_cols.size());
-    extra->data[std::size_t(col)] = value;
-    m_rows[std::size_t(row)].touched = true;
+    d->store.setCellData(row, col, value);
 }
 
 QVariant GridModel::rowData(int row) const
 {
-    return row >= 0 && row < rows() ? m_rows[std::size_t(row)].data : QVariant();
+    return d->store.rowData(row);
 }
 
 void GridModel::setRowData(int row, const QVariant &value)
 {
-    if (row >= 0 && row < rows())
-        m_rows[std::size_t(row)].data = value;
+    d->store.setRowData(row, value);
 }
 
 bool GridModel::isSubtotal(int row) const
 {
-    return row >= 0 && row < rows() && m_rows[std::size_t(row)].subtotal;
+    return d->store.rowFlag(row, CellStore::Subtotal);
 }
 
 void GridModel::setSubtotal(int row, bool on)
 {
-    if (row >= 0 && row < rows())
-        m_rows[std::size_t(row)].subtotal = on;
+    d->store.setRowFlag(row, CellStore::Subtotal, on);
 }
 
 int GridModel::outlineLevel(int row) const
 {
-    return row >= 0 && row < rows() ? m_rows[std::size_t(row)].outline : 0;
+    return d->store.outline(row);
 }
 
 void GridModel::setOutlineLevel(int row, int level)
 {
-    if (row >= 0 && row < rows())
-        m_rows[std::size_t(row)].outline = level;
+    d->store.setOutline(row, level);
 }
 
 bool GridModel::isRowHidden(int row) const
 {
-    return row >= 0 && row < rows() && m_rows[std::size_t(row)].hidden;
+    return d->store.rowFlag(row, CellStore::Hidden);
 }
 
 void GridModel::setRowHidden(int row, bool hidden)
 {
-    if (row < 0 || row >= rows() || m_rows[std::size_t(row)].hidden == hidden)
+    if (row < 0 || row >= rows() || isRowHidden(row) == hidden)
         return;
-    m_rows[std::size_t(row)].hidden = hidden;
+    d->store.setRowFlag(row, CellStore::Hidden, hidden);
     notifyRowLayout(row);
 }
 
 int GridModel::rowHeight(int row) const
 {
-    int h = row >= 0 && row < rows() && m_rows[std::size_t(row)].height >= 0 ? m_rows[std::size_t(row)].height
-                                                                             : m_defaultRowHeight;
-    if (m_rowHeightMax > 0)
-        h = std::min(h, m_rowHeightMax);
-    return std::max(h, m_rowHeightMin);
+    const int own = d->store.rowHeight(row);
+    int h = own >= 0 ? own : d->defaultRowHeight;
+    if (d->rowHeightMax > 0)
+        h = std::min(h, d->rowHeightMax);
+    return std::max(h, d->rowHeightMin);
 }
 
 void GridModel::setRowHeight(int row, int height)
 {
     if (row < 0 || row >= rows())
         return;
-    m_rows[std::size_t(row)].height = height < 0 ? -1 : height;
+    d->store.setRowHeight(row, height);
     notifyRowLayout(row);
 }
 
 void GridModel::setDefaultRowHeight(int height)
 {
-    m_defaultRowHeight = std::max(1, height);
+    d->defaultRowHeight = std::max(1, height);
     notifyRowLayout(-1);
 }
 
 void GridModel::setRowHeightMin(int height)
 {
-    m_rowHeightMin = std::max(0, height);
+    d->rowHeightMin = std::max(0, height);
     notifyRowLayout(-1);
 }
 
 void GridModel::setRowHeightMax(int height)
 {
-    m_rowHeightMax = std::max(0, height);
+    d->rowHeightMax = std::max(0, height);
     notifyRowLayout(-1);
 }
 
 bool GridModel::isRowTouched(int row) const
 {
-    return row >= 0 && row < rows() && m_rows[std::size_t(row)].touched;
+    return d->store.rowFlag(row, CellStore::Touched);
 }
 
 void GridModel::markRowTouched(int row)
 {
-    if (row >= 0 && row < rows())
-        m_rows[std::size_t(row)].touched = true;
+    d->store.setRowFlag(row, CellStore::Touched, true);
 }
 
 void GridModel::markRowsClean()
 {
-    for (auto &r : m_rows)
-        r.touched = false;
-    m_rowsShifted = false;
+    d->store.markAllClean();
+    d->rowsShifted = false;
 }
 
 void GridModel::insertRowAt(int row)
 {
-    m_rowsShifted = true;
-    row = std::clamp(row, m_fixedRows, rows());
-    beginInsertRows({}, row - m_fixedRows, row - m_fixedRows);
-    m_rows.emplace(m_rows.begin() + row);
-    resizeRowCells(m_rows[std::size_t(row)]);
+    d->rowsShifted = true;
+    row = std::clamp(row, d->fixedRows, rows());
+    beginInsertRows({}, row - d->fixedRows, row - d->fixedRows);
+    d->store.insertRow(row);
+    d->styles.insertRow(row);
     endInsertRows();
-    if (m_cursorRow >= row)
-        ++m_cursorRow;
-    clampCursor();
+    restoreCursor(this->row(), col());
 }
 
 void GridModel::removeRowAt(int row)
 {
-    m_rowsShifted = true;
+    d->rowsShifted = true;
     if (!isDataRow(row))
         return;
-    beginRemoveRows({}, row - m_fixedRows, row - m_fixedRows);
-    m_rows.erase(m_rows.begin() + row);
+    const int cursorRow = this->row();
+    const int cursorCol = col();
+    beginRemoveRows({}, row - d->fixedRows, row - d->fixedRows);
+    d->store.removeRow(row);
+    d->styles.removeRow(row);
     endRemoveRows();
-    if (m_cursorRow > row)
-        --m_cursorRow;
-    clampCursor();
+    // The cursor stays at its place, now on the row that moved up into it.
+    restoreCursor(cursorRow > row ? cursorRow - 1 : cursorRow, cursorCol);
 }
 
 void GridModel::moveRowTo(int from, int to)
 {
-    m_rowsShifted = true;
+    d->rowsShifted = true;
     if (!isDataRow(from) || !isDataRow(to) || from == to)
         return;
     // Qt counts the destination before the move; the grid counts it after.
-    const int dest = (to > from ? to + 1 : to) - m_fixedRows;
-    beginMoveRows({}, from - m_fixedRows, from - m_fixedRows, {}, dest);
-    if (from < to)
-        std::rotate(m_rows.begin() + from, m_rows.begin() + from + 1, m_rows.begin() + to + 1);
-    else
-        std::rotate(m_rows.begin() + to, m_rows.begin() + from, m_rows.begin() + from + 1);
+    const int dest = (to > from ? to + 1 : to) - d->fixedRows;
+    beginMoveRows({}, from - d->fixedRows, from - d->fixedRows, {}, dest);
+    d->store.moveRow(from, to);
+    d->styles.moveRow(from, to);
     endMoveRows();
-    if (m_cursorRow == from)
-        m_cursorRow = to;
-    else if (from < to && m_cursorRow > from && m_cursorRow <= to)
-        --m_cursorRow;
-    else if (to < from && m_cursorRow >= to && m_cursorRow < from)
-        ++m_cursorRow;
 }
 
 void GridModel::addItem(const QString &text, int at)
 {
-    const int row = at < 0 ? rows() : std::clamp(at, m_fixedRows, rows());
+    const int row = at < 0 ? rows() : std::clamp(at, d->fixedRows, rows());
     const QStringList parts = text.split(QLatin1Char('\t'));
     if (parts.size() > cols())
         setCols(int(parts.size()));
     insertRowAt(row);
-    std::vector<QString> &cells = m_rows[std::size_t(row)].cells;
     for (int c = 0; c < int(parts.size()); ++c)
-        cells[std::size_t(c)] = parts.at(c);
+        d->store.setText(row, c, parts.at(c));
     notifyCells(row, 0, row, cols() - 1);
 }
 
 void GridModel::loadArray(CellArray array, int firstRow, int firstCol)
 {
-    firstRow = firstRow < 0 ? m_fixedRows : std::max(firstRow, m_fixedRows);
-    firstCol = firstCol < 0 ? m_fixedCols : firstCol;
+    firstRow = firstRow < 0 ? d->fixedRows : std::max(firstRow, d->fixedRows);
+    firstCol = firstCol < 0 ? d->fixedCols : firstCol;
     firstRow = std::min(firstRow, rows());
+    const int cursorRow = row();
+    const int cursorCol = col();
     beginResetModel();
-    m_rowsShifted = true;
-    if (firstCol + array.cols() > cols()) {
-        m_cols.resize(std::size_t(firstCol + array.cols()));
-        for (auto &r : m_rows)
-            resizeRowCells(r);
-        m_keyIndexValid = false;
-    }
-    m_rows.resize(std::size_t(firstRow));
-    m_rows.resize(std::size_t(firstRow + array.rows()));
-    std::vector<QString> taken;
-    for (int r = 0; r < array.rows(); ++r) {
-        GridRow &row = m_rows[std::size_t(firstRow + r)];
-        row.touched = false;
-        if (firstCol == 0 && array.cols() == cols()) {
-            array.takeRow(r, row.cells);
-        } else {
-            resizeRowCells(row);
-            array.takeRow(r, taken);
-            std::move(taken.begin(), taken.end(), row.cells.begin() + firstCol);
-        }
-    }
+    d->rowsShifted = true;
+    d->store.adopt(array, firstRow, firstCol);
+    d->styles.resizeRows(firstRow);
+    d->styles.resizeCols(d->store.cols());
+    d->styles.resizeRows(d->store.rows());
+    d->columns.resize(d->store.cols());
     endResetModel();
-    clampCursor();
+    restoreCursor(cursorRow, cursorCol);
     notifyRowLayout(-1);
 }
 
 void GridModel::setFont(const QFont &font)
 {
-    m_font = font;
-    m_fontSet = true;
+    d->font = font;
+    d->fontSet = true;
     notifyCells(0, 0, rows() - 1, cols() - 1);
 }
 
 void GridModel::setRedraw(bool on)
 {
-    if (m_redraw == on)
+    if (d->redraw == on)
         return;
-    m_redraw = on;
+    d->redraw = on;
     if (!on)
         return;
-    if (rows() > m_fixedRows && cols() > m_fixedCols)
+    if (rows() > d->fixedRows && cols() > d->fixedCols)
         Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
-    if (cols() > m_fixedCols)
+    if (cols() > d->fixedCols)
         Q_EMIT headerDataChanged(Qt::Horizontal, 0, columnCount() - 1);
-    if (rows() > m_fixedRows)
+    if (rows() > d->fixedRows)
         Q_EMIT headerDataChanged(Qt::Vertical, 0, rowCount() - 1);
     Q_EMIT rowLayoutChanged(-1);
     Q_EMIT colLayoutChanged(-1);
@@ -542,17 +516,18 @@ void GridModel::setRedraw(bool on)
 
 void GridModel::notifyCells(int r1, int c1, int r2, int c2)
 {
-    if (!m_redraw)
+    if (!d->redraw)
         return;
-    if (r1 < m_fixedRows || c1 < m_fixedCols) {
-        if (r1 < m_fixedRows && cols() > m_fixedCols)
-            Q_EMIT headerDataChanged(Qt::Horizontal, std::max(c1 - m_fixedCols, 0),
-                                   std::max(c2 - m_fixedCols, 0));
-        if (c1 < m_fixedCols && rows() > m_fixedRows)
-            Q_EMIT headerDataChanged(Qt::Vertical, std::max(r1 - m_fixedRows, 0), std::max(r2 - m_fixedRows, 0));
+    const int fr = d->fixedRows;
+    const int fc = d->fixedCols;
+    if (r1 < fr || c1 < fc) {
+        if (r1 < fr && cols() > fc)
+            Q_EMIT headerDataChanged(Qt::Horizontal, std::max(c1 - fc, 0), std::max(c2 - fc, 0));
+        if (c1 < fc && rows() > fr)
+            Q_EMIT headerDataChanged(Qt::Vertical, std::max(r1 - fr, 0), std::max(r2 - fr, 0));
     }
-    r1 = std::max(r1, m_fixedRows);
-    c1 = std::max(c1, m_fixedCols);
+    r1 = std::max(r1, fr);
+    c1 = std::max(c1, fc);
     r2 = std::min(r2, rows() - 1);
     c2 = std::min(c2, cols() - 1);
     if (r1 <= r2 && c1 <= c2)
@@ -561,77 +536,77 @@ void GridModel::notifyCells(int r1, int c1, int r2, int c2)
 
 void GridModel::notifyRowLayout(int row)
 {
-    if (m_redraw)
+    if (d->redraw)
         Q_EMIT rowLayoutChanged(row);
 }
 
 void GridModel::notifyColLayout(int col)
 {
-    if (m_redraw)
+    if (d->redraw)
         Q_EMIT colLayoutChanged(col);
 }
 
-void GridModel::clampCursor()
+int GridModel::row() const
 {
-    const int oldRow = m_cursorRow;
-    const int oldCol = m_cursorCol;
-    if (rows() <= m_fixedRows)
-        m_cursorRow = -1;
-    else
-        m_cursorRow = std::clamp(m_cursorRow, m_fixedRows, rows() - 1);
-    m_cursorCol = cols() <= m_fixedCols ? m_fixedCols : std::clamp(m_cursorCol, m_fixedCols, cols() - 1);
-    const bool selValid = m_selRow1 >= m_fixedRows && m_selRow2 < rows() && m_selCol2 < cols();
-    if (!selValid || oldRow != m_cursorRow || oldCol != m_cursorCol) {
-        m_selRow1 = m_selRow2 = m_cursorRow;
-        m_selCol1 = m_selCol2 = m_cursorCol;
-    }
-    if (oldRow != m_cursorRow || oldCol != m_cursorCol)
-        Q_EMIT cursorChanged(m_cursorRow, m_cursorCol);
+    const QModelIndex current = d->selection->currentIndex();
+    return current.isValid() ? gridRow(current) : -1;
+}
+
+int GridModel::col() const
+{
+    const QModelIndex current = d->selection->currentIndex();
+    if (current.isValid())
+        return gridCol(current);
+    return cols() <= d->fixedCols ? d->fixedCols : std::clamp(d->lastCol, d->fixedCols, cols() - 1);
+}
+
+void GridModel::restoreCursor(int row, int col)
+{
+    // A reset or a removal may leave the cursor nowhere; it belongs on a
+    // data cell whenever there is one.
+    if (rows() <= d->fixedRows || cols() <= d->fixedCols)
+        return;
+    row = std::clamp(row < 0 ? d->fixedRows : row, d->fixedRows, rows() - 1);
+    col = std::clamp(col, d->fixedCols, cols() - 1);
+    if (this->row() != row || this->col() != col || !d->selection->currentIndex().isValid())
+        setCursor(row, col);
 }
 
 void GridModel::setCursor(int row, int col)
 {
     if (!isDataRow(row) || !isDataCol(col))
         return;
-    const bool moved = row != m_cursorRow || col != m_cursorCol;
-    if (moved)
-        Q_EMIT leaveCell(m_cursorRow, m_cursorCol);
-    m_cursorRow = row;
-    m_cursorCol = col;
-    const bool selMoved = m_selRow1 != row || m_selRow2 != row || m_selCol1 != col || m_selCol2 != col;
-    m_selRow1 = m_selRow2 = row;
-    m_selCol1 = m_selCol2 = col;
-    if (moved)
-        Q_EMIT cursorChanged(row, col);
-    if (selMoved)
-        Q_EMIT selectionBlockChanged();
+    d->selection->setCurrentIndex(indexAt(row, col), QItemSelectionModel::ClearAndSelect);
 }
 
 void GridModel::selection(int &r1, int &c1, int &r2, int &c2) const
 {
-    r1 = std::min(m_selRow1, m_selRow2);
-    r2 = std::max(m_selRow1, m_selRow2);
-    c1 = std::min(m_selCol1, m_selCol2);
-    c2 = std::max(m_selCol1, m_selCol2);
+    const QItemSelection all = d->selection->selection();
+    if (all.isEmpty()) {
+        r1 = r2 = row();
+        c1 = c2 = col();
+        return;
+    }
+    int top = INT_MAX, left = INT_MAX, bottom = -1, right = -1;
+    for (const QItemSelectionRange &range : all) {
+        top = std::min(top, range.top());
+        left = std::min(left, range.left());
+        bottom = std::max(bottom, range.bottom());
+        right = std::max(right, range.right());
+    }
+    r1 = top + d->fixedRows;
+    r2 = bottom + d->fixedRows;
+    c1 = left + d->fixedCols;
+    c2 = right + d->fixedCols;
 }
 
 void GridModel::select(int r1, int c1, int r2, int c2)
 {
-    setCursor(r1, c1);
-    setSelectionBlock(r1, c1, r2, c2);
-}
-
-void GridModel::setSelectionBlock(int r1, int c1, int r2, int c2)
-{
     if (!isDataRow(r1) || !isDataRow(r2) || !isDataCol(c1) || !isDataCol(c2))
         return;
-    if (m_selRow1 == r1 && m_selCol1 == c1 && m_selRow2 == r2 && m_selCol2 == c2)
-        return;
-    m_selRow1 = r1;
-    m_selCol1 = c1;
-    m_selRow2 = r2;
-    m_selCol2 = c2;
-    Q_EMIT selectionBlockChanged();
+    d->selection->setCurrentIndex(indexAt(r1, c1), QItemSelectionModel::NoUpdate);
+    const QItemSelection block(indexAt(std::min(r1, r2), std::min(c1, c2)), indexAt(std::max(r1, r2), std::max(c1, c2)));
+    d->selection->select(block, QItemSelectionModel::ClearAndSelect);
 }
 
 } // namespace kx

@@ -1,11 +1,13 @@
 // GridModel: per-cell looks and per-column settings.
 #include "kxjournal/GridModel.h"
 
+#include "grid/GridModelPrivate.h"
+
 #include <algorithm>
 
 namespace kx {
 
-using detail::CellStyle;
+using CellStyle = GridStyles::CellStyle;
 
 template <typename Fn>
 void GridModel::forRange(int r1, int c1, int r2, int c2, Fn fn)
@@ -26,61 +28,35 @@ void GridModel::forRange(int r1, int c1, int r2, int c2, Fn fn)
     notifyCells(r1, c1, r2, c2);
 }
 
-const CellStyle *GridModel::styleAt(int row, int col) const
-{
-    if (!isCell(row, col))
-        return nullptr;
-    const auto &extra = m_rows[std::size_t(row)].extra;
-    if (!extra || extra->styles.empty())
-        return nullptr;
-    return &extra->styles[std::size_t(col)];
-}
-
-CellStyle *GridModel::styleFor(int row, int col)
-{
-    auto &extra = m_rows[std::size_t(row)].extra;
-    if (!extra)
-        extra = std::make_unique<detail::RowExtra>();
-    if (extra->styles.empty())
-        extra->styles.resize(m_cols.size());
-    return &extra->styles[std::size_t(col)];
-}
-
 QColor GridModel::cellForeColor(int row, int col) const
 {
-    const CellStyle *s = styleAt(row, col);
+    const CellStyle *s = d->styles.at(row, col);
     if (s && (s->flags & CellStyle::HasFore))
         return QColor::fromRgba(s->fore);
-    if (isCell(row, col) && col >= m_fixedCols && m_rows[std::size_t(row)].hasFore)
-        return QColor::fromRgba(m_rows[std::size_t(row)].fore);
+    if (d->isCell(row, col) && col >= d->fixedCols)
+        return d->styles.rowFore(row);
     return QColor();
 }
 
 QColor GridModel::rowForeColor(int row) const
 {
-    return row >= 0 && row < rows() && m_rows[std::size_t(row)].hasFore ? QColor::fromRgba(m_rows[std::size_t(row)].fore)
-                                                                         : QColor();
+    return d->styles.rowFore(row);
 }
 
 void GridModel::setRowForeColor(int row, const QColor &color)
 {
     if (row < 0 || row >= rows())
         return;
-    detail::GridRow &r = m_rows[std::size_t(row)];
-    r.hasFore = color.isValid();
-    r.fore = color.isValid() ? color.rgba() : 0;
-    if (r.extra && !r.extra->styles.empty())
-        for (std::size_t c = std::size_t(m_fixedCols); c < r.extra->styles.size(); ++c)
-            r.extra->styles[c].flags &= quint8(~CellStyle::HasFore);
-    notifyCells(row, m_fixedCols, row, cols() - 1);
+    d->styles.setRowFore(row, color, d->fixedCols);
+    notifyCells(row, d->fixedCols, row, cols() - 1);
 }
 
 void GridModel::setCellForeColor(int r1, int c1, int r2, int c2, const QColor &color)
 {
     forRange(r1, c1, r2, c2, [&](int r, int c) {
-        if (!color.isValid() && !styleAt(r, c))
+        if (!color.isValid() && !d->styles.at(r, c))
             return;
-        CellStyle *s = styleFor(r, c);
+        CellStyle *s = &d->styles.make(r, c);
         s->fore = color.rgba();
         s->flags = color.isValid() ? (s->flags | CellStyle::HasFore) : (s->flags & ~CellStyle::HasFore);
     });
@@ -88,9 +64,9 @@ void GridModel::setCellForeColor(int r1, int c1, int r2, int c2, const QColor &c
 
 void GridModel::setCellForeColor(int row, int col, const QColor &color)
 {
-    if (!isCell(row, col))
+    if (!d->isCell(row, col))
         return;
-    const CellStyle *now = styleAt(row, col);
+    const CellStyle *now = d->styles.at(row, col);
     const bool had = now && (now->flags & CellStyle::HasFore);
     if (!color.isValid()) {
         if (!had)
@@ -99,7 +75,7 @@ void GridModel::setCellForeColor(int row, int col, const QColor &color)
         return;
     }
     // Clearing a cell's own colour lets its row's colour show again.
-    CellStyle *s = styleFor(row, col);
+    CellStyle *s = &d->styles.make(row, col);
     s->fore = color.rgba();
     s->flags = color.isValid() ? (s->flags | CellStyle::HasFore) : (s->flags & ~CellStyle::HasFore);
     notifyCells(row, col, row, col);
@@ -107,16 +83,16 @@ void GridModel::setCellForeColor(int row, int col, const QColor &color)
 
 QColor GridModel::cellBackColor(int row, int col) const
 {
-    const CellStyle *s = styleAt(row, col);
+    const CellStyle *s = d->styles.at(row, col);
     return s && (s->flags & CellStyle::HasBack) ? QColor::fromRgba(s->back) : QColor();
 }
 
 void GridModel::setCellBackColor(int r1, int c1, int r2, int c2, const QColor &color)
 {
     forRange(r1, c1, r2, c2, [&](int r, int c) {
-        if (!color.isValid() && !styleAt(r, c))
+        if (!color.isValid() && !d->styles.at(r, c))
             return;
-        CellStyle *s = styleFor(r, c);
+        CellStyle *s = &d->styles.make(r, c);
         s->back = color.rgba();
         s->flags = color.isValid() ? (s->flags | CellStyle::HasBack) : (s->flags & ~CellStyle::HasBack);
     });
@@ -124,69 +100,53 @@ void GridModel::setCellBackColor(int r1, int c1, int r2, int c2, const QColor &c
 
 bool GridModel::cellBold(int row, int col) const
 {
-    const CellStyle *s = styleAt(row, col);
+    const CellStyle *s = d->styles.at(row, col);
     if (s && (s->flags & CellStyle::HasBold))
         return s->flags & CellStyle::Bold;
-    return m_font.bold();
+    return d->font.bold();
 }
 
 void GridModel::setCellBold(int r1, int c1, int r2, int c2, bool bold)
 {
     forRange(r1, c1, r2, c2, [&](int r, int c) {
-        CellStyle *s = styleFor(r, c);
+        CellStyle *s = &d->styles.make(r, c);
         s->flags |= CellStyle::HasBold;
         s->flags = bold ? (s->flags | CellStyle::Bold) : (s->flags & ~CellStyle::Bold);
     });
 }
 
-quint16 GridModel::fontIndexOf(const QString &family)
-{
-    if (family.isEmpty())
-        return 0;
-    int idx = int(m_fontNames.indexOf(family)) + 1;
-    if (idx == 0) {
-        m_fontNames << family;
-        idx = int(m_fontNames.size());
-    }
-    return quint16(idx);
-}
-
 QString GridModel::cellFontName(int row, int col) const
 {
-    const CellStyle *s = styleAt(row, col);
+    const CellStyle *s = d->styles.at(row, col);
     if (s && s->fontIndex > 0)
-        return m_fontNames.at(s->fontIndex - 1);
-    if (isDataRow(row) && isCell(row, col) && m_cols[std::size_t(col)].dataFont > 0)
-        return m_fontNames.at(m_cols[std::size_t(col)].dataFont - 1);
-    return m_font.family();
+        return d->styles.fontName(s->fontIndex);
+    if (isDataRow(row) && d->isCell(row, col) && d->columns.at(col).dataFont > 0)
+        return d->styles.fontName(d->columns.at(col).dataFont);
+    return d->font.family();
 }
 
 void GridModel::setColDataFont(int col, const QString &family)
 {
-    if (col < 0 || col >= cols())
+    if (!d->columns.contains(col))
         return;
-    m_cols[std::size_t(col)].dataFont = fontIndexOf(family);
-    for (int r = m_fixedRows; r < rows(); ++r) {
-        const auto &extra = m_rows[std::size_t(r)].extra;
-        if (extra && !extra->styles.empty())
-            extra->styles[std::size_t(col)].fontIndex = 0;
-    }
-    notifyCells(m_fixedRows, col, rows() - 1, col);
+    d->columns.edit(col).dataFont = d->styles.fontIndex(family);
+    d->styles.dropColumnFont(col);
+    notifyCells(d->fixedRows, col, rows() - 1, col);
 }
 
 void GridModel::setCellFontName(int r1, int c1, int r2, int c2, const QString &family)
 {
-    const int idx = fontIndexOf(family);
+    const int idx = d->styles.fontIndex(family);
     forRange(r1, c1, r2, c2, [&](int r, int c) {
-        if (idx == 0 && !styleAt(r, c))
+        if (idx == 0 && !d->styles.at(r, c))
             return;
-        styleFor(r, c)->fontIndex = quint16(idx);
+        d->styles.make(r, c).fontIndex = quint16(idx);
     });
 }
 
 Qt::Alignment GridModel::cellAlignment(int row, int col) const
 {
-    const CellStyle *s = styleAt(row, col);
+    const CellStyle *s = d->styles.at(row, col);
     if (s && s->align != 0)
         return Qt::Alignment(s->align);
     return colAlignment(col);
@@ -195,32 +155,32 @@ Qt::Alignment GridModel::cellAlignment(int row, int col) const
 void GridModel::setCellAlignment(int r1, int c1, int r2, int c2, Qt::Alignment align)
 {
     forRange(r1, c1, r2, c2, [&](int r, int c) {
-        if (align == 0 && !styleAt(r, c))
+        if (align == 0 && !d->styles.at(r, c))
             return;
-        styleFor(r, c)->align = quint16(align);
+        d->styles.make(r, c).align = quint16(align);
     });
 }
 
 void GridModel::clearCellStyles(int r1, int c1, int r2, int c2)
 {
     forRange(r1, c1, r2, c2, [&](int r, int c) {
-        if (styleAt(r, c))
-            *styleFor(r, c) = CellStyle();
+        if (d->styles.at(r, c))
+            d->styles.make(r, c) = CellStyle();
     });
 }
 
 QVariant GridModel::fontFor(int row, int col) const
 {
-    const CellStyle *s = styleAt(row, col);
-    const int colFont = isDataRow(row) ? m_cols[std::size_t(col)].dataFont : 0;
+    const CellStyle *s = d->styles.at(row, col);
+    const int colFont = isDataRow(row) ? d->columns.at(col).dataFont : 0;
     const bool own = s && (s->fontIndex > 0 || (s->flags & CellStyle::HasBold));
     if (!own && colFont == 0)
-        return m_fontSet ? QVariant(m_font) : QVariant();
-    QFont f = m_font;
+        return d->fontSet ? QVariant(d->font) : QVariant();
+    QFont f = d->font;
     if (s && s->fontIndex > 0)
-        f.setFamilies({m_fontNames.at(s->fontIndex - 1)});
+        f.setFamilies({d->styles.fontName(s->fontIndex)});
     else if (colFont > 0)
-        f.setFamilies({m_fontNames.at(colFont - 1)});
+        f.setFamilies({d->styles.fontName(quint16(colFont))});
     if (s && (s->flags & CellStyle::HasBold))
         f.setBold(s->flags & CellStyle::Bold);
     return f;
@@ -228,61 +188,61 @@ QVariant GridModel::fontFor(int row, int col) const
 
 bool GridModel::isColHidden(int col) const
 {
-    return col >= 0 && col < cols() && m_cols[std::size_t(col)].hidden;
+    return d->columns.contains(col) && d->columns.at(col).hidden;
 }
 
 void GridModel::setColHidden(int col, bool hidden)
 {
-    if (col < 0 || col >= cols() || m_cols[std::size_t(col)].hidden == hidden)
+    if (!d->columns.contains(col) || d->columns.at(col).hidden == hidden)
         return;
-    m_cols[std::size_t(col)].hidden = hidden;
+    d->columns.edit(col).hidden = hidden;
     notifyColLayout(col);
 }
 
 int GridModel::colWidth(int col) const
 {
-    return col >= 0 && col < cols() ? m_cols[std::size_t(col)].width : -1;
+    return d->columns.contains(col) ? d->columns.at(col).width : -1;
 }
 
 void GridModel::setColWidth(int col, int width)
 {
-    if (col < 0 || col >= cols())
+    if (!d->columns.contains(col))
         return;
-    m_cols[std::size_t(col)].width = width < 0 ? -1 : width;
+    d->columns.edit(col).width = width < 0 ? -1 : width;
     notifyColLayout(col);
 }
 
 QString GridModel::colFormat(int col) const
 {
-    return col >= 0 && col < cols() ? m_cols[std::size_t(col)].format : QString();
+    return d->columns.contains(col) ? d->columns.at(col).format : QString();
 }
 
 void GridModel::setColFormat(int col, const QString &format)
 {
-    if (col < 0 || col >= cols())
+    if (!d->columns.contains(col))
         return;
-    m_cols[std::size_t(col)].format = format;
-    notifyCells(m_fixedRows, col, rows() - 1, col);
+    d->columns.edit(col).format = format;
+    notifyCells(d->fixedRows, col, rows() - 1, col);
 }
 
 GridModel::DataType GridModel::colDataType(int col) const
 {
-    return col >= 0 && col < cols() ? DataType(m_cols[std::size_t(col)].dataType) : TypeString;
+    return d->columns.contains(col) ? DataType(d->columns.at(col).dataType) : TypeString;
 }
 
 void GridModel::setColDataType(int col, DataType type)
 {
-    if (col < 0 || col >= cols())
+    if (!d->columns.contains(col))
         return;
-    m_cols[std::size_t(col)].dataType = type;
-    notifyCells(m_fixedRows, col, rows() - 1, col);
+    d->columns.edit(col).dataType = type;
+    notifyCells(d->fixedRows, col, rows() - 1, col);
 }
 
 Qt::Alignment GridModel::colAlignment(int col) const
 {
-    if (col < 0 || col >= cols())
+    if (!d->columns.contains(col))
         return Qt::AlignLeft | Qt::AlignVCenter;
-    const auto &c = m_cols[std::size_t(col)];
+    const auto &c = d->columns.at(col);
     if (c.align != 0)
         return Qt::Alignment(c.align);
     const bool numeric = c.dataType == TypeLong || c.dataType == TypeDouble || c.dataType == TypeCurrency;
@@ -291,53 +251,33 @@ Qt::Alignment GridModel::colAlignment(int col) const
 
 void GridModel::setColAlignment(int col, Qt::Alignment align)
 {
-    if (col < 0 || col >= cols())
+    if (!d->columns.contains(col))
         return;
-    m_cols[std::size_t(col)].align = int(align);
-    notifyCells(m_fixedRows, col, rows() - 1, col);
+    d->columns.edit(col).align = int(align);
+    notifyCells(d->fixedRows, col, rows() - 1, col);
 }
 
 QString GridModel::colComboList(int col) const
 {
-    return col >= 0 && col < cols() ? m_cols[std::size_t(col)].comboList : QString();
+    return d->columns.contains(col) ? d->columns.at(col).comboList : QString();
 }
 
 void GridModel::setColComboList(int col, const QString &list)
 {
-    if (col >= 0 && col < cols())
-        m_cols[std::size_t(col)].comboList = list;
+    if (d->columns.contains(col))
+        d->columns.edit(col).comboList = list;
 }
 
 void GridModel::moveColTo(int from, int to)
 {
     if (!isDataCol(from) || !isDataCol(to) || from == to)
         return;
-    const int dest = (to > from ? to + 1 : to) - m_fixedCols;
-    beginMoveColumns({}, from - m_fixedCols, from - m_fixedCols, {}, dest);
-    auto moveOne = [from, to](auto &vec) {
-        if (vec.empty())
-            return;
-        if (from < to)
-            std::rotate(vec.begin() + from, vec.begin() + from + 1, vec.begin() + to + 1);
-        else
-            std::rotate(vec.begin() + to, vec.begin() + from, vec.begin() + from + 1);
-    };
-    moveOne(m_cols);
-    for (auto &r : m_rows) {
-        moveOne(r.cells);
-        if (r.extra) {
-            moveOne(r.extra->styles);
-            moveOne(r.extra->data);
-        }
-    }
-    m_keyIndexValid = false;
+    const int dest = (to > from ? to + 1 : to) - d->fixedCols;
+    beginMoveColumns({}, from - d->fixedCols, from - d->fixedCols, {}, dest);
+    d->store.moveCol(from, to);
+    d->styles.moveCol(from, to);
+    d->columns.move(from, to);
     endMoveColumns();
-    if (m_cursorCol == from)
-        m_cursorCol = to;
-    else if (from < to && m_cursorCol > from && m_cursorCol <= to)
-        --m_cursorCol;
-    else if (to < from && m_cursorCol >= to && m_cursorCol < from)
-        ++m_cursorCol;
     notifyColLayout(-1);
 }
 

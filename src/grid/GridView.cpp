@@ -66,17 +66,21 @@ void GridView::setGridModel(GridModel *model)
     if (m_model)
         disconnect(m_model, nullptr, this, nullptr);
     m_model = model;
+    QItemSelectionModel *own = selectionModel();
     setModel(model);
     if (!model)
         return;
+    // One selection for the grid and every view of it: code that moves the
+    // cursor and the user's clicks change the same object.
+    QItemSelectionModel *made = selectionModel();
+    setSelectionModel(model->selectionModel());
+    if (made && made != own && made != model->selectionModel())
+        delete made;
     connect(model, &GridModel::rowLayoutChanged, this, [this](int row) { row < 0 ? syncRows() : syncRow(row); });
     connect(model, &GridModel::colLayoutChanged, this, [this](int col) { col < 0 ? syncCols() : syncCol(col); });
-    connect(model, &GridModel::cursorChanged, this, &GridView::syncCursorFromModel);
-    connect(model, &GridModel::selectionBlockChanged, this, &GridView::syncSelectionFromModel);
     connect(model, &QAbstractItemModel::modelReset, this, [this] {
         syncRows();
         syncCols();
-        syncCursorFromModel();
     });
     connect(model, &QAbstractItemModel::rowsInserted, this, [this](const QModelIndex &, int first, int last) {
         for (int r = first; r <= last; ++r)
@@ -85,7 +89,6 @@ void GridView::setGridModel(GridModel *model)
     connect(model, &QAbstractItemModel::columnsInserted, this, [this] { syncCols(); });
     syncRows();
     syncCols();
-    syncCursorFromModel();
 }
 
 void GridView::syncRow(int row)
@@ -108,6 +111,13 @@ void GridView::syncRows()
     const int def = m_model->rowHeight(-1);
     verticalHeader()->setMinimumSectionSize(std::max(1, std::min(def, m_model->rowHeightMin() > 0 ? m_model->rowHeightMin() : def)));
     verticalHeader()->setDefaultSectionSize(def);
+    // A book without rows of their own height is laid out by the default
+    // alone; asking a million rows one by one would cost seconds.
+    if (m_model->uniformRows()) {
+        if (m_model->rows() > 0)
+            horizontalHeader()->setFixedHeight(m_model->rowHeight(0));
+        return;
+    }
     const int n = m_model->rows();
     for (int row = m_model->fixedRows(); row < n; ++row)
         syncRow(row);
@@ -135,60 +145,6 @@ void GridView::syncCols()
         syncCol(col);
     if (m_model->cols() > 0 && m_model->colWidth(0) >= 0)
         verticalHeader()->setFixedWidth(m_model->colWidth(0));
-}
-
-void GridView::syncCursorFromModel()
-{
-    if (!m_model || m_syncing)
-        return;
-    const QModelIndex idx = m_model->indexAt(m_model->row(), m_model->col());
-    if (!idx.isValid() || idx == currentIndex())
-        return;
-    QScopedValueRollback<bool> guard(m_syncing, true);
-    selectionModel()->setCurrentIndex(idx, QItemSelectionModel::ClearAndSelect);
-}
-
-void GridView::syncSelectionFromModel()
-{
-    if (!m_model || m_syncing)
-        return;
-    int r1, c1, r2, c2;
-    m_model->selection(r1, c1, r2, c2);
-    const QModelIndex tl = m_model->indexAt(r1, c1);
-    const QModelIndex br = m_model->indexAt(r2, c2);
-    if (!tl.isValid() || !br.isValid())
-        return;
-    QScopedValueRollback<bool> guard(m_syncing, true);
-    selectionModel()->select(QItemSelection(tl, br), QItemSelectionModel::ClearAndSelect);
-}
-
-void GridView::currentChanged(const QModelIndex &current, const QModelIndex &previous)
-{
-    QTableView::currentChanged(current, previous);
-    if (!m_model || m_syncing || !current.isValid())
-        return;
-    QScopedValueRollback<bool> guard(m_syncing, true);
-    m_model->setCursor(m_model->gridRow(current), m_model->gridCol(current));
-}
-
-void GridView::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)
-{
-    QTableView::selectionChanged(selected, deselected);
-    if (!m_model || m_syncing)
-        return;
-    const QItemSelection all = selectionModel()->selection();
-    if (all.isEmpty())
-        return;
-    int top = INT_MAX, left = INT_MAX, bottom = -1, right = -1;
-    for (const QItemSelectionRange &range : all) {
-        top = std::min(top, range.top());
-        left = std::min(left, range.left());
-        bottom = std::max(bottom, range.bottom());
-        right = std::max(right, range.right());
-    }
-    QScopedValueRollback<bool> guard(m_syncing, true);
-    m_model->setSelectionBlock(top + m_model->fixedRows(), left + m_model->fixedCols(),
-                               bottom + m_model->fixedRows(), right + m_model->fixedCols());
 }
 
 bool GridView::edit(const QModelIndex &index, EditTrigger trigger, QEvent *event)

@@ -23,21 +23,16 @@ void twoLines(const QString &text, Currency &first, Currency &second)
     second = lf < 0 ? Currency() : Currency::fromText(whole.mid(lf + 1)).valueOr(Currency());
 }
 
-// Writes an amount's plain text unless the cell already holds exactly that:
-// a recalculation mostly finds the figures it would write.
+// The grid leaves a cell alone when it already holds the figure, so a
+// recalculation that mostly finds the figures it would write costs no redraw.
 void writeAmount(GridModel &grid, int row, int col, Currency value)
 {
-    char16_t buf[32];
-    const int n = value.toChars(buf);
-    const QStringView text(buf, n);
-    if (grid.textRef(row, col) != text)
-        grid.setText(row, col, text.toString());
+    grid.setAmount(row, col, value);
 }
 
 Currency amountAt(const GridModel &grid, int row, int col)
 {
-    const QString &text = grid.textRef(row, col);
-    return text.isEmpty() ? Currency() : Currency::fromText(text).valueOr(Currency());
+    return grid.amount(row, col);
 }
 
 } // namespace
@@ -114,13 +109,13 @@ void BalanceCalculator::calculate(int startRow)
     }
     const int last = m_grid.rows();
     for (; row < last; ++row) {
-        if (m_grid.textRef(row, m_outline).isEmpty()) {
+        if (m_grid.isEmpty(row, m_outline)) {
             m_grid.setText(row, m_dir, QString());
             m_grid.setText(row, m_balance, QString());
             m_grid.setText(row, m_fxBalance, QString());
             continue;
         }
-        if (BookRow::isSummaryTag(m_grid.textRef(row, m_tag))) {
+        if (BookRow::isSummaryCell(m_grid, row, m_tag)) {
             writeSummary(row, t);
         } else {
             const Currency debit = amountAt(m_grid, row, m_debit);

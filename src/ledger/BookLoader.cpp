@@ -22,6 +22,12 @@ namespace kx {
 
 namespace {
 
+// True when the cell holds exactly the text "0".
+bool isZero(const GridModel &grid, int row, int col)
+{
+    return !grid.isEmpty(row, col) && grid.amount(row, col).isZero() && grid.text(row, col) == QLatin1String("0");
+}
+
 const QStringList &amountFields()
 {
     using C = JournalColumns;
@@ -66,7 +72,7 @@ BookLoader::Outcome BookLoader::load(int docId)
         consolidated ? db.dialect().loadConsolidated(definition.subordinateIds()) : db.dialect().loadBook(book.docId);
     // The key index counts a book's records at once; the array is then sized once.
     const int expected = consolidated ? 0 : db.scalar(db.dialect().countRecords(book.docId)).valueOr(0).toInt();
-    Result<FetchedRows> fetched = RecordFetcher::fetch(db, query, amountFields(), expected);
+    Result<FetchedRows> fetched = RecordFetcher::fetch(db, query, amountFields(), expected, m_grid.fixedCols());
     if (!fetched.ok()) {
         m_host.prompt(fetched.error(), false);
         m_host.progress(-1);
@@ -84,7 +90,7 @@ BookLoader::Outcome BookLoader::load(int docId)
         outcome = Empty;
     } else {
         const QStringList names = rows.fieldNames;
-        m_grid.loadArray(std::move(rows.cells), m_grid.fixedRows(), m_grid.fixedCols());
+        m_grid.loadArray(std::move(rows.cells), m_grid.fixedRows(), 0);
         for (int i = 0; i < names.size(); ++i)
             m_grid.setColKey(m_grid.fixedCols() + i, names.at(i));
         if (consolidated)
@@ -199,20 +205,17 @@ void BookLoader::dressRows()
     const int first = m_grid.fixedRows();
     const int last = m_grid.rows() - 1;
     const JournalColumns columns(m_grid);
-    const int tag = columns[JournalColumns::Tag];
     const int dirId = columns[JournalColumns::DirID];
     const int accDoc = columns[JournalColumns::AccDoc];
     const int debit = columns[JournalColumns::Debit];
     const int credit = columns[JournalColumns::Credit];
     const int balance = columns[JournalColumns::Balance];
     const int dir = columns[JournalColumns::Dir];
-    const QString zero = QStringLiteral("0");
-
-    // Cells hold the fetched forms: integers and amounts in plain text, so
-    // signs and zeros are read off the text without parsing every row.
+    // Cells hold the fetched values typed: signs and zeros are read without
+    // making a text.
     int lastSum = m_state.lastSumRow;
     for (int r = first; r <= last; ++r)
-        if (BookRow::isSummaryTag(m_grid.textRef(r, tag)))
+        if (BookRow::of(m_grid, columns, r).isSummary())
             lastSum = r;
     m_state.lastSumRow = lastSum;
 
@@ -222,18 +225,23 @@ void BookLoader::dressRows()
     const QString broken = QStringLiteral("#错误的凭证链接#");
     int reported = 30;
     for (int r = first; r <= last; ++r) {
-        const bool summary = BookRow::isSummaryTag(m_grid.textRef(r, tag));
+        const BookRow row(m_grid, columns, r);
+        const bool summary = row.isSummary();
         if (summary)
             RowLook::markSummary(m_grid, m_state.looks, r);
-        const QString &link = m_grid.textRef(r, dirId);
-        if (!link.isEmpty() && link != zero && m_grid.textRef(r, accDoc).isEmpty())
+        if (!m_grid.isEmpty(r, dirId) && !isZero(m_grid, r, dirId) && m_grid.isEmpty(r, accDoc))
             m_grid.setText(r, accDoc, broken);
-        if (m_grid.textRef(r, debit) == zero)
+        if (isZero(m_grid, r, debit))
             m_grid.setText(r, debit, QString());
-        if (m_grid.textRef(r, credit) == zero)
+        if (isZero(m_grid, r, credit))
             m_grid.setText(r, credit, QString());
-        const QString &b = m_grid.textRef(r, balance);
-        m_grid.setText(r, dir, b.startsWith(QLatin1Char('-')) ? creditSide : (b.isEmpty() || b == zero) ? even : debitSide);
+        if (m_grid.isEmpty(r, balance) || isZero(m_grid, r, balance)) {
+            m_grid.setText(r, dir, even);
+        } else {
+            const int sign = m_grid.amount(r, balance).sign();
+            const bool negative = sign < 0 || (sign == 0 && m_grid.text(r, balance).startsWith(QLatin1Char('-')));
+            m_grid.setText(r, dir, negative ? creditSide : debitSide);
+        }
         // Summary rows, the opening row and everything above the last summary row are closed.
         const bool locked = summary || r == first || r <= lastSum;
         if (locked)

@@ -4,22 +4,9 @@
 
 namespace kx {
 
-namespace {
-
-// A two-line summary total reads by its first line.
-QStringView firstLine(const QString &text)
+QString BookRow::text(JournalColumns::Column column) const
 {
-    const qsizetype cr = text.indexOf(QLatin1Char('\r'));
-    const qsizetype lf = text.indexOf(QLatin1Char('\n'));
-    const qsizetype end = cr < 0 ? lf : (lf < 0 ? cr : std::min(cr, lf));
-    return end < 0 ? QStringView(text) : QStringView(text).left(end);
-}
-
-} // namespace
-
-const QString &BookRow::text(JournalColumns::Column column) const
-{
-    return m_grid->textRef(m_row, (*m_columns)[column]);
+    return m_grid->text(m_row, (*m_columns)[column]);
 }
 
 void BookRow::setText(JournalColumns::Column column, const QString &text) const
@@ -29,56 +16,32 @@ void BookRow::setText(JournalColumns::Column column, const QString &text) const
 
 Currency BookRow::amount(JournalColumns::Column column) const
 {
-    const QString &t = text(column);
-    return t.isEmpty() ? Currency() : Currency::fromText(firstLine(t)).valueOr(Currency());
+    return m_grid->amount(m_row, (*m_columns)[column]);
 }
 
 qint64 BookRow::number(JournalColumns::Column column) const
 {
-    const QString &t = text(column);
-    if (t.isEmpty())
-        return 0;
-    // Whole numbers are most of what these cells hold: read them straight off.
-    if (t.size() <= 18) {
-        const bool negative = t.front() == QLatin1Char('-');
-        qint64 n = 0;
-        qsizetype i = negative ? 1 : 0;
-        for (; i < t.size(); ++i) {
-            const char16_t c = t.at(i).unicode();
-            if (c < u'0' || c > u'9')
-                break;
-            n = n * 10 + (c - u'0');
-        }
-        if (i == t.size() && i > (negative ? 1 : 0))
-            return negative ? -n : n;
-    }
-    bool ok = false;
-    const qint64 n = t.toLongLong(&ok);
-    if (ok)
-        return n;
-    // Integer cells written by other tools may hold "12.0".
-    const Currency c = Currency::fromText(t).valueOr(Currency());
-    return c.isValid() ? c.raw() / Currency::Scale : 0;
+    return m_grid->number(m_row, (*m_columns)[column]);
 }
 
 QDate BookRow::date() const
 {
-    return QDate::fromString(dateText(), Qt::ISODate);
+    return m_grid->date(m_row, (*m_columns)[JournalColumns::JnlDate]);
 }
 
 bool BookRow::isDated() const
 {
-    return isIsoDate(dateText());
+    return date().isValid();
 }
 
 bool BookRow::isSummary() const
 {
-    return isSummaryTag(text(JournalColumns::Tag));
+    return isSummaryCell(*m_grid, m_row, (*m_columns)[JournalColumns::Tag]);
 }
 
 void BookRow::setLockedCell(bool locked) const
 {
-    setText(JournalColumns::Locked, locked ? QStringLiteral("1") : QStringLiteral("0"));
+    m_grid->setNumber(m_row, (*m_columns)[JournalColumns::Locked], locked ? 1 : 0);
 }
 
 BookRow::ChangeMark BookRow::changeMark() const
@@ -101,33 +64,11 @@ QString BookRow::dateLabel(const QDate &date, Label label)
     return date.toString(QStringLiteral("yyyy年MM月dd日"));
 }
 
-bool BookRow::isSummaryTag(const QString &text)
+bool BookRow::isSummaryCell(const GridModel &grid, int row, int tagCol)
 {
-    // Most rows carry "0" or nothing: the sign decides before any parsing.
-    if (text.isEmpty() || text.front() != QLatin1Char('-'))
-        return false;
-    bool ok = false;
-    const qint64 n = text.toLongLong(&ok);
-    return ok ? n < 0 : Currency::fromText(text).valueOr(Currency()).sign() < 0;
-}
-
-bool BookRow::isIsoDate(const QString &t)
-{
-    if (t.size() != 10 || t.at(4) != QLatin1Char('-') || t.at(7) != QLatin1Char('-'))
-        return false;
-    int parts[3] = {0, 0, 0};
-    int part = 0;
-    for (int i = 0; i < 10; ++i) {
-        if (i == 4 || i == 7) {
-            ++part;
-            continue;
-        }
-        const char16_t c = t.at(i).unicode();
-        if (c < u'0' || c > u'9')
-            return false;
-        parts[part] = parts[part] * 10 + (c - u'0');
-    }
-    return QDate::isValid(parts[0], parts[1], parts[2]);
+    // Whole numbers are most of what the cell holds; "-1.5" counts too.
+    const qint64 n = grid.number(row, tagCol);
+    return n < 0 || (n == 0 && grid.amount(row, tagCol).sign() < 0);
 }
 
 } // namespace kx

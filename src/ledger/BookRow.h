@@ -41,7 +41,7 @@ public:
     int index() const { return m_row; }
 
     /// The cell text of \a column.
-    const QString &text(JournalColumns::Column column) const;
+    QString text(JournalColumns::Column column) const;
     /// Writes the cell text of \a column.
     void setText(JournalColumns::Column column, const QString &text) const;
     /// The cell of \a column as an amount (zero when empty or not an amount;
@@ -51,7 +51,7 @@ public:
     qint64 number(JournalColumns::Column column) const;
 
     /// The ISO text of the row's date.
-    const QString &dateText() const { return text(JournalColumns::JnlDate); }
+    QString dateText() const { return text(JournalColumns::JnlDate); }
     /// The row's date (invalid when the cell holds none).
     QDate date() const;
     /// True when the date cell holds a real day as yyyy-MM-dd.
@@ -77,7 +77,7 @@ public:
     /// True for a summary row: one with a negative tag.
     bool isSummary() const;
     /// True when the row belongs to a closed period.
-    bool isLocked() const { return text(JournalColumns::Locked) == QLatin1String("1"); }
+    bool isLocked() const { return number(JournalColumns::Locked) == 1 && text(JournalColumns::Locked) == QLatin1String("1"); }
     /// Writes the Locked cell (the row's colour is the caller's business).
     void setLockedCell(bool locked) const;
 
@@ -92,10 +92,9 @@ public:
     /// \a date in the form \a label asks for.
     static QString dateLabel(const QDate &date, Label label);
 
-    /// True when \a text is a summary row's tag: a negative whole number.
-    static bool isSummaryTag(const QString &text);
-    /// True when \a text is yyyy-MM-dd naming a real day.
-    static bool isIsoDate(const QString &text);
+    /// True when the tag cell (\a row, \a tagCol) marks a summary row: a
+    /// negative number.
+    static bool isSummaryCell(const GridModel &grid, int row, int tagCol);
 
 private:
     GridModel *m_grid;

@@ -61,7 +61,7 @@ quint64 StoredRecords::fingerprint(const RecordValues &record)
     for (RecordField f : RecordWriter::fields(record.withAmounts)) {
         const FieldValue &v = record[f];
         // An empty text and a missing one are stored alike.
-        h = mix(h, v.kind == FieldValue::Text ? quint64(qHash(*v.text, 0x6b78)) : quint64(v.number));
+        h = mix(h, v.kind == FieldValue::Text ? quint64(qHash(v.text, 0x6b78)) : quint64(v.number));
     }
     return h;
 }

@@ -24,7 +24,7 @@ void fill(GridModel &g, int n)
     CellArray a(n, 5);
     for (int r = 0; r < n; ++r)
         for (int c = 0; c < 5; ++c)
-            a.at(r, c) = QStringLiteral("r%1c%2").arg(r + 1).arg(c + 1);
+            a.setText(r, c, QStringLiteral("r%1c%2").arg(r + 1).arg(c + 1));
     g.loadArray(std::move(a));
 }
 
@@ -135,8 +135,8 @@ TEST(GridModel, AddItemAndLoadArrayPlaceTextsWhereTheGridSays)
 
     // A load replaces everything from its first row on, keeps rows above it.
     CellArray a(2, 2);
-    a.at(0, 0) = QStringLiteral("p");
-    a.at(1, 1) = QStringLiteral("q");
+    a.setText(0, 0, QStringLiteral("p"));
+    a.setText(1, 1, QStringLiteral("q"));
     g.loadArray(std::move(a), 2, 2);
     EXPECT_EQ(g.rows(), 4);
     EXPECT_EQ(g.text(1, 1), QStringLiteral("before"));
@@ -146,7 +146,7 @@ TEST(GridModel, AddItemAndLoadArrayPlaceTextsWhereTheGridSays)
     EXPECT_EQ(g.text(3, 4), QString());
 
     CellArray wide(1, 8);
-    wide.at(0, 7) = QStringLiteral("w");
+    wide.setText(0, 7, QStringLiteral("w"));
     g.loadArray(std::move(wide));
     EXPECT_EQ(g.rows(), 2);
     EXPECT_EQ(g.cols(), 9);

@@ -1,0 +1,122 @@
+#pragma once
+
+#include "grid/Cell.h"
+#include "grid/TextPool.h"
+
+#include <QVariant>
+#include <memory>
+#include <vector>
+
+namespace kx {
+
+class CellArray;
+
+/// The grid's cells and per-row marks, typed and compact: a row is one
+/// array of eight-byte cells and a few bytes of marks; texts live once in a
+/// pool. Text is made on demand when read. Knows nothing of looks, columns
+/// or Qt models: GridModel projects it.
+class CellStore
+{
+public:
+    CellStore() = default;
+    ~CellStore();
+    CellStore(const CellStore &) = delete;
+    CellStore &operator=(const CellStore &) = delete;
+
+    /// Row count (fixed rows included).
+    int rows() const { return int(m_rows.size()); }
+    /// Column count (fixed columns included).
+    int cols() const { return m_cols; }
+    /// True inside the store.
+    bool contains(int row, int col) const { return row >= 0 && row < rows() && col >= 0 && col < m_cols; }
+
+    /// Grows or shrinks to \a n rows; new rows are empty and touched.
+    void resizeRows(int n);
+    /// Grows or shrinks every row to \a n columns.
+    void resizeCols(int n);
+    /// Inserts an empty, touched row before \a at.
+    void insertRow(int at);
+    /// Removes row \a at.
+    void removeRow(int at);
+    /// Moves row \a from so that it ends up at \a to.
+    void moveRow(int from, int to);
+    /// Moves column \a from so that it ends up at \a to.
+    void moveCol(int from, int to);
+    /// Replaces the rows from \a firstRow on with \a block's rows, its
+    /// cells from column \a firstCol; the block is emptied. Adopted rows are
+    /// clean (not touched).
+    void adopt(CellArray &block, int firstRow, int firstCol);
+
+    /// The cell at (row, col) (Empty outside).
+    Cell cell(int row, int col) const { return contains(row, col) ? m_rows[std::size_t(row)].cells[std::size_t(col)] : Cell(); }
+    /// The cell's text, as written.
+    QString text(int row, int col) const;
+    /// Writes a text; false when the cell already held it (nothing changes).
+    bool setText(int row, int col, const QString &text);
+    /// Writes a typed cell (not Text); false when nothing changes.
+    bool setTyped(int row, int col, Cell cell);
+    /// The cell as an amount (see GridModel::amount).
+    Currency amount(int row, int col) const;
+    /// The cell as a whole number (see GridModel::number).
+    qint64 number(int row, int col) const;
+    /// The cell as a day (see GridModel::date).
+    QDate date(int row, int col) const;
+
+    /// Hidden data of a cell.
+    QVariant cellData(int row, int col) const;
+    /// Sets hidden data of a cell.
+    void setCellData(int row, int col, const QVariant &value);
+    /// Row data.
+    QVariant rowData(int row) const;
+    /// Sets row data.
+    void setRowData(int row, const QVariant &value);
+
+    /// Per-row flags.
+    enum RowFlag : std::uint8_t { Hidden = 1, Subtotal = 2, Touched = 4, SmallMark = 8 };
+    /// Whether \a flag is set on \a row.
+    bool rowFlag(int row, RowFlag flag) const { return row >= 0 && row < rows() && (m_rows[std::size_t(row)].flags & flag); }
+    /// Sets or clears \a flag on \a row.
+    void setRowFlag(int row, RowFlag flag, bool on);
+    /// Clears Touched on every row.
+    void markAllClean();
+    /// Row height (-1: the default).
+    int rowHeight(int row) const { return row >= 0 && row < rows() ? m_rows[std::size_t(row)].height : -1; }
+    /// Sets a row height (-1: the default).
+    void setRowHeight(int row, int height);
+    /// Outline level of a row.
+    int outline(int row) const { return row >= 0 && row < rows() ? m_rows[std::size_t(row)].outline : 0; }
+    /// Sets the outline level of a row (0…255).
+    void setOutline(int row, int level);
+    /// Rows whose height was set or that are hidden (0: every row is uniform).
+    int irregularRows() const { return m_irregular; }
+
+    /// Bytes held by rows and pool beyond the texts' characters (for measurements).
+    std::size_t overheadBytes() const;
+
+private:
+    struct RowExtra {
+        std::vector<QVariant> data;  ///< empty, or one per column
+        QVariant rowData;
+    };
+    struct Row {
+        std::unique_ptr<Cell[]> cells;
+        std::unique_ptr<RowExtra> extra;
+        std::int16_t height = -1;
+        std::int8_t mark = 0;  ///< row data when it is a small whole number
+        std::uint8_t outline = 0;
+        std::uint8_t flags = Touched;
+    };
+
+    Row makeRow() const;
+    void releaseRow(Row &row);
+    void release(Cell cell);
+    static bool irregular(const Row &row) { return row.height >= 0 || (row.flags & Hidden); }
+    void countIrregular(const Row &row, int delta) { m_irregular += irregular(row) ? delta : 0; }
+
+    std::vector<Row> m_rows;
+    int m_cols = 0;
+    int m_irregular = 0;
+    TextPool m_pool;
+};
+
+} // namespace kx

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QStringList>
+#include <memory>
+#include <vector>
+
+namespace kx {
+
+/// The grid's looks: per-cell colours, bold, font and alignment kept only
+/// for cells that have one, a text colour per row, and the font-name table.
+/// Rows run parallel to the cell store's; GridModel keeps them in step.
+class GridStyles
+{
+public:
+    /// One cell's own look; a dozen bytes.
+    struct CellStyle {
+        QRgb fore = 0;
+        QRgb back = 0;
+        quint16 fontIndex = 0;  ///< 0 = none; else index + 1 into the font-name table
+        quint16 align = 0;      ///< 0 = the column's alignment
+        quint8 flags = 0;
+        enum : quint8 { HasFore = 1, HasBack = 2, HasBold = 4, Bold = 8 };
+    };
+
+    /// The look of a cell, or nullptr when it has none.
+    const CellStyle *at(int row, int col) const;
+    /// The look of a cell, made when missing (row and col in range).
+    CellStyle &make(int row, int col);
+    /// The text colour of a row's data cells (invalid: none).
+    QColor rowFore(int row) const;
+    /// Sets a row's text colour and drops its cells' own text colours from \a firstCol on.
+    void setRowFore(int row, const QColor &color, int firstCol);
+    /// Drops the font of column \a col from every cell's own look.
+    void dropColumnFont(int col);
+
+    /// Index + 1 of \a family in the font-name table (0 for empty text).
+    quint16 fontIndex(const QString &family);
+    /// The family at index + 1 \a index.
+    const QString &fontName(quint16 index) const { return m_fontNames.at(index - 1); }
+
+    /// Row count kept in step with the cell store.
+    void resizeRows(int n);
+    /// Column count kept in step with the cell store.
+    void resizeCols(int n);
+    /// A row inserted before \a at.
+    void insertRow(int at);
+    /// Row \a at removed.
+    void removeRow(int at);
+    /// Row \a from moved to \a to.
+    void moveRow(int from, int to);
+    /// Column \a from moved to \a to.
+    void moveCol(int from, int to);
+
+private:
+    struct RowLook {
+        std::unique_ptr<CellStyle[]> cells;
+        QRgb fore = 0;
+        bool hasFore = false;
+    };
+    std::vector<RowLook> m_rows;
+    int m_cols = 0;
+    QStringList m_fontNames;
+};
+
+} // namespace kx

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QString>
+#include <cstdint>
+#include <vector>
+
+namespace kx {
+
+/// The texts of a grid, each kept once and counted: account names,
+/// directions and labels repeat down a book, so a row refers to them by id.
+/// An id lives while cells refer to it; its slot is reused afterwards.
+class TextPool
+{
+public:
+    /// The id of \a text, with one more reference.
+    std::uint32_t intern(const QString &text);
+    /// Adds a reference to \a id.
+    void retain(std::uint32_t id) { ++m_refs[id]; }
+    /// Drops a reference to \a id; the text goes when none is left.
+    void release(std::uint32_t id);
+    /// The text of a live id.
+    const QString &text(std::uint32_t id) const { return m_texts[id]; }
+    /// How many distinct texts are alive.
+    std::size_t liveCount() const { return m_ids.size(); }
+    /// Bytes held beyond the texts' own characters (for measurements).
+    std::size_t overheadBytes() const;
+
+private:
+    std::vector<QString> m_texts;
+    std::vector<std::uint32_t> m_refs;
+    std::vector<std::uint32_t> m_free;
+    QHash<QString, std::uint32_t> m_ids;
+};
+
+/// Decodes UTF-8 field values into pool ids, decoding each distinct value of
+/// a column once: a fetch meets the same account name thousands of times.
+/// Each column remembers a few thousand values, so a column of unique
+/// explanations costs no more than decoding them.
+class Utf8Interner
+{
+public:
+    /// An interner for \a columns columns into \a pool.
+    Utf8Interner(TextPool &pool, int columns) : m_pool(pool), m_seen(std::size_t(columns)) {}
+    /// Drops the references the interner held to remember values.
+    ~Utf8Interner();
+    Utf8Interner(const Utf8Interner &) = delete;
+    Utf8Interner &operator=(const Utf8Interner &) = delete;
+    /// The id (with one more reference) of the text \a bytes holds.
+    std::uint32_t intern(int column, const char *bytes, int size);
+
+private:
+    static constexpr int Cap = 4096;
+    TextPool &m_pool;
+    std::vector<QHash<QByteArray, std::uint32_t>> m_seen;
+};
+
+} // namespace kx
