@@ -1,0 +1,170 @@
+// The typed store must be invisible: whatever text goes in comes out, and
+// the typed reads agree with what the text says.
+#include "grid/CellStore.h"
+
+#include <kxjournal/CellArray.h>
+#include <kxjournal/GridModel.h>
+#include <kxjournal/GridView.h>
+
+#include <QAbstractItemModelTester>
+#include <QRandomGenerator>
+#include <QSignalSpy>
+#include <gtest/gtest.h>
+
+using kx::Cell;
+using kx::CellStore;
+using kx::Currency;
+using kx::GridModel;
+
+namespace {
+
+// Texts near every edge of the typed forms, and plain ones.
+QString randomText(QRandomGenerator &rng)
+{
+    static const char *const fixed[] = {
+        "0", "-0", "00", "007", "-", "12", "-12", "999999999999999999", "1000000000000000000",
+        "-999999999999999999", "1.5", "1.50", "-0.01", "0.0001", "0.00001", ".5", "1e5", "1,250.5", "1250.5",
+        "2026-01-05", "2026-1-5", "2026-02-30", "0000-01-01", "0001-01-01", "9999-12-31", "2026-01-05 ",
+        " 12", "12 ", "+12", "借", "贷", "平", "小结", "#错误的凭证链接#", "1,234.50\r\n8,000.00", "",
+        "922337203685477.5807", "-922337203685477.5808", "576460752303423.4880", "１２",
+    };
+    const int pick = int(rng.bounded(4));
+    if (pick < 2)
+        return QString::fromUtf8(fixed[rng.bounded(int(std::size(fixed)))]);
+    if (pick == 2) {
+        // A random number in one of the forms people type.
+        const qint64 units = qint64(rng.bounded(2000000)) - 1000000;
+        const int frac = int(rng.bounded(10000));
+        switch (rng.bounded(3)) {
+        case 0: return QString::number(units);
+        case 1: return QString::number(units) + QLatin1Char('.') + QString::number(frac);
+        default: return QDate(2000, 1, 1).addDays(rng.bounded(20000)).toString(Qt::ISODate);
+        }
+    }
+    QString s;
+    const int len = int(rng.bounded(6));
+    for (int i = 0; i < len; ++i)
+        s += QChar(u"0123456789-.,: 年月日现金银行"[rng.bounded(22)]);
+    return s;
+}
+
+} // namespace
+
+TEST(CellStore, EveryTextReadsBackAsWrittenAndEqualTextsChangeNothing)
+{
+    QRandomGenerator rng(20261123);
+    CellStore store;
+    store.resizeCols(4);
+    store.resizeRows(50);
+    std::vector<QString> expected(200);
+    for (int round = 0; round < 20000; ++round) {
+        const int r = int(rng.bounded(50));
+        const int c = int(rng.bounded(4));
+        const QString text = randomText(rng);
+        const bool changed = store.setText(r, c, text);
+        QString &mine = expected[std::size_t(r * 4 + c)];
+        ASSERT_EQ(changed, mine != text) << qPrintable(text) << " over " << qPrintable(mine);
+        mine = text;
+        ASSERT_EQ(store.text(r, c), text);
+    }
+    for (int r = 0; r < 50; ++r)
+        for (int c = 0; c < 4; ++c)
+            ASSERT_EQ(store.text(r, c), expected[std::size_t(r * 4 + c)]);
+}
+
+TEST(CellStore, TypedReadsAgreeWithTheTextAndTypedWritesWithTexts)
+{
+    CellStore store;
+    store.resizeCols(2);
+    store.resizeRows(1);
+    const auto put = [&](const char *text) { store.setText(0, 0, QString::fromUtf8(text)); };
+
+    put("1250.5");
+    EXPECT_EQ(store.amount(0, 0), Currency::fromRaw(12505000));
+    EXPECT_EQ(store.number(0, 0), 1250);
+    put("1,250.50");  // kept as text, still an amount
+    EXPECT_EQ(store.amount(0, 0), Currency::fromRaw(12505000));
+    EXPECT_EQ(store.text(0, 0), QStringLiteral("1,250.50"));
+    put("300\r\n1200");  // a two-line total reads by its first line
+    EXPECT_EQ(store.amount(0, 0), Currency::fromUnits(300));
+    put("2026-02-28");
+    EXPECT_EQ(store.date(0, 0), QDate(2026, 2, 28));
+    EXPECT_TRUE(store.amount(0, 0).isZero());
+    put("2026-02-30");
+    EXPECT_FALSE(store.date(0, 0).isValid());
+    put("12.0");
+    EXPECT_EQ(store.number(0, 0), 12) << "integer cells written by other tools";
+
+    // A typed write of what the cell already says is no change at all.
+    put("100");
+    EXPECT_FALSE(store.setTyped(0, 0, Cell::amount(Currency::fromUnits(100))));
+    EXPECT_TRUE(store.setTyped(0, 0, Cell::amount(Currency::fromRaw(1000001))));
+    EXPECT_EQ(store.text(0, 0), QStringLiteral("100.0001"));
+    EXPECT_FALSE(store.setText(0, 0, QStringLiteral("100.0001")));
+}
+
+TEST(CellStore, PooledTextsAreFreedWhenNoCellHoldsThemAndSurviveRowWork)
+{
+    CellStore store;
+    store.resizeCols(3);
+    store.resizeRows(4);
+    for (int r = 0; r < 4; ++r)
+        store.setText(r, 1, r % 2 ? QStringLiteral("工商银行") : QStringLiteral("现金"));
+    store.setText(2, 2, QStringLiteral("只此一处"));
+    store.moveRow(0, 3);
+    store.moveCol(1, 2);
+    store.insertRow(1);
+    EXPECT_EQ(store.text(0, 2), QStringLiteral("工商银行"));
+    EXPECT_EQ(store.text(1, 2), QString());
+    EXPECT_EQ(store.text(2, 1), QStringLiteral("只此一处"));
+    EXPECT_EQ(store.text(4, 2), QStringLiteral("现金"));
+    store.removeRow(2);
+    store.resizeCols(1);
+    store.resizeCols(3);
+    EXPECT_EQ(store.text(0, 2), QString()) << "columns cut away take their texts";
+
+    kx::CellArray block(2, 3);
+    block.setText(0, 1, QStringLiteral("现金"));
+    block.setUtf8(1, 1, "银行", 6);
+    block.setUtf8(1, 2, "2026-01-05", 10);
+    store.adopt(block, 1, 0);
+    EXPECT_EQ(store.rows(), 3);
+    EXPECT_EQ(store.text(2, 1), QStringLiteral("银行"));
+    EXPECT_EQ(store.date(2, 2), QDate(2026, 1, 5));
+    EXPECT_EQ(block.rows(), 0);
+}
+
+TEST(GridModel, ViewsShareTheGridsOneSelection)
+{
+    GridModel grid;
+    QAbstractItemModelTester tester(&grid, QAbstractItemModelTester::FailureReportingMode::Fatal);
+    grid.setCols(5);
+    grid.setRows(8);
+    kx::GridView view;
+    view.setGridModel(&grid);
+    ASSERT_EQ(view.selectionModel(), grid.selectionModel());
+
+    QSignalSpy moved(&grid, &GridModel::cursorChanged);
+    grid.select(3, 2, 5, 4);
+    EXPECT_EQ(view.currentIndex(), grid.indexAt(3, 2));
+    EXPECT_EQ(view.selectionModel()->selectedIndexes().size(), 9);
+
+    // What the user selects is what code without the view reads.
+    view.setCurrentIndex(grid.indexAt(6, 1));
+    int r1, c1, r2, c2;
+    grid.selection(r1, c1, r2, c2);
+    EXPECT_EQ(std::make_tuple(grid.row(), grid.col(), r1, c1, r2, c2), std::make_tuple(6, 1, 6, 1, 6, 1));
+    EXPECT_EQ(moved.count(), 2);
+
+    // A load replaces the rows; the cursor stays on a data cell.
+    kx::CellArray rows(3, 5);
+    grid.loadArray(std::move(rows), 1, 0);
+    EXPECT_EQ(grid.row(), 3);
+    grid.removeRowAt(3);
+    EXPECT_EQ(grid.row(), 2);
+    EXPECT_TRUE(grid.uniformRows());
+    grid.setRowHeight(1, 40);
+    EXPECT_FALSE(grid.uniformRows());
+    grid.setRowHeight(1, -1);
+    EXPECT_TRUE(grid.uniformRows());
+}
