@@ -12,15 +12,15 @@ kx::CellArray journalArray(int rows)
 {
     kx::CellArray a(rows, Cols);
     for (int r = 0; r < rows; ++r) {
-        a.at(r, 0) = QStringLiteral("2026年%1月%2日").arg(r % 12 + 1, 2, 10, QLatin1Char('0')).arg(r % 28 + 1, 2, 10, QLatin1Char('0'));
-        a.at(r, 1) = QStringLiteral("2026-%1-%2").arg(r % 12 + 1, 2, 10, QLatin1Char('0')).arg(r % 28 + 1, 2, 10, QLatin1Char('0'));
-        a.at(r, 2) = QString::number(r + 1);
-        a.at(r, 3) = QStringLiteral("银行存款");
-        a.at(r, 5) = QStringLiteral("收到货款");
-        a.at(r, 6) = QString::number((r * 37) % 100000) + QStringLiteral(".25");
-        a.at(r, 11) = QString::number(r * 13) + QStringLiteral(".5");
+        a.setText(r, 0, QStringLiteral("2026年%1月%2日").arg(r % 12 + 1, 2, 10, QLatin1Char('0')).arg(r % 28 + 1, 2, 10, QLatin1Char('0')));
+        a.setText(r, 1, QStringLiteral("2026-%1-%2").arg(r % 12 + 1, 2, 10, QLatin1Char('0')).arg(r % 28 + 1, 2, 10, QLatin1Char('0')));
+        a.setText(r, 2, QString::number(r + 1));
+        a.setText(r, 3, QStringLiteral("银行存款"));
+        a.setText(r, 5, QStringLiteral("收到货款"));
+        a.setText(r, 6, QString::number((r * 37) % 100000) + QStringLiteral(".25"));
+        a.setText(r, 11, QString::number(r * 13) + QStringLiteral(".5"));
         for (int c = 19; c < Cols; ++c)
-            a.at(r, c) = QString::number(r + c);
+            a.setText(r, c, QString::number(r + c));
     }
     return a;
 }
