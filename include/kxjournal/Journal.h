@@ -35,21 +35,21 @@ class KXJOURNAL_EXPORT Journal : public QWidget
     Q_PROPERTY(QString Message READ Message WRITE setMessage)
     Q_PROPERTY(kx::AccContext *Acc READ Acc WRITE setAcc)
     Q_PROPERTY(QString Caption READ Caption WRITE setCaption NOTIFY captionChanged)
-    Q_PROPERTY(QString FmtName READ FmtName)
-    Q_PROPERTY(QString FmtFlag READ FmtFlag)
-    Q_PROPERTY(int fmtID READ fmtID)
+    Q_PROPERTY(QString FmtName READ FmtName NOTIFY bookChanged)
+    Q_PROPERTY(QString FmtFlag READ FmtFlag NOTIFY bookChanged)
+    Q_PROPERTY(int fmtID READ fmtID NOTIFY bookChanged)
     Q_PROPERTY(bool IsPackedJnl READ IsPackedJnl WRITE setIsPackedJnl NOTIFY packedChanged)
-    Q_PROPERTY(bool IsBottomClass READ IsBottomClass)
-    Q_PROPERTY(QString AccCode READ AccCode)
-    Q_PROPERTY(QString AccName READ AccName)
-    Q_PROPERTY(int RelativeAccID READ RelativeAccID WRITE setRelativeAccID)
-    Q_PROPERTY(QString RelativeAccCode READ RelativeAccCode)
-    Q_PROPERTY(QString RelativeAccName READ RelativeAccName)
-    Q_PROPERTY(QString Direction READ Direction WRITE setDirection)
-    Q_PROPERTY(QString ObjName READ ObjName)
-    Q_PROPERTY(int LastSumRow READ LastSumRow WRITE setLastSumRow)
+    Q_PROPERTY(bool IsBottomClass READ IsBottomClass NOTIFY bookChanged)
+    Q_PROPERTY(QString AccCode READ AccCode NOTIFY bookChanged)
+    Q_PROPERTY(QString AccName READ AccName NOTIFY bookChanged)
+    Q_PROPERTY(int RelativeAccID READ RelativeAccID WRITE setRelativeAccID NOTIFY bookChanged)
+    Q_PROPERTY(QString RelativeAccCode READ RelativeAccCode NOTIFY bookChanged)
+    Q_PROPERTY(QString RelativeAccName READ RelativeAccName NOTIFY bookChanged)
+    Q_PROPERTY(QString Direction READ Direction WRITE setDirection NOTIFY bookChanged)
+    Q_PROPERTY(QString ObjName READ ObjName NOTIFY bookChanged)
+    Q_PROPERTY(int LastSumRow READ LastSumRow WRITE setLastSumRow NOTIFY bookChanged)
     Q_PROPERTY(kx::GridModel *Grid READ Grid)
-    Q_PROPERTY(bool AllowAccDoc READ AllowAccDoc)
+    Q_PROPERTY(bool AllowAccDoc READ AllowAccDoc NOTIFY bookChanged)
     Q_PROPERTY(QColor BorderColor READ BorderColor WRITE setBorderColor)
     Q_PROPERTY(QColor BackColor READ BackColor WRITE setBackColor)
     Q_PROPERTY(QColor BackColorFixed READ BackColorFixed WRITE setBackColorFixed)
@@ -77,12 +77,12 @@ class KXJOURNAL_EXPORT Journal : public QWidget
     Q_PROPERTY(QString DateFormat READ DateFormat WRITE setDateFormat)
     Q_PROPERTY(bool AllowModify READ AllowModify WRITE setAllowModify)
     Q_PROPERTY(bool AllowAudit READ AllowAudit)
-    Q_PROPERTY(int Rows READ Rows)
+    Q_PROPERTY(int Rows READ Rows NOTIFY bookChanged)
     Q_PROPERTY(bool IsDirty READ IsDirty WRITE setIsDirty NOTIFY dirtyChanged)
-    Q_PROPERTY(bool IsLastSumRow READ IsLastSumRow)
+    Q_PROPERTY(bool IsLastSumRow READ IsLastSumRow NOTIFY bookChanged)
     Q_PROPERTY(int DocID READ DocID WRITE setDocID NOTIFY docIdChanged)
     Q_PROPERTY(QDate JnlDate READ JnlDate WRITE setJnlDate)
-    Q_PROPERTY(QString Statistics READ Statistics)
+    Q_PROPERTY(QString Statistics READ Statistics NOTIFY bookChanged)
 
 public:
     /// A control with an empty grid and its persisted properties at their defaults.
@@ -360,6 +360,10 @@ Q_SIGNALS:
     void dirtyChanged(bool dirty);
     /// Another book was set.
     void docIdChanged(int docId);
+    /// An operation on the book ended (a load, a save, summary-row work, a
+    /// new definition or direction): what the book-derived properties say
+    /// may have changed.
+    void bookChanged();
 
 protected:
     void contextMenuEvent(QContextMenuEvent *event) override;

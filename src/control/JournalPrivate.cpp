@@ -61,6 +61,7 @@ void JournalPrivate::leave(const QString &name)
     m_running.clear();
     if (isLong(name) && hasScreen())
         QGuiApplication::restoreOverrideCursor();
+    Q_EMIT q->bookChanged();
 }
 
 void JournalPrivate::prompt(const QString &text, bool showBox)

@@ -86,7 +86,9 @@ TEST_F(JournalOperations, NothingStartsWhileALoadRuns)
         journal.DoCommand(QStringLiteral("Refresh"));
         journal.setDocID(bookB);
     });
+    QSignalSpy bookChanged(&journal, &Journal::bookChanged);
     ASSERT_TRUE(journal.Load());
+    EXPECT_EQ(bookChanged.count(), 1) << "refused requests change nothing, so they say nothing";
     EXPECT_EQ(inner, (QList<bool>{false, false, false, false}));
     EXPECT_EQ(journal.DocID(), bookA);
     EXPECT_EQ(said.count(QStringLiteral("正在读入记录，请等它完成后再试。")), 7);

@@ -73,6 +73,11 @@ TEST(Journal, MetaObjectCarriesTheWholeThinInterface)
         ASSERT_GE(i, 0) << "missing property " << p.name;
         EXPECT_EQ(mo.property(i).isWritable(), p.writable) << p.name;
     }
+    // Bindings (QML, property browsers) learn of changes made by loading,
+    // saving or moving the cursor, not only of their own writes.
+    for (const char *name : {"Caption", "IsPackedJnl", "AccName", "Direction", "LastSumRow", "Rows", "IsDirty",
+                             "DocID", "Row", "Statistics"})
+        EXPECT_TRUE(mo.property(mo.indexOfProperty(name)).hasNotifySignal()) << name;
     for (const char *m : {"AccID(int)", "setAccID(int,int)", "Initial()", "Get_AccCodeField(QString,int)",
                           "Prompt(QString,bool)", "DoCommand(QString,QString)", "Load(int)", "Save()",
                           "InsSumRow(int)", "RemoveSumRow(int)", "SetDefaultFormat()"}) {
