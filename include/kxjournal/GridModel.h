@@ -136,6 +136,9 @@ public:
     void setDate(int row, int col, const QDate &date);
     /// True when the cell holds no text.
     bool isEmpty(int row, int col) const;
+    /// A 64-bit hash of the cell's text, made without making the text:
+    /// equal texts hash alike in any grid and any run.
+    quint64 textHash(int row, int col) const;
     /// Hidden cell data.
     QVariant cellData(int row, int col) const;
     /// Sets hidden cell data.

@@ -316,6 +316,16 @@ bool GridModel::isEmpty(int row, int col) const
     return d->store.cell(row, col).kind() == Cell::Empty;
 }
 
+quint64 GridModel::textHash(int row, int col) const
+{
+    // Each text has one encoding, so hashing the encoding of typed cells
+    // is hashing their text; pooled texts hash by their characters.
+    const Cell cell = d->store.cell(row, col);
+    if (cell.kind() != Cell::Text)
+        return cell.bits() * 0x9e3779b97f4a7c15ULL;
+    return quint64(qHash(d->store.text(row, col), 0x6b78)) ^ 0x5bd1e9955bd1e995ULL;
+}
+
 QVariant GridModel::cellData(int row, int col) const
 {
     return d->store.cellData(row, col);

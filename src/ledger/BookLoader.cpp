@@ -139,13 +139,14 @@ void BookLoader::rememberStored()
     // Read off the fetched cells before dressing changes their looks.
     const JournalColumns columns(m_grid);
     const int first = m_grid.fixedRows();
+    m_state.stored.reserve(m_grid.rows() - first);
     for (int r = first; r < m_grid.rows(); ++r) {
         const BookRow row(m_grid, columns, r);
-        if (row.recId() <= 0)
+        const int recId = row.recId();
+        if (recId <= 0)
             continue;
-        const RecordValues rec = StoredRecords::recordOf(row, int(row.number(JournalColumns::DocID)),
-                                                         int(row.number(JournalColumns::Row)), r == first);
-        m_state.stored.remember(rec.recId, rec);
+        m_state.stored.remember(recId, StoredRecords::fingerprint(row, int(row.number(JournalColumns::DocID)),
+                                                                  int(row.number(JournalColumns::Row)), r == first));
     }
 }
 

@@ -24,6 +24,11 @@ qint64 BookRow::number(JournalColumns::Column column) const
     return m_grid->number(m_row, (*m_columns)[column]);
 }
 
+quint64 BookRow::textHash(JournalColumns::Column column) const
+{
+    return m_grid->textHash(m_row, (*m_columns)[column]);
+}
+
 QDate BookRow::date() const
 {
     return m_grid->date(m_row, (*m_columns)[JournalColumns::JnlDate]);

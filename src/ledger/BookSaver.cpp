@@ -76,6 +76,7 @@ Result<void> BookSaver::writeRecords()
     // Only what differs from what the database holds is written: new rows,
     // changed ones, and rows whose place (the stored Row) moved.
     std::vector<RecordValues> records;
+    std::vector<quint64> prints;  // what each written record will be known by
     int reported = -1;
     const bool shifted = m_grid.rowsShiftedSinceClean();
     for (int r = first; r <= last; ++r) {
@@ -94,9 +95,11 @@ Result<void> BookSaver::writeRecords()
         // Rows without a date are never stored: blank rows and the empty row at the bottom.
         if (!row.isDated())
             continue;
-        RecordValues rec = StoredRecords::recordOf(row, m_state.book.docId, r, r == first);
-        if (rec.recId <= 0 || !m_state.stored.holds(rec))
-            records.push_back(std::move(rec));
+        const quint64 print = StoredRecords::fingerprint(row, m_state.book.docId, r, r == first);
+        if (row.recId() <= 0 || !m_state.stored.holds(row.recId(), print)) {
+            records.push_back(StoredRecords::recordOf(row, m_state.book.docId, r, r == first));
+            prints.push_back(print);
+        }
     }
 
     Transaction tx(db);
@@ -140,7 +143,8 @@ Result<void> BookSaver::writeRecords()
     for (int key : m_state.removedRecords)
         m_state.stored.forget(key);
     const bool anyLocked = m_state.lastSumRow != first;
-    for (RecordValues &rec : records) {
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        RecordValues &rec = records[i];
         const BookRow row(m_grid, columns, rec.gridRow);
         const auto added = keys.constFind(rec.gridRow);
         if (added != keys.constEnd()) {
@@ -151,7 +155,7 @@ Result<void> BookSaver::writeRecords()
         row.setChangeMark(BookRow::Saved);
         const bool locked = anyLocked && rec.gridRow <= m_state.lastSumRow;
         m_grid.setRowForeColor(rec.gridRow, locked ? m_state.looks.lockedForeColor : QColor());
-        m_state.stored.remember(rec.recId, rec);
+        m_state.stored.remember(rec.recId, prints[i]);
     }
     if (emptied) {
         BookRow(m_grid, columns, openingRow).setText(JournalColumns::RecID, QStringLiteral("0"));

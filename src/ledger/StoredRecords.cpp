@@ -1,5 +1,6 @@
 #include "ledger/StoredRecords.h"
 
+#include "kxjournal/GridModel.h"
 #include "ledger/BookRow.h"
 
 namespace kx {
@@ -18,58 +19,79 @@ quint64 mix(quint64 h, quint64 v)
     return h;
 }
 
+using C = JournalColumns;
+using F = RecordField;
+
+enum class As : quint8 { Text, Amount, Number };
+
+// Which cell each stored field comes from, and how it is read.
+struct Source {
+    F field;
+    C::Column column;
+    As as;
+};
+
+const Source Sources[] = {
+    {F::JnlDate, C::JnlDate, As::Text},   {F::JnlNo, C::JnlNo, As::Text},       {F::AccID, C::AccID, As::Number},
+    {F::Explain, C::Explain, As::Text},   {F::Debit, C::Debit, As::Amount},     {F::Credit, C::Credit, As::Amount},
+    {F::Rate, C::Rate, As::Amount},       {F::Forex, C::Forex, As::Amount},     {F::Balance, C::Balance, As::Amount},
+    {F::fxBalance, C::fxBalance, As::Amount}, {F::Field1, C::Field1, As::Text}, {F::Field2, C::Field2, As::Text},
+    {F::Field3, C::Field3, As::Text},     {F::Field4, C::Field4, As::Text},     {F::Flag, C::Flag, As::Number},
+    {F::Remark, C::Remark, As::Text},     {F::Tag, C::Tag, As::Number},         {F::DirID, C::DirID, As::Number},
+};
+
+// A summary row's amount cells hold two-line totals; the opening row always writes its amounts.
+bool writesAmounts(const BookRow &row, bool opening)
+{
+    return opening || !row.isSummary();
+}
+
+bool isAmountField(F f)
+{
+    return f == F::Debit || f == F::Credit || f == F::Rate || f == F::Forex;
+}
+
 } // namespace
 
 RecordValues StoredRecords::recordOf(const BookRow &row, int docId, int storedRow, bool opening)
 {
-    using C = JournalColumns;
-    using F = RecordField;
     RecordValues rec;
     rec.gridRow = row.index();
     rec.recId = row.recId();
-    // A summary row's amount cells hold two-line totals; the opening row always writes its amounts.
-    rec.withAmounts = opening || !row.isSummary();
-    const auto text = [&](F field, C::Column column) { rec.set(field, FieldValue::of(row.text(column))); };
-    const auto amount = [&](F field, C::Column column) { rec.set(field, FieldValue::of(row.amount(column))); };
-    const auto number = [&](F field, C::Column column) { rec.set(field, FieldValue::of(row.number(column))); };
-    text(F::JnlDate, C::JnlDate);
-    text(F::JnlNo, C::JnlNo);
-    number(F::AccID, C::AccID);
-    text(F::Explain, C::Explain);
-    amount(F::Debit, C::Debit);
-    amount(F::Credit, C::Credit);
-    amount(F::Rate, C::Rate);
-    amount(F::Forex, C::Forex);
-    amount(F::Balance, C::Balance);
-    amount(F::fxBalance, C::fxBalance);
-    text(F::Field1, C::Field1);
-    text(F::Field2, C::Field2);
-    text(F::Field3, C::Field3);
-    text(F::Field4, C::Field4);
-    number(F::Flag, C::Flag);
-    text(F::Remark, C::Remark);
-    number(F::Tag, C::Tag);
-    number(F::DirID, C::DirID);
+    rec.withAmounts = writesAmounts(row, opening);
+    for (const Source &s : Sources) {
+        switch (s.as) {
+        case As::Text: rec.set(s.field, FieldValue::of(row.text(s.column))); break;
+        case As::Amount: rec.set(s.field, FieldValue::of(row.amount(s.column))); break;
+        case As::Number: rec.set(s.field, FieldValue::of(row.number(s.column))); break;
+        }
+    }
     rec.set(F::Row, FieldValue::of(storedRow));
     rec.set(F::DocID, FieldValue::of(docId));
     return rec;
 }
 
-quint64 StoredRecords::fingerprint(const RecordValues &record)
+quint64 StoredRecords::fingerprint(const BookRow &row, int docId, int storedRow, bool opening)
 {
-    quint64 h = record.withAmounts ? 1 : 2;
-    for (RecordField f : RecordWriter::fields(record.withAmounts)) {
-        const FieldValue &v = record[f];
-        // An empty text and a missing one are stored alike.
-        h = mix(h, v.kind == FieldValue::Text ? quint64(qHash(v.text, 0x6b78)) : quint64(v.number));
+    const bool withAmounts = writesAmounts(row, opening);
+    quint64 h = withAmounts ? 1 : 2;
+    for (const Source &s : Sources) {
+        if (!withAmounts && isAmountField(s.field))
+            continue;
+        switch (s.as) {
+        case As::Text: h = mix(h, row.textHash(s.column)); break;
+        case As::Amount: h = mix(h, quint64(row.amount(s.column).raw())); break;
+        case As::Number: h = mix(h, quint64(row.number(s.column))); break;
+        }
     }
-    return h;
+    h = mix(h, quint64(storedRow));
+    return mix(h, quint64(docId));
 }
 
-bool StoredRecords::holds(const RecordValues &record) const
+bool StoredRecords::holds(int recId, quint64 print) const
 {
-    const auto it = m_prints.constFind(record.recId);
-    return it != m_prints.constEnd() && it.value() == fingerprint(record);
+    const auto it = m_prints.constFind(recId);
+    return it != m_prints.constEnd() && it.value() == print;
 }
 
 } // namespace kx

@@ -18,19 +18,23 @@ public:
     /// The values a save writes for \a row of book \a docId, stored as row
     /// \a storedRow; \a opening: the book's first row (it always writes its amounts).
     static RecordValues recordOf(const BookRow &row, int docId, int storedRow, bool opening);
-    /// The fingerprint of the fields \a record writes.
-    static quint64 fingerprint(const RecordValues &record);
+    /// The fingerprint of the fields recordOf() would give for the same
+    /// arguments, read straight off the cells (no text is made).
+    static quint64 fingerprint(const BookRow &row, int docId, int storedRow, bool opening);
 
     /// Forgets everything (a new book is loaded).
     void clear() { m_prints.clear(); }
-    /// Remembers that the database holds \a record under its key.
-    void remember(int recId, const RecordValues &record) { m_prints.insert(recId, fingerprint(record)); }
+    /// Remembers that the database holds a record with fingerprint \a print under key \a recId.
+    void remember(int recId, quint64 print) { m_prints.insert(recId, print); }
     /// Forgets record \a recId (it was deleted).
     void forget(int recId) { m_prints.remove(recId); }
-    /// True when the database held exactly \a record under its key when last read or written.
-    bool holds(const RecordValues &record) const;
+    /// True when the database held a record with fingerprint \a print under
+    /// key \a recId when last read or written.
+    bool holds(int recId, quint64 print) const;
     /// How many records are remembered.
     int count() const { return int(m_prints.size()); }
+    /// Makes room for \a records records.
+    void reserve(int records) { m_prints.reserve(records); }
 
 private:
     QHash<int, quint64> m_prints;
