@@ -120,23 +120,27 @@ void CellStore::adopt(CellArray &array, int firstRow, int firstCol)
 {
     CellArrayData &block = array.data();
     block.dropInterner();
-    resizeRows(std::clamp(firstRow, 0, rows()));
-    resizeCols(std::max(m_cols, firstCol + block.cols));
-    const bool whole = firstCol == 0 && block.cols == m_cols;
+    firstRow = std::clamp(firstRow, 0, rows());
+    const bool whole = firstCol == 0 && block.cols == std::max(m_cols, block.cols);
     // Taking the block's pool saves interning every text again; the few
-    // rows kept above the block bring their texts across.
+    // rows kept above the block bring their texts across, and the rows
+    // replaced go with the old pool instead of text by text.
     if (whole) {
+        resizeCols(block.cols);
         TextPool pool = std::move(block.pool);
-        for (Row &row : m_rows)
+        for (int r = 0; r < firstRow; ++r)
             for (int c = 0; c < m_cols; ++c) {
-                Cell &cell = row.cells[std::size_t(c)];
-                if (cell.kind() == Cell::Text) {
-                    const std::uint32_t id = std::uint32_t(cell.payload());
-                    cell = Cell::text(pool.intern(m_pool.text(id)));
-                    m_pool.release(id);
-                }
+                Cell &cell = m_rows[std::size_t(r)].cells[std::size_t(c)];
+                if (cell.kind() == Cell::Text)
+                    cell = Cell::text(pool.intern(m_pool.text(std::uint32_t(cell.payload()))));
             }
+        for (int r = firstRow; r < rows(); ++r)
+            countIrregular(m_rows[std::size_t(r)], -1);
+        m_rows.resize(std::size_t(firstRow));
         m_pool = std::move(pool);
+    } else {
+        resizeRows(firstRow);
+        resizeCols(std::max(m_cols, firstCol + block.cols));
     }
     m_rows.reserve(m_rows.size() + block.rows.size());
     for (auto &cells : block.rows) {

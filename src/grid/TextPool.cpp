@@ -1,5 +1,7 @@
 #include "grid/TextPool.h"
 
+#include <cstring>
+
 namespace kx {
 
 std::uint32_t TextPool::intern(const QString &text)
@@ -48,21 +50,31 @@ Utf8Interner::~Utf8Interner()
 
 std::uint32_t Utf8Interner::intern(int column, const char *bytes, int size)
 {
+    Last &last = m_last[std::size_t(column)];
+    if (last.valid && last.bytes.size() == size && std::memcmp(last.bytes.constData(), bytes, std::size_t(size)) == 0) {
+        m_pool.retain(last.id);
+        return last.id;
+    }
     auto &seen = m_seen[std::size_t(column)];
     const QByteArray key = QByteArray::fromRawData(bytes, size);
     auto it = seen.constFind(key);
     if (it != seen.constEnd()) {
         m_pool.retain(it.value());
-        return it.value();
-    }
-    const std::uint32_t id = m_pool.intern(QString::fromUtf8(bytes, size));
-    // The remembered id holds a reference of its own so it cannot be reused
-    // under the interner; dropped again when the interner goes.
-    if (seen.size() < Cap) {
+    } else {
+        const std::uint32_t id = m_pool.intern(QString::fromUtf8(bytes, size));
+        // The remembered id holds a reference of its own so it cannot be
+        // reused under the interner; dropped again when the interner goes.
+        if (seen.size() >= Cap)
+            return id;
         m_pool.retain(id);
-        seen.insert(QByteArray(bytes, size), id);
+        it = seen.insert(QByteArray(bytes, size), id);
     }
-    return id;
+    // Only remembered ids may be the last one: they cannot be freed meanwhile.
+    // The key's bytes are shared, not copied.
+    last.bytes = it.key();
+    last.id = it.value();
+    last.valid = true;
+    return last.id;
 }
 
 } // namespace kx

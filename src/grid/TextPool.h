@@ -42,7 +42,10 @@ class Utf8Interner
 {
 public:
     /// An interner for \a columns columns into \a pool.
-    Utf8Interner(TextPool &pool, int columns) : m_pool(pool), m_seen(std::size_t(columns)) {}
+    Utf8Interner(TextPool &pool, int columns)
+        : m_pool(pool), m_seen(std::size_t(columns)), m_last(std::size_t(columns))
+    {
+    }
     /// Drops the references the interner held to remember values.
     ~Utf8Interner();
     Utf8Interner(const Utf8Interner &) = delete;
@@ -52,8 +55,16 @@ public:
 
 private:
     static constexpr int Cap = 4096;
+    // Down a book a column often repeats the row above (one account, one
+    // direction): that is checked before any hashing.
+    struct Last {
+        QByteArray bytes;
+        std::uint32_t id = 0;
+        bool valid = false;
+    };
     TextPool &m_pool;
     std::vector<QHash<QByteArray, std::uint32_t>> m_seen;
+    std::vector<Last> m_last;
 };
 
 } // namespace kx
