@@ -1,6 +1,7 @@
 #include "data/RecordFetcher.h"
 
 #include "data/SqlValue.h"
+#include "grid/CellArrayData.h"
 #include "kxjournal/Database.h"
 
 #include <QHash>
@@ -79,33 +80,35 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
     const std::vector<bool> isAmount = amountMask(out.fieldNames, amountFields);
     out.cells = CellArray(0, leadingCols + n);
     out.cells.reserveRows(expectedRows);
-    CellArray &cells = out.cells;
+    // Rows start empty, so cells are written in place with nothing to release.
+    CellArrayData &block = out.cells.data();
     int rc;
     while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
-        const int r = cells.appendRow();
+        Cell *cells = block.rowCells(out.cells.appendRow()) + leadingCols;
         for (int c = 0; c < n; ++c) {
-            const int at = leadingCols + c;
             switch (sqlite3_column_type(stmt, c)) {
             case SQLITE_NULL:
                 break;
             case SQLITE_INTEGER:
-                cells.setNumber(r, at, sqlite3_column_int64(stmt, c));
+                cells[c] = block.numberCell(sqlite3_column_int64(stmt, c));
                 break;
             case SQLITE_FLOAT: {
                 const double d = sqlite3_column_double(stmt, c);
-                if (isAmount[std::size_t(c)])
-                    cells.setAmount(r, at, amountOf(d));
-                else
-                    cells.setText(r, at, SqlValue::text(d));
+                if (isAmount[std::size_t(c)]) {
+                    cells[c] = block.amountCell(amountOf(d));
+                } else {
+                    const QByteArray text = SqlValue::text(d).toUtf8();
+                    cells[c] = block.utf8Cell(leadingCols + c, text.constData(), int(text.size()));
+                }
                 break;
             }
             default: {
                 const auto *p = reinterpret_cast<const char *>(sqlite3_column_text(stmt, c));
                 const int size = sqlite3_column_bytes(stmt, c);
                 if (isAmount[std::size_t(c)] && size > 0)
-                    cells.setAmount(r, at, Currency::fromText(QString::fromUtf8(p, size)).valueOr(Currency()));
+                    cells[c] = block.amountCell(Currency::fromText(QString::fromUtf8(p, size)).valueOr(Currency()));
                 else
-                    cells.setUtf8(r, at, p, size);
+                    cells[c] = block.utf8Cell(leadingCols + c, p, size);
                 break;
             }
             }

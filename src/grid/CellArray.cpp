@@ -40,6 +40,42 @@ void CellArrayData::put(int row, int col, Cell cell)
     slot = cell;
 }
 
+Cell CellArrayData::numberCell(qint64 value)
+{
+    if (value < Cell::Limit && value > -Cell::Limit)
+        return Cell::number(value);
+    return Cell::text(pool.intern(QString::number(value)));
+}
+
+Cell CellArrayData::amountCell(Currency value)
+{
+    bool fits = false;
+    const Cell cell = Cell::amount(value, &fits);
+    return fits ? cell : Cell::text(pool.intern(value.toString()));
+}
+
+Cell CellArrayData::utf8Cell(int col, const char *bytes, int size)
+{
+    if (size <= 0)
+        return Cell();
+    // Digits, dates and amounts keep their typed form, read without a heap
+    // copy; other texts are pooled.
+    const char c0 = bytes[0];
+    if (((c0 >= '0' && c0 <= '9') || c0 == '-') && size <= 32) {
+        char16_t wide[32];
+        bool ascii = true;
+        for (int i = 0; i < size; ++i) {
+            ascii = ascii && (static_cast<unsigned char>(bytes[i]) < 0x80);
+            wide[i] = char16_t(static_cast<unsigned char>(bytes[i]));
+        }
+        bool isText = true;
+        const Cell cell = ascii ? Cell::classify(QStringView(wide, size), isText) : Cell();
+        if (!isText)
+            return cell;
+    }
+    return Cell::text(interner().intern(col, bytes, size));
+}
+
 Utf8Interner &CellArrayData::interner()
 {
     if (!m_interner)
@@ -101,20 +137,12 @@ void CellArray::setText(int row, int col, const QString &text)
 
 void CellArray::setNumber(int row, int col, qint64 value)
 {
-    if (value < Cell::Limit && value > -Cell::Limit)
-        d->put(row, col, Cell::number(value));
-    else
-        setText(row, col, QString::number(value));
+    d->put(row, col, d->numberCell(value));
 }
 
 void CellArray::setAmount(int row, int col, Currency value)
 {
-    bool fits = false;
-    const Cell cell = Cell::amount(value, &fits);
-    if (fits)
-        d->put(row, col, cell);
-    else
-        setText(row, col, value.toString());
+    d->put(row, col, d->amountCell(value));
 }
 
 void CellArray::setDate(int row, int col, const QDate &date)
@@ -124,28 +152,7 @@ void CellArray::setDate(int row, int col, const QDate &date)
 
 void CellArray::setUtf8(int row, int col, const char *bytes, int size)
 {
-    if (size <= 0) {
-        d->put(row, col, Cell());
-        return;
-    }
-    // Digits, dates and amounts keep their typed form, read without a heap
-    // copy; other texts are pooled.
-    const char c0 = bytes[0];
-    if (((c0 >= '0' && c0 <= '9') || c0 == '-') && size <= 32) {
-        char16_t wide[32];
-        bool ascii = true;
-        for (int i = 0; i < size; ++i) {
-            ascii = ascii && (static_cast<unsigned char>(bytes[i]) < 0x80);
-            wide[i] = char16_t(static_cast<unsigned char>(bytes[i]));
-        }
-        bool isText = true;
-        const Cell cell = ascii ? Cell::classify(QStringView(wide, size), isText) : Cell();
-        if (!isText) {
-            d->put(row, col, cell);
-            return;
-        }
-    }
-    d->put(row, col, Cell::text(d->interner().intern(col, bytes, size)));
+    d->put(row, col, d->utf8Cell(col, bytes, size));
 }
 
 int CellArray::appendRow()

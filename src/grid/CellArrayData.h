@@ -22,6 +22,15 @@ public:
     void put(int row, int col, Cell cell);
     /// The interner for UTF-8 texts (made on first use).
     Utf8Interner &interner();
+    /// The cell for a whole number (pooled text beyond the typed range).
+    Cell numberCell(qint64 value);
+    /// The cell for an amount (pooled text when it has no typed form).
+    Cell amountCell(Currency value);
+    /// The cell for UTF-8 text of column \a col; typed when the text is a
+    /// canonical number, amount or day, else pooled (one reference taken).
+    Cell utf8Cell(int col, const char *bytes, int size);
+    /// The cells of row \a row, to be filled in place (they start empty).
+    Cell *rowCells(int row) { return rows[std::size_t(row)].get(); }
     /// Drops the interner and the references it held.
     void dropInterner() { m_interner.reset(); }
 

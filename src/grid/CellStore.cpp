@@ -57,12 +57,33 @@ void CellStore::releaseRow(Row &row)
 void CellStore::resizeRows(int n)
 {
     n = std::max(n, 0);
-    for (int r = n; r < rows(); ++r)
-        releaseRow(m_rows[std::size_t(r)]);
+    if (n < rows() / 2) {
+        keepPooledTextsOf(n);
+    } else {
+        for (int r = n; r < rows(); ++r)
+            releaseRow(m_rows[std::size_t(r)]);
+    }
     const int old = rows();
     m_rows.resize(std::size_t(n));
     for (int r = old; r < n; ++r)
         m_rows[std::size_t(r)] = makeRow();
+}
+
+void CellStore::keepPooledTextsOf(int n)
+{
+    // Most rows go: a new pool with the texts of the rows that stay is
+    // cheaper than releasing the others text by text.
+    TextPool pool;
+    for (int r = 0; r < n; ++r)
+        for (int c = 0; c < m_cols; ++c) {
+            Cell &cell = m_rows[std::size_t(r)].cells[std::size_t(c)];
+            if (cell.kind() == Cell::Text)
+                cell = Cell::text(pool.intern(m_pool.text(std::uint32_t(cell.payload()))));
+        }
+    for (int r = n; r < rows(); ++r)
+        countIrregular(m_rows[std::size_t(r)], -1);
+    m_rows.resize(std::size_t(n));
+    m_pool = std::move(pool);
 }
 
 void CellStore::resizeCols(int n)
@@ -127,17 +148,15 @@ void CellStore::adopt(CellArray &array, int firstRow, int firstCol)
     // replaced go with the old pool instead of text by text.
     if (whole) {
         resizeCols(block.cols);
-        TextPool pool = std::move(block.pool);
+        keepPooledTextsOf(firstRow);
+        // The kept rows' few texts move into the block's pool, which stays.
         for (int r = 0; r < firstRow; ++r)
             for (int c = 0; c < m_cols; ++c) {
                 Cell &cell = m_rows[std::size_t(r)].cells[std::size_t(c)];
                 if (cell.kind() == Cell::Text)
-                    cell = Cell::text(pool.intern(m_pool.text(std::uint32_t(cell.payload()))));
+                    cell = Cell::text(block.pool.intern(m_pool.text(std::uint32_t(cell.payload()))));
             }
-        for (int r = firstRow; r < rows(); ++r)
-            countIrregular(m_rows[std::size_t(r)], -1);
-        m_rows.resize(std::size_t(firstRow));
-        m_pool = std::move(pool);
+        m_pool = std::move(block.pool);
     } else {
         resizeRows(firstRow);
         resizeCols(std::max(m_cols, firstCol + block.cols));
@@ -173,6 +192,10 @@ bool CellStore::setText(int row, int col, const QString &text)
 {
     if (!contains(row, col))
         return false;
+    // Passes over a book mostly write what a cell already says.
+    const Cell held = m_rows[std::size_t(row)].cells[std::size_t(col)];
+    if (held.kind() == Cell::Text && m_pool.text(std::uint32_t(held.payload())) == text)
+        return false;
     bool isText = false;
     Cell next = Cell::classify(text, isText);
     if (isText)
@@ -201,17 +224,13 @@ bool CellStore::setTyped(int row, int col, Cell next)
     return true;
 }
 
-Currency CellStore::amount(int row, int col) const
+Currency CellStore::textAmount(Cell c) const
 {
-    const Cell c = cell(row, col);
-    if (c.kind() != Cell::Text)
-        return c.typedAmount();
     return Currency::fromText(firstLine(m_pool.text(std::uint32_t(c.payload())))).valueOr(Currency());
 }
 
-qint64 CellStore::number(int row, int col) const
+qint64 CellStore::slowNumber(Cell c) const
 {
-    const Cell c = cell(row, col);
     switch (c.kind()) {
     case Cell::Number:
         return c.payload();

@@ -56,9 +56,17 @@ public:
     /// Writes a typed cell (not Text); false when nothing changes.
     bool setTyped(int row, int col, Cell cell);
     /// The cell as an amount (see GridModel::amount).
-    Currency amount(int row, int col) const;
+    Currency amount(int row, int col) const
+    {
+        const Cell c = cell(row, col);
+        return c.kind() == Cell::Text ? textAmount(c) : c.typedAmount();
+    }
     /// The cell as a whole number (see GridModel::number).
-    qint64 number(int row, int col) const;
+    qint64 number(int row, int col) const
+    {
+        const Cell c = cell(row, col);
+        return c.kind() == Cell::Number ? c.payload() : slowNumber(c);
+    }
     /// The cell as a day (see GridModel::date).
     QDate date(int row, int col) const;
 
@@ -107,6 +115,9 @@ private:
         std::uint8_t flags = Touched;
     };
 
+    Currency textAmount(Cell cell) const;
+    qint64 slowNumber(Cell cell) const;
+    void keepPooledTextsOf(int n);
     Row makeRow() const;
     void releaseRow(Row &row);
     void release(Cell cell);
