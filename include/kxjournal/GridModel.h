@@ -139,6 +139,9 @@ public:
     /// A 64-bit hash of the cell's text, made without making the text:
     /// equal texts hash alike in any grid and any run.
     quint64 textHash(int row, int col) const;
+    /// The hashes of the texts of columns \a cols[0…count) of \a row, mixed
+    /// in that order: one call for a whole record.
+    quint64 textsHash(int row, const int *cols, int count) const;
     /// Hidden cell data.
     QVariant cellData(int row, int col) const;
     /// Sets hidden cell data.

@@ -326,6 +326,21 @@ quint64 GridModel::textHash(int row, int col) const
     return quint64(qHash(d->store.text(row, col), 0x6b78)) ^ 0x5bd1e9955bd1e995ULL;
 }
 
+quint64 GridModel::textsHash(int row, const int *cols, int count) const
+{
+    quint64 h = 0xcbf29ce484222325ULL;
+    for (int i = 0; i < count; ++i) {
+        // The splitmix finaliser: every input bit moves half the output.
+        h ^= textHash(row, cols[i]) + 0x9e3779b97f4a7c15ULL + (h << 6) + (h >> 2);
+        h ^= h >> 30;
+        h *= 0xbf58476d1ce4e5b9ULL;
+        h ^= h >> 27;
+        h *= 0x94d049bb133111ebULL;
+        h ^= h >> 31;
+    }
+    return h;
+}
+
 QVariant GridModel::cellData(int row, int col) const
 {
     return d->store.cellData(row, col);

@@ -70,9 +70,8 @@ BookLoader::Outcome BookLoader::load(int docId)
 
     const SqlStatement query =
         consolidated ? db.dialect().loadConsolidated(definition.subordinateIds()) : db.dialect().loadBook(book.docId);
-    // The key index counts a book's records at once; the array is then sized once.
-    const int expected = consolidated ? 0 : db.scalar(db.dialect().countRecords(book.docId)).valueOr(0).toInt();
-    Result<FetchedRows> fetched = RecordFetcher::fetch(db, query, amountFields(), expected, m_grid.fixedCols());
+    // Rows are held by pointer, so the array grows cheaply without a count first.
+    Result<FetchedRows> fetched = RecordFetcher::fetch(db, query, amountFields(), 0, m_grid.fixedCols());
     if (!fetched.ok()) {
         m_host.prompt(fetched.error(), false);
         m_host.progress(-1);

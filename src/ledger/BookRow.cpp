@@ -2,6 +2,8 @@
 
 #include "kxjournal/GridModel.h"
 
+#include <algorithm>
+
 namespace kx {
 
 QString BookRow::text(JournalColumns::Column column) const
@@ -24,9 +26,13 @@ qint64 BookRow::number(JournalColumns::Column column) const
     return m_grid->number(m_row, (*m_columns)[column]);
 }
 
-quint64 BookRow::textHash(JournalColumns::Column column) const
+quint64 BookRow::textsHash(const JournalColumns::Column *columns, int count) const
 {
-    return m_grid->textHash(m_row, (*m_columns)[column]);
+    int cols[JournalColumns::Count];
+    count = std::min(count, int(JournalColumns::Count));
+    for (int i = 0; i < count; ++i)
+        cols[i] = (*m_columns)[columns[i]];
+    return m_grid->textsHash(m_row, cols, count);
 }
 
 QDate BookRow::date() const

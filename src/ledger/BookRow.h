@@ -49,8 +49,8 @@ public:
     Currency amount(JournalColumns::Column column) const;
     /// The cell of \a column as a whole number (0 when empty or not a number).
     qint64 number(JournalColumns::Column column) const;
-    /// A hash of the text of \a column (see GridModel::textHash()).
-    quint64 textHash(JournalColumns::Column column) const;
+    /// A hash of the texts of \a columns[0…count), in that order (see GridModel::textsHash()).
+    quint64 textsHash(const JournalColumns::Column *columns, int count) const;
 
     /// The ISO text of the row's date.
     QString dateText() const { return text(JournalColumns::JnlDate); }

@@ -3,6 +3,8 @@
 #include "kxjournal/GridModel.h"
 #include "ledger/BookRow.h"
 
+#include <vector>
+
 namespace kx {
 
 namespace {
@@ -22,7 +24,7 @@ quint64 mix(quint64 h, quint64 v)
 using C = JournalColumns;
 using F = RecordField;
 
-enum class As : quint8 { Text, Amount, Number };
+enum class As : quint8 { Text, Amount, Number };  // how recordOf() reads a field
 
 // Which cell each stored field comes from, and how it is read.
 struct Source {
@@ -73,17 +75,20 @@ RecordValues StoredRecords::recordOf(const BookRow &row, int docId, int storedRo
 
 quint64 StoredRecords::fingerprint(const BookRow &row, int docId, int storedRow, bool opening)
 {
+    // Each field by its text: a text has one encoding in the grid, so this
+    // is as exact as comparing the values and reads every cell once.
+    static const auto columnsOf = [](bool withAmounts) {
+        std::vector<C::Column> columns;
+        for (const Source &s : Sources)
+            if (withAmounts || !isAmountField(s.field))
+                columns.push_back(s.column);
+        return columns;
+    };
+    static const std::vector<C::Column> all = columnsOf(true);
+    static const std::vector<C::Column> noAmounts = columnsOf(false);
     const bool withAmounts = writesAmounts(row, opening);
-    quint64 h = withAmounts ? 1 : 2;
-    for (const Source &s : Sources) {
-        if (!withAmounts && isAmountField(s.field))
-            continue;
-        switch (s.as) {
-        case As::Text: h = mix(h, row.textHash(s.column)); break;
-        case As::Amount: h = mix(h, quint64(row.amount(s.column).raw())); break;
-        case As::Number: h = mix(h, quint64(row.number(s.column))); break;
-        }
-    }
+    const std::vector<C::Column> &columns = withAmounts ? all : noAmounts;
+    quint64 h = mix(withAmounts ? 1 : 2, row.textsHash(columns.data(), int(columns.size())));
     h = mix(h, quint64(storedRow));
     return mix(h, quint64(docId));
 }
