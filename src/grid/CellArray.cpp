@@ -40,20 +40,6 @@ void CellArrayData::put(int row, int col, Cell cell)
     slot = cell;
 }
 
-Cell CellArrayData::numberCell(qint64 value)
-{
-    if (value < Cell::Limit && value > -Cell::Limit)
-        return Cell::number(value);
-    return Cell::text(pool.intern(QString::number(value)));
-}
-
-Cell CellArrayData::amountCell(Currency value)
-{
-    bool fits = false;
-    const Cell cell = Cell::amount(value, &fits);
-    return fits ? cell : Cell::text(pool.intern(value.toString()));
-}
-
 Cell CellArrayData::utf8Cell(int col, const char *bytes, int size)
 {
     if (size <= 0)

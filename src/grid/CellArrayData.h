@@ -23,9 +23,19 @@ public:
     /// The interner for UTF-8 texts (made on first use).
     Utf8Interner &interner();
     /// The cell for a whole number (pooled text beyond the typed range).
-    Cell numberCell(qint64 value);
+    Cell numberCell(qint64 value)
+    {
+        return value < Cell::Limit && value > -Cell::Limit ? Cell::number(value) : pooled(QString::number(value));
+    }
     /// The cell for an amount (pooled text when it has no typed form).
-    Cell amountCell(Currency value);
+    Cell amountCell(Currency value)
+    {
+        bool fits = false;
+        const Cell cell = Cell::amount(value, &fits);
+        return fits ? cell : pooled(value.toString());
+    }
+    /// A pooled text cell.
+    Cell pooled(const QString &text) { return Cell::text(pool.intern(text)); }
     /// The cell for UTF-8 text of column \a col; typed when the text is a
     /// canonical number, amount or day, else pooled (one reference taken).
     Cell utf8Cell(int col, const char *bytes, int size);

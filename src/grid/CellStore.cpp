@@ -259,6 +259,26 @@ QDate CellStore::date(int row, int col) const
     return QDate();
 }
 
+quint64 CellStore::textsHash(int row, const int *cols, int count) const
+{
+    quint64 h = 0xcbf29ce484222325ULL;
+    if (row < 0 || row >= rows())
+        return h;
+    const Cell *cells = m_rows[std::size_t(row)].cells.get();
+    for (int i = 0; i < count; ++i) {
+        const int c = cols[i];
+        const quint64 v = c >= 0 && c < m_cols ? textHash(cells[c]) : 0;
+        // The splitmix finaliser: every input bit moves half the output.
+        h ^= v + 0x9e3779b97f4a7c15ULL + (h << 6) + (h >> 2);
+        h ^= h >> 30;
+        h *= 0xbf58476d1ce4e5b9ULL;
+        h ^= h >> 27;
+        h *= 0x94d049bb133111ebULL;
+        h ^= h >> 31;
+    }
+    return h;
+}
+
 QVariant CellStore::cellData(int row, int col) const
 {
     if (!contains(row, col))

@@ -67,6 +67,10 @@ public:
         const Cell c = cell(row, col);
         return c.kind() == Cell::Number ? c.payload() : slowNumber(c);
     }
+    /// A hash of a cell's text made without the text (see GridModel::textHash).
+    quint64 textHash(int row, int col) const { return textHash(cell(row, col)); }
+    /// The text hashes of columns \a cols[0…count) of \a row, mixed in order.
+    quint64 textsHash(int row, const int *cols, int count) const;
     /// The cell as a day (see GridModel::date).
     QDate date(int row, int col) const;
 
@@ -116,6 +120,12 @@ private:
     };
 
     Currency textAmount(Cell cell) const;
+    quint64 textHash(Cell cell) const
+    {
+        // Each text has one encoding, so hashing the encoding of typed cells
+        // is hashing their text; pooled texts carry their characters' hash.
+        return cell.kind() == Cell::Text ? m_pool.hash(std::uint32_t(cell.payload())) : cell.bits() * 0x9e3779b97f4a7c15ULL;
+    }
     qint64 slowNumber(Cell cell) const;
     void keepPooledTextsOf(int n);
     Row makeRow() const;

@@ -318,27 +318,12 @@ bool GridModel::isEmpty(int row, int col) const
 
 quint64 GridModel::textHash(int row, int col) const
 {
-    // Each text has one encoding, so hashing the encoding of typed cells
-    // is hashing their text; pooled texts hash by their characters.
-    const Cell cell = d->store.cell(row, col);
-    if (cell.kind() != Cell::Text)
-        return cell.bits() * 0x9e3779b97f4a7c15ULL;
-    return quint64(qHash(d->store.text(row, col), 0x6b78)) ^ 0x5bd1e9955bd1e995ULL;
+    return d->store.textHash(row, col);
 }
 
 quint64 GridModel::textsHash(int row, const int *cols, int count) const
 {
-    quint64 h = 0xcbf29ce484222325ULL;
-    for (int i = 0; i < count; ++i) {
-        // The splitmix finaliser: every input bit moves half the output.
-        h ^= textHash(row, cols[i]) + 0x9e3779b97f4a7c15ULL + (h << 6) + (h >> 2);
-        h ^= h >> 30;
-        h *= 0xbf58476d1ce4e5b9ULL;
-        h ^= h >> 27;
-        h *= 0x94d049bb133111ebULL;
-        h ^= h >> 31;
-    }
-    return h;
+    return d->store.textsHash(row, cols, count);
 }
 
 QVariant GridModel::cellData(int row, int col) const

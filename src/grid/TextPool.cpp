@@ -11,16 +11,19 @@ std::uint32_t TextPool::intern(const QString &text)
         ++m_refs[it.value()];
         return it.value();
     }
+    const quint64 hash = quint64(qHash(text, 0x6b78)) ^ 0x5bd1e9955bd1e995ULL;
     std::uint32_t id;
     if (!m_free.empty()) {
         id = m_free.back();
         m_free.pop_back();
         m_texts[id] = text;
         m_refs[id] = 1;
+        m_hashes[id] = hash;
     } else {
         id = std::uint32_t(m_texts.size());
         m_texts.push_back(text);
         m_refs.push_back(1);
+        m_hashes.push_back(hash);
     }
     m_ids.insert(text, id);
     return id;
@@ -37,7 +40,7 @@ void TextPool::release(std::uint32_t id)
 
 std::size_t TextPool::overheadBytes() const
 {
-    return m_texts.capacity() * sizeof(QString) + m_refs.capacity() * sizeof(std::uint32_t) +
+    return m_texts.capacity() * sizeof(QString) + m_refs.capacity() * sizeof(std::uint32_t) + m_hashes.capacity() * sizeof(quint64) +
            m_free.capacity() * sizeof(std::uint32_t) + m_ids.capacity() * (sizeof(QString) + 16);
 }
 

@@ -22,6 +22,8 @@ public:
     void release(std::uint32_t id);
     /// The text of a live id.
     const QString &text(std::uint32_t id) const { return m_texts[id]; }
+    /// A hash of the text of a live id, made once when it was pooled.
+    quint64 hash(std::uint32_t id) const { return m_hashes[id]; }
     /// How many distinct texts are alive.
     std::size_t liveCount() const { return m_ids.size(); }
     /// Bytes held beyond the texts' own characters (for measurements).
@@ -30,6 +32,7 @@ public:
 private:
     std::vector<QString> m_texts;
     std::vector<std::uint32_t> m_refs;
+    std::vector<quint64> m_hashes;
     std::vector<std::uint32_t> m_free;
     QHash<QString, std::uint32_t> m_ids;
 };
