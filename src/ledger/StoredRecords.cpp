@@ -95,8 +95,8 @@ quint64 StoredRecords::fingerprint(const BookRow &row, int docId, int storedRow,
 
 bool StoredRecords::holds(int recId, quint64 print) const
 {
-    const auto it = m_prints.constFind(recId);
-    return it != m_prints.constEnd() && it.value() == print;
+    quint64 known = 0;
+    return m_prints.find(recId, known) && known == print;
 }
 
 } // namespace kx

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "data/RecordWriter.h"
-
-#include <QHash>
+#include "ledger/RecordPrints.h"
 
 namespace kx {
 
@@ -32,12 +31,12 @@ public:
     /// key \a recId when last read or written.
     bool holds(int recId, quint64 print) const;
     /// How many records are remembered.
-    int count() const { return int(m_prints.size()); }
+    int count() const { return m_prints.size(); }
     /// Makes room for \a records records.
     void reserve(int records) { m_prints.reserve(records); }
 
 private:
-    QHash<int, quint64> m_prints;
+    RecordPrints m_prints;
 };
 
 } // namespace kx

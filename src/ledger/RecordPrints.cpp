@@ -1,0 +1,104 @@
+#include "ledger/RecordPrints.h"
+
+namespace kx {
+
+std::size_t RecordPrints::slotOf(int key) const
+{
+    // Keys are mostly consecutive; a multiplicative hash spreads them.
+    const quint64 h = quint64(quint32(key)) * 0x9e3779b97f4a7c15ULL;
+    return std::size_t(h >> 32) & (m_keys.size() - 1);
+}
+
+void RecordPrints::clear()
+{
+    m_keys.clear();
+    m_prints.clear();
+    m_size = 0;
+}
+
+void RecordPrints::reserve(int count)
+{
+    std::size_t capacity = 16;
+    while (capacity < std::size_t(count) * 2)
+        capacity *= 2;
+    if (capacity > m_keys.size())
+        grow(capacity);
+}
+
+void RecordPrints::grow(std::size_t capacity)
+{
+    std::vector<int> keys(capacity, 0);
+    std::vector<quint64> prints(capacity, 0);
+    keys.swap(m_keys);
+    prints.swap(m_prints);
+    m_size = 0;
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        if (keys[i] != 0)
+            insert(keys[i], prints[i]);
+}
+
+void RecordPrints::insert(int key, quint64 print)
+{
+    if (key <= 0)
+        return;
+    // Kept at most half full, so a probe run stays short.
+    if (std::size_t(m_size + 1) * 2 > m_keys.size())
+        grow(m_keys.empty() ? 16 : m_keys.size() * 2);
+    const std::size_t mask = m_keys.size() - 1;
+    for (std::size_t i = slotOf(key);; i = (i + 1) & mask) {
+        if (m_keys[i] == key) {
+            m_prints[i] = print;
+            return;
+        }
+        if (m_keys[i] == 0) {
+            m_keys[i] = key;
+            m_prints[i] = print;
+            ++m_size;
+            return;
+        }
+    }
+}
+
+bool RecordPrints::find(int key, quint64 &print) const
+{
+    if (key <= 0 || m_keys.empty())
+        return false;
+    const std::size_t mask = m_keys.size() - 1;
+    for (std::size_t i = slotOf(key); m_keys[i] != 0; i = (i + 1) & mask) {
+        if (m_keys[i] == key) {
+            print = m_prints[i];
+            return true;
+        }
+    }
+    return false;
+}
+
+void RecordPrints::remove(int key)
+{
+    if (key <= 0 || m_keys.empty())
+        return;
+    const std::size_t mask = m_keys.size() - 1;
+    std::size_t i = slotOf(key);
+    while (m_keys[i] != key) {
+        if (m_keys[i] == 0)
+            return;
+        i = (i + 1) & mask;
+    }
+    // Shift later members of the run back into the hole, so every key stays
+    // reachable from its home slot without passing an empty one.
+    std::size_t hole = i;
+    for (std::size_t j = (i + 1) & mask; m_keys[j] != 0; j = (j + 1) & mask) {
+        const std::size_t home = slotOf(m_keys[j]);
+        const bool movable = hole <= j ? (home <= hole || home > j) : (home <= hole && home > j);
+        if (movable) {
+            m_keys[hole] = m_keys[j];
+            m_prints[hole] = m_prints[j];
+            hole = j;
+        }
+    }
+    m_keys[hole] = 0;
+    m_prints[hole] = 0;
+    --m_size;
+}
+
+} // namespace kx

@@ -1,0 +1,47 @@
+// The fingerprint map decides which rows a save writes: a key it loses or
+// mixes up means a change not stored, or another user's change overwritten.
+#include "ledger/RecordPrints.h"
+
+#include <QRandomGenerator>
+#include <gtest/gtest.h>
+#include <map>
+
+TEST(RecordPrints, AgreesWithAPlainMapThroughRandomInsertsAndRemovals)
+{
+    QRandomGenerator rng(7);
+    kx::RecordPrints prints;
+    std::map<int, quint64> expected;
+    // Narrow key ranges make long probe runs, wraps and shifts likely.
+    for (const int range : {40, 5000, 1 << 30}) {
+        prints.clear();
+        expected.clear();
+        for (int step = 0; step < 30000; ++step) {
+            const int key = 1 + int(rng.bounded(range));
+            const quint64 print = rng.generate64();
+            switch (rng.bounded(3)) {
+            case 0:
+            case 1:
+                prints.insert(key, print);
+                expected[key] = print;
+                break;
+            default:
+                prints.remove(key);
+                expected.erase(key);
+            }
+            if (step % 97 == 0) {
+                ASSERT_EQ(prints.size(), int(expected.size()));
+                for (const auto &[k, v] : expected) {
+                    quint64 found = 0;
+                    ASSERT_TRUE(prints.find(k, found)) << k;
+                    ASSERT_EQ(found, v);
+                }
+                const int probe = 1 + int(rng.bounded(range));
+                quint64 found = 0;
+                ASSERT_EQ(prints.find(probe, found), expected.count(probe) == 1) << probe;
+            }
+        }
+        quint64 none = 0;
+        EXPECT_FALSE(prints.find(0, none));
+        EXPECT_FALSE(prints.find(-3, none));
+    }
+}
