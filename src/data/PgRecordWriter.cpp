@@ -5,6 +5,9 @@
 #include <QSqlDriver>
 #include <libpq-fe.h>
 
+#include <algorithm>
+#include <cstdlib>
+
 namespace kx {
 
 namespace {
@@ -32,6 +35,16 @@ const char *const UpdateFromStage =
     "FROM kx_stage AS s WHERE s.RecID > 0 AND r.RecID = s.RecID";
 
 // New rows, and rows whose record someone else deleted since they were read.
+// The second search costs an anti-join over every staged row, so it is only
+// run when the update found fewer records than were staged with a key.
+const char *const InsertNewFromStage =
+    "INSERT INTO kxJournalRecs (JnlDate, JnlNo, AccID, Explain, Debit, Credit, Rate, Forex, balance, fxBalance, "
+    "Field1, Field2, Field3, Field4, Flag, Remark, Tag, DirID, Row, DocID) "
+    "SELECT JnlDate, JnlNo, AccID, Explain, CASE WHEN amounts THEN Debit END, CASE WHEN amounts THEN Credit END, "
+    "CASE WHEN amounts THEN Rate END, CASE WHEN amounts THEN Forex END, balance, fxBalance, Field1, Field2, "
+    "Field3, Field4, Flag, Remark, Tag, DirID, Row, DocID FROM kx_stage AS s "
+    "WHERE s.RecID <= 0 ORDER BY s.Row RETURNING RecID, Row";
+
 const char *const InsertFromStage =
     "INSERT INTO kxJournalRecs (JnlDate, JnlNo, AccID, Explain, Debit, Credit, Rate, Forex, balance, fxBalance, "
     "Field1, Field2, Field3, Field4, Flag, Remark, Tag, DirID, Row, DocID) "
@@ -102,12 +115,21 @@ Result<void> PgRecordWriter::remove(int recId)
 
 Result<void> PgRecordWriter::command(const char *sql)
 {
+    const Result<int> done = changed(sql);
+    if (!done.ok())
+        return Error(done.error());
+    return {};
+}
+
+Result<int> PgRecordWriter::changed(const char *sql)
+{
     PGresult *res = PQexec(m_conn, sql);
     const ExecStatusType status = PQresultStatus(res);
+    const int count = status == PGRES_COMMAND_OK ? atoi(PQcmdTuples(res)) : 0;
     PQclear(res);
     if (status != PGRES_COMMAND_OK)
         return Error(error("写入"));
-    return {};
+    return count;
 }
 
 void PgRecordWriter::appendCopyLine(const RecordValues &row, QByteArray &out)
@@ -162,9 +184,11 @@ Result<QHash<int, int>> PgRecordWriter::write(const std::vector<RecordValues> &r
         return Error(created.error());
     if (const Result<void> copied = copyRows(rows); !copied.ok())
         return Error(copied.error());
-    if (const Result<void> updated = command(UpdateFromStage); !updated.ok())
+    const Result<int> updated = changed(UpdateFromStage);
+    if (!updated.ok())
         return Error(updated.error());
-    PGresult *res = PQexec(m_conn, InsertFromStage);
+    const auto keyed = std::count_if(rows.begin(), rows.end(), [](const RecordValues &r) { return r.recId > 0; });
+    PGresult *res = PQexec(m_conn, updated.value() == keyed ? InsertNewFromStage : InsertFromStage);
     if (PQresultStatus(res) != PGRES_TUPLES_OK) {
         PQclear(res);
         return Error(error("写入"));

@@ -27,6 +27,8 @@ public:
 
 private:
     Result<void> command(const char *sql);
+    /// Runs a statement that returns no rows; gives how many rows it changed.
+    Result<int> changed(const char *sql);
     Result<void> copyRows(const std::vector<RecordValues> &rows);
     QString error(const char *what) const;
 
