@@ -247,6 +247,7 @@ std::unique_ptr<Opened> postgresBook(benchmark::State &state)
     }
     {
         kx::Database admin = kx::Database::open(url);
+        (void)admin.run({QStringLiteral("SET client_min_messages = warning"), {}});
         (void)admin.run({QStringLiteral("DROP SCHEMA IF EXISTS bench CASCADE"), {}});
         (void)admin.run({QStringLiteral("CREATE SCHEMA bench"), {}});
     }

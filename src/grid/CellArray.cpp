@@ -50,8 +50,8 @@ Cell CellArrayData::utf8Cell(int col, const char *bytes, int size)
     if (((c0 >= '0' && c0 <= '9') || c0 == '-') && size <= 32) {
         char16_t wide[32];
         bool ascii = true;
-        for (int i = 0; i < size; ++i) {
-            ascii = ascii && (static_cast<unsigned char>(bytes[i]) < 0x80);
+        for (int i = 0; i < size && ascii; ++i) {
+            ascii = static_cast<unsigned char>(bytes[i]) < 0x80;
             wide[i] = char16_t(static_cast<unsigned char>(bytes[i]));
         }
         bool isText = true;

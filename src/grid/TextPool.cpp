@@ -1,10 +1,27 @@
 #include "grid/TextPool.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace kx {
 
 std::uint32_t TextPool::intern(const QString &text)
+{
+    // A pass that writes the same string object row after row (a direction,
+    // a label) is recognised by its shared characters, without hashing.
+    for (std::uint32_t id : m_recent) {
+        if (id < m_texts.size() && m_refs[id] != 0 && m_texts[id].constData() == text.constData() &&
+            m_texts[id].size() == text.size() && !text.isNull()) {
+            ++m_refs[id];
+            return id;
+        }
+    }
+    const std::uint32_t id = lookUp(text);
+    m_recent[m_nextRecent++ % m_recent.size()] = id;
+    return id;
+}
+
+std::uint32_t TextPool::lookUp(const QString &text)
 {
     auto it = m_ids.constFind(text);
     if (it != m_ids.constEnd()) {
@@ -46,38 +63,55 @@ std::size_t TextPool::overheadBytes() const
 
 Utf8Interner::~Utf8Interner()
 {
-    for (const auto &seen : m_seen)
-        for (auto it = seen.constBegin(); it != seen.constEnd(); ++it)
-            m_pool.release(it.value());
+    for (const Table &table : m_tables) {
+        if (!table.slots)
+            continue;
+        for (std::size_t i = 0; i < Slots; ++i)
+            if (table.slots[i].valid)
+                m_pool.release(table.slots[i].id);
+    }
+}
+
+// Field values differ mostly at their ends (a day, a voucher number, the
+// last characters of a name): the first and last eight bytes and the length
+// pick the slot, which costs far less than hashing every byte.
+std::size_t Utf8Interner::slotOf(const char *bytes, int size)
+{
+    std::uint64_t head = 0, tail = 0;
+    const std::size_t n = std::size_t(size);
+    std::memcpy(&head, bytes, std::min<std::size_t>(n, 8));
+    if (n > 8)
+        std::memcpy(&tail, bytes + n - std::min<std::size_t>(n - 8, 8), std::min<std::size_t>(n - 8, 8));
+    std::uint64_t h = (head ^ (tail * 0x9e3779b97f4a7c15ULL) ^ n) * 0xff51afd7ed558ccdULL;
+    return std::size_t(h >> 40) & (Slots - 1);
 }
 
 std::uint32_t Utf8Interner::intern(int column, const char *bytes, int size)
 {
-    Last &last = m_last[std::size_t(column)];
-    if (last.valid && last.bytes.size() == size && std::memcmp(last.bytes.constData(), bytes, std::size_t(size)) == 0) {
-        m_pool.retain(last.id);
-        return last.id;
+    Table &table = m_tables[std::size_t(column)];
+    const auto same = [bytes, size](const Slot &slot) {
+        return slot.valid && slot.bytes.size() == size && std::memcmp(slot.bytes.constData(), bytes, std::size_t(size)) == 0;
+    };
+    if (table.last && same(*table.last)) {
+        m_pool.retain(table.last->id);
+        return table.last->id;
     }
-    auto &seen = m_seen[std::size_t(column)];
-    const QByteArray key = QByteArray::fromRawData(bytes, size);
-    auto it = seen.constFind(key);
-    if (it != seen.constEnd()) {
-        m_pool.retain(it.value());
-    } else {
+    if (!table.slots)
+        table.slots = std::make_unique<Slot[]>(Slots);
+    Slot &slot = table.slots[slotOf(bytes, size)];
+    if (!same(slot)) {
+        // The slot holds this reference of its own so its id cannot be reused
+        // under the interner; dropped when a newer value takes the slot.
         const std::uint32_t id = m_pool.intern(QString::fromUtf8(bytes, size));
-        // The remembered id holds a reference of its own so it cannot be
-        // reused under the interner; dropped again when the interner goes.
-        if (seen.size() >= Cap)
-            return id;
-        m_pool.retain(id);
-        it = seen.insert(QByteArray(bytes, size), id);
+        if (slot.valid)
+            m_pool.release(slot.id);
+        slot.bytes = QByteArray(bytes, size);
+        slot.id = id;
+        slot.valid = true;
     }
-    // Only remembered ids may be the last one: they cannot be freed meanwhile.
-    // The key's bytes are shared, not copied.
-    last.bytes = it.key();
-    last.id = it.value();
-    last.valid = true;
-    return last.id;
+    m_pool.retain(slot.id);
+    table.last = &slot;
+    return slot.id;
 }
 
 } // namespace kx

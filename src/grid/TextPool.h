@@ -3,7 +3,9 @@
 #include <QByteArray>
 #include <QHash>
 #include <QString>
+#include <array>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace kx {
@@ -30,6 +32,10 @@ public:
     std::size_t overheadBytes() const;
 
 private:
+    std::uint32_t lookUp(const QString &text);
+
+    std::array<std::uint32_t, 4> m_recent{{UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX}};
+    std::uint32_t m_nextRecent = 0;
     std::vector<QString> m_texts;
     std::vector<std::uint32_t> m_refs;
     std::vector<quint64> m_hashes;
@@ -38,17 +44,14 @@ private:
 };
 
 /// Decodes UTF-8 field values into pool ids, decoding each distinct value of
-/// a column once: a fetch meets the same account name thousands of times.
-/// Each column remembers a few thousand values, so a column of unique
-/// explanations costs no more than decoding them.
+/// a column about once: a fetch meets the same account name thousands of
+/// times. Each column keeps a fixed table of recently met values, so a
+/// column of unique texts costs no more memory than a column of few.
 class Utf8Interner
 {
 public:
     /// An interner for \a columns columns into \a pool.
-    Utf8Interner(TextPool &pool, int columns)
-        : m_pool(pool), m_seen(std::size_t(columns)), m_last(std::size_t(columns))
-    {
-    }
+    Utf8Interner(TextPool &pool, int columns) : m_pool(pool), m_tables(std::size_t(columns)) {}
     /// Drops the references the interner held to remember values.
     ~Utf8Interner();
     Utf8Interner(const Utf8Interner &) = delete;
@@ -57,17 +60,23 @@ public:
     std::uint32_t intern(int column, const char *bytes, int size);
 
 private:
-    static constexpr int Cap = 4096;
-    // Down a book a column often repeats the row above (one account, one
-    // direction): that is checked before any hashing.
-    struct Last {
+    static constexpr std::size_t Slots = 2048;
+    static std::size_t slotOf(const char *bytes, int size);
+    // A slot holds the value last met at its hash; a newer value takes the
+    // slot over, so values that recur near each other (the rows of one
+    // voucher, one day's label) are found however many a column has.
+    struct Slot {
         QByteArray bytes;
         std::uint32_t id = 0;
         bool valid = false;
     };
+    // Down a book a column often repeats the row above (one account, one
+    // direction): that slot is checked before any hashing.
+    struct Table {
+        std::unique_ptr<Slot[]> slots;
+        Slot *last = nullptr;
+    };
     TextPool &m_pool;
-    std::vector<QHash<QByteArray, std::uint32_t>> m_seen;
-    std::vector<Last> m_last;
+    std::vector<Table> m_tables;
 };
-
 } // namespace kx

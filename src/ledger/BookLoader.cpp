@@ -83,6 +83,7 @@ BookLoader::Outcome BookLoader::load(int docId)
     m_state.lastSumRow = 0;
     m_state.stored.clear();
     Outcome outcome = Loaded;
+    std::vector<int> unstored;
     FetchedRows rows = fetched.takeValue();
     if (rows.cells.rows() == 0) {
         fillEmptyBook();
@@ -95,7 +96,7 @@ BookLoader::Outcome BookLoader::load(int docId)
         if (consolidated)
             mergeMonths();
         else
-            rememberStored();
+            unstored = rememberStored();
         m_host.progress(30);
         dressRows();
         if (!consolidated)
@@ -112,7 +113,12 @@ BookLoader::Outcome BookLoader::load(int docId)
     // values differ from the stored ones (or that was never stored, or is not
     // stored at its place in the grid).
     m_grid.markRowsClean();
-    markUnstoredRows();
+    if (consolidated || outcome == Empty) {
+        markUnstoredRows();
+    } else {
+        for (int r : unstored)
+            m_grid.markRowTouched(r);
+    }
     m_host.progress(-1);
     return outcome;
 }
@@ -133,20 +139,25 @@ void BookLoader::fillEmptyBook()
     opening.setText(JournalColumns::ShowName, BookRow::dateLabel(begin, BookRow::Label::Opening));
 }
 
-void BookLoader::rememberStored()
+std::vector<int> BookLoader::rememberStored()
 {
     // Read off the fetched cells before dressing changes their looks.
     const JournalColumns columns(m_grid);
     const int first = m_grid.fixedRows();
     m_state.stored.reserve(m_grid.rows() - first);
+    std::vector<int> unstored;
     for (int r = first; r < m_grid.rows(); ++r) {
         const BookRow row(m_grid, columns, r);
         const int recId = row.recId();
+        const int storedRow = int(row.number(JournalColumns::Row));
+        if (recId <= 0 || storedRow != r)
+            unstored.push_back(r);
         if (recId <= 0)
             continue;
         m_state.stored.remember(recId, StoredRecords::fingerprint(row, int(row.number(JournalColumns::DocID)),
-                                                                  int(row.number(JournalColumns::Row)), r == first));
+                                                                  storedRow, r == first));
     }
+    return unstored;
 }
 
 void BookLoader::markUnstoredRows()

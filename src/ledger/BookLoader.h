@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 namespace kx {
 
 class AccContext;
@@ -29,7 +31,8 @@ public:
 
 private:
     void fillEmptyBook();
-    void rememberStored();
+    /// Remembers what the database holds; gives the rows not stored at their place.
+    std::vector<int> rememberStored();
     void markUnstoredRows();
     void mergeMonths();
     void dressRows();

@@ -1,6 +1,7 @@
 // The typed store must be invisible: whatever text goes in comes out, and
 // the typed reads agree with what the text says.
 #include "grid/CellStore.h"
+#include "grid/TextPool.h"
 
 #include <kxjournal/CellArray.h>
 #include <kxjournal/GridModel.h>
@@ -132,6 +133,45 @@ TEST(CellStore, PooledTextsAreFreedWhenNoCellHoldsThemAndSurviveRowWork)
     EXPECT_EQ(store.text(2, 1), QStringLiteral("银行"));
     EXPECT_EQ(store.date(2, 2), QDate(2026, 1, 5));
     EXPECT_EQ(block.rows(), 0);
+}
+
+// A fetch meets more distinct values than the interner keeps, in an order
+// where they recur near each other and far apart; every id must still read
+// back its own text, and nothing may stay pooled once the cells let go.
+TEST(CellStore, InternedTextsKeepTheirCountsWhateverTheOrderTheyComeIn)
+{
+    kx::TextPool pool;
+    std::vector<std::uint32_t> held;
+    std::vector<QByteArray> sent;
+    {
+        kx::Utf8Interner interner(pool, 2);
+        QRandomGenerator rng(7);
+        for (int i = 0; i < 30000; ++i) {
+            const int column = int(rng.bounded(2));
+            const quint32 pick = rng.bounded(4) == 0 ? rng.bounded(20000u) : quint32(i / 5);
+            // Some values differ only in the middle: the same first and last bytes.
+            const QByteArray bytes = rng.bounded(3) == 0 ? QByteArray("凭证第") + QByteArray::number(pick) + "号"
+                                                         : QByteArray("01-05记") + QByteArray::number(pick % 97) +
+                                                               QByteArray::number(pick) + QByteArray("号 12");
+            held.push_back(interner.intern(column, bytes.constData(), int(bytes.size())));
+            sent.push_back(bytes);
+        }
+        for (std::size_t i = 0; i < held.size(); ++i)
+            ASSERT_EQ(pool.text(held[i]), QString::fromUtf8(sent[i])) << i;
+    }
+    for (std::uint32_t id : held)
+        pool.release(id);
+    EXPECT_EQ(pool.liveCount(), 0u);
+
+    // The same string object met again after its id went to another text.
+    const QString cash = QStringLiteral("现金");
+    const std::uint32_t first = pool.intern(cash);
+    pool.release(first);
+    const std::uint32_t other = pool.intern(QStringLiteral("银行"));
+    const std::uint32_t again = pool.intern(cash);
+    EXPECT_EQ(pool.text(other), QStringLiteral("银行"));
+    EXPECT_EQ(pool.text(again), cash);
+    EXPECT_NE(other, again);
 }
 
 TEST(GridModel, ViewsShareTheGridsOneSelection)
