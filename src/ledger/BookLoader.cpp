@@ -95,10 +95,10 @@ BookLoader::Outcome BookLoader::load(int docId)
             m_grid.setColKey(m_grid.fixedCols() + i, names.at(i));
         if (consolidated)
             mergeMonths();
-        else
-            unstored = rememberStored();
         m_host.progress(30);
-        dressRows();
+        // A book's own records are remembered as stored in the same pass,
+        // each just before dressing changes its looks.
+        dressRows(consolidated ? nullptr : &unstored);
         if (!consolidated)
             labelRows();
         m_host.progress(100);
@@ -139,25 +139,16 @@ void BookLoader::fillEmptyBook()
     opening.setText(JournalColumns::ShowName, BookRow::dateLabel(begin, BookRow::Label::Opening));
 }
 
-std::vector<int> BookLoader::rememberStored()
+void BookLoader::rememberStored(const BookRow &row, std::vector<int> &unstored)
 {
-    // Read off the fetched cells before dressing changes their looks.
-    const JournalColumns columns(m_grid);
-    const int first = m_grid.fixedRows();
-    m_state.stored.reserve(m_grid.rows() - first);
-    std::vector<int> unstored;
-    for (int r = first; r < m_grid.rows(); ++r) {
-        const BookRow row(m_grid, columns, r);
-        const int recId = row.recId();
-        const int storedRow = int(row.number(JournalColumns::Row));
-        if (recId <= 0 || storedRow != r)
-            unstored.push_back(r);
-        if (recId <= 0)
-            continue;
+    const int r = row.index();
+    const int recId = row.recId();
+    const int storedRow = int(row.number(JournalColumns::Row));
+    if (recId <= 0 || storedRow != r)
+        unstored.push_back(r);
+    if (recId > 0)
         m_state.stored.remember(recId, StoredRecords::fingerprint(row, int(row.number(JournalColumns::DocID)),
-                                                                  storedRow, r == first));
-    }
-    return unstored;
+                                                                  storedRow, r == m_grid.fixedRows()));
 }
 
 void BookLoader::markUnstoredRows()
@@ -211,7 +202,7 @@ void BookLoader::mergeMonths()
     BalanceCalculator(m_grid, m_state).calculate(m_grid.fixedRows());
 }
 
-void BookLoader::dressRows()
+void BookLoader::dressRows(std::vector<int> *unstored)
 {
     const int first = m_grid.fixedRows();
     const int last = m_grid.rows() - 1;
@@ -225,10 +216,16 @@ void BookLoader::dressRows()
     // Cells hold the fetched values typed: signs and zeros are read without
     // making a text.
     int lastSum = m_state.lastSumRow;
-    for (int r = first; r <= last; ++r)
-        if (BookRow::of(m_grid, columns, r).isSummary())
+    // The last summary row is near the end of a book closed month by month.
+    for (int r = last; r >= first; --r) {
+        if (BookRow::of(m_grid, columns, r).isSummary()) {
             lastSum = r;
+            break;
+        }
+    }
     m_state.lastSumRow = lastSum;
+    if (unstored)
+        m_state.stored.reserve(last - first + 1);
 
     const QString debitSide = QStringLiteral("借");
     const QString creditSide = QStringLiteral("贷");
@@ -237,6 +234,8 @@ void BookLoader::dressRows()
     int reported = 30;
     for (int r = first; r <= last; ++r) {
         const BookRow row(m_grid, columns, r);
+        if (unstored)
+            rememberStored(row, *unstored);
         const bool summary = row.isSummary();
         if (summary)
             RowLook::markSummary(m_grid, m_state.looks, r);

@@ -4,6 +4,8 @@
 
 namespace kx {
 
+class BookRow;
+
 class AccContext;
 class GridModel;
 class LedgerHost;
@@ -31,11 +33,13 @@ public:
 
 private:
     void fillEmptyBook();
-    /// Remembers what the database holds; gives the rows not stored at their place.
-    std::vector<int> rememberStored();
+    /// Remembers what the database holds of \a row; notes it in \a unstored
+    /// when it is not stored at its place.
+    void rememberStored(const BookRow &row, std::vector<int> &unstored);
     void markUnstoredRows();
     void mergeMonths();
-    void dressRows();
+    /// Dresses every row; with \a unstored, remembers each as stored first.
+    void dressRows(std::vector<int> *unstored);
     void labelRows();
 
     GridModel &m_grid;

@@ -1,0 +1,85 @@
+// The fetch reads the engine on one thread and types the values on another;
+// whatever the mix of values and however many runs they span, the cells must
+// say what the table holds, and an engine error half-way must come back as
+// an error, not a short book.
+#include "data/RecordFetcher.h"
+#include "support/TestDatabase.h"
+
+#include <kxjournal/CellArray.h>
+#include <kxjournal/Currency.h>
+
+#include <QRandomGenerator>
+#include <gtest/gtest.h>
+
+using kxtest::Engine;
+
+namespace {
+
+struct Stored {
+    QVariant number, amount, text;
+};
+
+} // namespace
+
+TEST(RecordFetcher, EveryValueOfALongResultArrivesTypedAndInOrder)
+{
+    kxtest::TestDatabase testDb(Engine::Sqlite);
+    kx::Database db = testDb.open();
+    ASSERT_TRUE(db.run({QStringLiteral("CREATE TABLE t (k INTEGER PRIMARY KEY, n INTEGER, a REAL, s TEXT)"), {}}).ok());
+    static const char *const texts[] = {"现金", "007", "2026-01-05", "a\tb\nc", "12.50", "", "-0", "期初余额"};
+    QRandomGenerator rng(11);
+    std::vector<Stored> rows;
+    ASSERT_TRUE(db.run({QStringLiteral("BEGIN"), {}}).ok());
+    for (int k = 1; k <= 5000; ++k) {
+        Stored row;
+        if (rng.bounded(5) != 0)
+            row.number = qint64(rng.bounded(2000000)) - 1000000;
+        if (rng.bounded(4) != 0)
+            row.amount = double(qint64(rng.bounded(100000000)) - 50000000) / 100.0;
+        if (rng.bounded(3) != 0)
+            row.text = QString::fromUtf8(texts[rng.bounded(int(std::size(texts)))]) + QString::number(k % 7);
+        ASSERT_TRUE(db.run({QStringLiteral("INSERT INTO t VALUES (?,?,?,?)"),
+                            {k, row.number, row.amount, row.text}})
+                        .ok());
+        rows.push_back(row);
+    }
+    ASSERT_TRUE(db.run({QStringLiteral("COMMIT"), {}}).ok());
+
+    kx::Result<kx::FetchedRows> fetched = kx::RecordFetcher::fetch(
+        db, {QStringLiteral("SELECT n, a, s FROM t ORDER BY k"), {}}, {QStringLiteral("a")}, 0, 2);
+    ASSERT_TRUE(fetched.ok()) << fetched.error().toStdString();
+    const kx::CellArray &cells = fetched.value().cells;
+    ASSERT_EQ(cells.rows(), 5000);
+    ASSERT_EQ(cells.cols(), 5);
+    for (int r = 0; r < 5000; ++r) {
+        const Stored &row = rows[std::size_t(r)];
+        EXPECT_EQ(cells.text(r, 0), QString());
+        EXPECT_EQ(cells.text(r, 2), row.number.isNull() ? QString() : QString::number(row.number.toLongLong())) << r;
+        const QString amount =
+            row.amount.isNull() ? QString() : kx::Currency::fromDouble(row.amount.toDouble()).value().toString();
+        EXPECT_EQ(cells.text(r, 3), amount) << r;
+        EXPECT_EQ(cells.text(r, 4), row.text.toString()) << r;
+    }
+}
+
+TEST(RecordFetcher, AnEngineErrorAfterManyRowsIsAnErrorNotAShortResult)
+{
+    kxtest::TestDatabase testDb(Engine::Sqlite);
+    kx::Database db = testDb.open();
+    ASSERT_TRUE(db.run({QStringLiteral("CREATE TABLE t (k INTEGER PRIMARY KEY)"), {}}).ok());
+    ASSERT_TRUE(db.run({QStringLiteral("WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c WHERE x<4000) "
+                                       "INSERT INTO t SELECT x FROM c"),
+                        {}})
+                    .ok());
+    // abs() of the smallest integer overflows while the rows are being read.
+    const kx::Result<kx::FetchedRows> fetched = kx::RecordFetcher::fetch(
+        db, {QStringLiteral("SELECT CASE WHEN k=3500 THEN abs(-9223372036854775807-1) ELSE k END FROM t ORDER BY k"), {}},
+        {});
+    ASSERT_FALSE(fetched.ok());
+    EXPECT_TRUE(fetched.error().contains(QStringLiteral("overflow"))) << fetched.error().toStdString();
+
+    // The connection is still usable afterwards.
+    const kx::Result<kx::FetchedRows> again = kx::RecordFetcher::fetch(db, {QStringLiteral("SELECT k FROM t"), {}}, {});
+    ASSERT_TRUE(again.ok());
+    EXPECT_EQ(again.value().cells.rows(), 4000);
+}
