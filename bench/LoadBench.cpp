@@ -167,6 +167,47 @@ void BM_LoadBesideFetch(benchmark::State &state)
     state.counters["ratio"] = fetchNs > 0 ? loadNs / fetchNs : 0;
 }
 
+long long residentBytes()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray &line : status.readAll().split('\n'))
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).trimmed().split(' ').value(0).toLongLong() * 1024;
+    return 0;
+}
+
+// A million records: the load beside the bare fetch once each, and what the
+// loaded book adds to the process (resident) and what the grid's store holds.
+void BM_LoadMillion(benchmark::State &state)
+{
+    const int records = int(state.range(0));
+    Fixture &f = fixture(records);
+    kx::LedgerState book;
+    prepareBook(f, book);
+    double fetchMs = 0, loadMs = 0, resident = 0, store = 0;
+    for (auto _ : state) {
+        QElapsedTimer clock;
+        clock.start();
+        bareFetch(f);
+        fetchMs = double(clock.nsecsElapsed()) / 1e6;
+        const long long before = residentBytes();
+        auto grid = std::make_unique<kx::GridModel>();
+        clock.restart();
+        if (kx::BookLoader(*grid, book, kx::LedgerHost::none(), f.acc.get()).load(0) != kx::BookLoader::Loaded)
+            state.SkipWithError("load failed");
+        loadMs = double(clock.nsecsElapsed()) / 1e6;
+        resident = double(residentBytes() - before) / records;
+        store = double(grid->storeBytes()) / records;
+    }
+    state.counters["fetch_ms"] = fetchMs;
+    state.counters["load_ms"] = loadMs;
+    state.counters["ratio"] = fetchMs > 0 ? loadMs / fetchMs : 0;
+    state.counters["resident_B_per_record"] = resident;
+    state.counters["store_B_per_record"] = store;
+}
+
 void BM_Calculate(benchmark::State &state)
 {
     Fixture &f = fixture(int(state.range(0)));
@@ -185,4 +226,5 @@ BENCHMARK(BM_FetchSqliteC)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecon
 BENCHMARK(BM_FetchQtSql)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Load)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_LoadBesideFetch)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LoadMillion)->Arg(1000000)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(BM_Calculate)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);

@@ -62,6 +62,16 @@ void appendText(const QString &text, QByteArray &out)
         out += "\\N";
         return;
     }
+    // Most texts are plain: appended as they are, with no converted copy.
+    const auto plain = [](QChar ch) { return ch.unicode() >= 0x20 && ch.unicode() < 0x80 && ch != u'\\'; };
+    if (std::all_of(text.begin(), text.end(), plain)) {
+        const qsizetype at = out.size();
+        out.resize(at + text.size());
+        char *p = out.data() + at;
+        for (QChar ch : text)
+            *p++ = char(ch.unicode());
+        return;
+    }
     const QByteArray utf8 = text.toUtf8();
     for (char c : utf8) {
         switch (c) {
@@ -81,9 +91,13 @@ void appendValue(const FieldValue &v, QByteArray &out)
     case FieldValue::Number:
         out += QByteArray::number(v.number);
         return;
-    case FieldValue::Amount:
-        out += Currency::fromRaw(v.number).toString().toLatin1();
+    case FieldValue::Amount: {
+        char16_t chars[32];
+        const int n = Currency::fromRaw(v.number).toChars(chars);
+        for (int i = 0; i < n; ++i)
+            out += char(chars[i]);
         return;
+    }
     case FieldValue::Text:
         appendText(v.text, out);
         return;

@@ -112,6 +112,10 @@ TEST_P(Saving, EditedBookComesBackTheSameAfterReload)
     g->setText(5, QStringLiteral("Explain"), QStringLiteral("收到华北公司货款"));
     g->setText(5, QStringLiteral("Debit"), QStringLiteral("0.0001"));
     g->setText(5, QStringLiteral("Field1"), QStringLiteral("合同'A-7"));
+    // Texts that PostgreSQL's bulk path has to escape, and a plain one it does not.
+    const QString awkward = QStringLiteral("C:\\账\\N\tA\r\nB\\");
+    g->setText(5, QStringLiteral("Remark"), awkward);
+    g->setText(5, QStringLiteral("Field2"), QStringLiteral("Ref A-7/2"));
     g->moveRowTo(5, 4); // the new row goes before the edited one
     journal->setIsDirty(true);
     recalculate(*journal);
@@ -133,6 +137,8 @@ TEST_P(Saving, EditedBookComesBackTheSameAfterReload)
     EXPECT_EQ(after.mid(0, 5), before.mid(0, 5));
     EXPECT_EQ(reloaded->Grid()->text(4, QStringLiteral("Debit")), QStringLiteral("0.0001"));
     EXPECT_EQ(reloaded->Grid()->text(5, QStringLiteral("Credit")), QStringLiteral("123456789.1234"));
+    EXPECT_EQ(reloaded->Grid()->text(4, QStringLiteral("Remark")), awkward);
+    EXPECT_EQ(reloaded->Grid()->text(4, QStringLiteral("Field2")), QStringLiteral("Ref A-7/2"));
 }
 
 TEST_P(Saving, CleanSaveStillNotifiesAndSummaryAmountsStayStored)
