@@ -1,6 +1,7 @@
 #include "grid/CellStore.h"
 
 #include "grid/CellArrayData.h"
+#include "grid/HashMix.h"
 #include "kxjournal/CellArray.h"
 
 #include <algorithm>
@@ -267,14 +268,7 @@ quint64 CellStore::textsHash(int row, const int *cols, int count) const
     const Cell *cells = m_rows[std::size_t(row)].cells.get();
     for (int i = 0; i < count; ++i) {
         const int c = cols[i];
-        const quint64 v = c >= 0 && c < m_cols ? textHash(cells[c]) : 0;
-        // The splitmix finaliser: every input bit moves half the output.
-        h ^= v + 0x9e3779b97f4a7c15ULL + (h << 6) + (h >> 2);
-        h ^= h >> 30;
-        h *= 0xbf58476d1ce4e5b9ULL;
-        h ^= h >> 27;
-        h *= 0x94d049bb133111ebULL;
-        h ^= h >> 31;
+        h = hashMix(h, c >= 0 && c < m_cols ? textHash(cells[c]) : 0);
     }
     return h;
 }

@@ -1,5 +1,6 @@
 #include "ledger/StoredRecords.h"
 
+#include "grid/HashMix.h"
 #include "kxjournal/GridModel.h"
 #include "ledger/BookRow.h"
 
@@ -8,18 +9,6 @@
 namespace kx {
 
 namespace {
-
-// A 64-bit mix (the splitmix finaliser): every input bit moves half the output.
-quint64 mix(quint64 h, quint64 v)
-{
-    h ^= v + 0x9e3779b97f4a7c15ULL + (h << 6) + (h >> 2);
-    h ^= h >> 30;
-    h *= 0xbf58476d1ce4e5b9ULL;
-    h ^= h >> 27;
-    h *= 0x94d049bb133111ebULL;
-    h ^= h >> 31;
-    return h;
-}
 
 using C = JournalColumns;
 using F = RecordField;
@@ -88,9 +77,9 @@ quint64 StoredRecords::fingerprint(const BookRow &row, int docId, int storedRow,
     static const std::vector<C::Column> noAmounts = columnsOf(false);
     const bool withAmounts = writesAmounts(row, opening);
     const std::vector<C::Column> &columns = withAmounts ? all : noAmounts;
-    quint64 h = mix(withAmounts ? 1 : 2, row.textsHash(columns.data(), int(columns.size())));
-    h = mix(h, quint64(storedRow));
-    return mix(h, quint64(docId));
+    quint64 h = hashMix(withAmounts ? 1 : 2, row.textsHash(columns.data(), int(columns.size())));
+    h = hashMix(h, quint64(storedRow));
+    return hashMix(h, quint64(docId));
 }
 
 bool StoredRecords::holds(int recId, quint64 print) const
