@@ -242,7 +242,11 @@ bool Journal::Load(int rDocID)
 bool Journal::Save()
 {
     return d->exclusive(QStringLiteral("Save"), false, [&] {
-        return BookSaver(*d->grid, d->state, *d, d->context()).save(Caption(), d->instanceNumber());
+        BookSaver saver(*d->grid, d->state, *d, d->context());
+        const bool saved = saver.save(Caption(), d->instanceNumber());
+        if (saver.reloaded())
+            Q_EMIT AfterLoaded();
+        return saved;
     });
 }
 

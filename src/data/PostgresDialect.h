@@ -17,6 +17,7 @@ protected:
     QString voucherLabelExpression() const override;
     QString resultName(const QString &key) const override;
     QString nameColumn(const QString &key) const override;
+    QString lockRecordsClause() const override;
 };
 
 } // namespace kx

@@ -125,6 +125,22 @@ SqlStatement SqlDialect::loadConsolidated(const QList<int> &docIds) const
             {}};
 }
 
+SqlStatement SqlDialect::storedRecords(const QList<int> &recIds) const
+{
+    QStringList ids;
+    ids.reserve(recIds.size());
+    for (int id : recIds)
+        ids << QString::number(id);
+    return {loadSelect() + QStringLiteral("WHERE jr.RecID IN (%1)").arg(ids.join(QLatin1Char(','))) +
+                lockRecordsClause(),
+            {}};
+}
+
+QString SqlDialect::lockRecordsClause() const
+{
+    return {};
+}
+
 SqlStatement SqlDialect::recordsOfBook(int docId) const
 {
     return {QStringLiteral("Select * From kxJournalRecs Where DocID=%1 Order by RecID").arg(docId), {}};

@@ -28,15 +28,15 @@ bool isZero(const GridModel &grid, int row, int col)
     return !grid.isEmpty(row, col) && grid.amount(row, col).isZero() && grid.text(row, col) == QLatin1String("0");
 }
 
-const QStringList &amountFields()
+} // namespace
+
+const QStringList &BookLoader::amountFields()
 {
     using C = JournalColumns;
     static const QStringList fields{C::key(C::Debit), C::key(C::Credit), C::key(C::Rate),
                                     C::key(C::Forex), C::key(C::Balance), C::key(C::fxBalance)};
     return fields;
 }
-
-} // namespace
 
 BookLoader::BookLoader(GridModel &grid, LedgerState &state, LedgerHost &host, AccContext *acc)
     : m_grid(grid), m_state(state), m_host(host), m_acc(acc)
@@ -51,20 +51,33 @@ BookLoader::Outcome BookLoader::load(int docId)
         m_host.prompt(QStringLiteral("没有连接到账套。"), false);
         return Failed;
     }
-    const Database &db = m_acc->Connection();
+    Database &db = m_acc->Connection();
     GridBusy busy(m_grid, QStringLiteral("Loading"));
 
+    // Until the new book's rows are in, the control stays on the book it
+    // shows: a save must still write that book's rows to that book.
+    const BookDefinition previous = m_state.book;
+    const auto fail = [&](const QString &why) {
+        m_state.book = previous;
+        m_host.prompt(why, false);
+        m_host.progress(-1);
+        return Failed;
+    };
     BookDefinition &book = m_state.book;
     JournalDefinition definition(db, book);
+    // A connection dropped since the last statement (a server restart) is
+    // opened again, as a save does.
+    if (const Result<void> connected = db.ensureConnected(); !connected.ok())
+        return fail(connected.error());
     if (docId != 0)
         definition.read(docId);
+    if (definition.subordinateIds().isEmpty())
+        return fail(QStringLiteral("没有这本日记账（编号 %1）。").arg(book.docId));
     const bool consolidated = m_state.isConsolidated();
-    m_host.captionChanged(definition.caption(consolidated));
     const QString suffix = consolidated ? QStringLiteral("及其所有下级日记账") : QString();
     m_host.prompt(QStringLiteral("读入：") + book.journalName + QStringLiteral("”") + suffix +
                       QStringLiteral("的记录..."),
                   false);
-    m_state.removedRecords.clear();
     m_host.progress(0);
     m_host.progress(10);
 
@@ -72,11 +85,11 @@ BookLoader::Outcome BookLoader::load(int docId)
         consolidated ? db.dialect().loadConsolidated(definition.subordinateIds()) : db.dialect().loadBook(book.docId);
     // Rows are held by pointer, so the array grows cheaply without a count first.
     Result<FetchedRows> fetched = RecordFetcher::fetch(db, query, amountFields(), 0, m_grid.fixedCols());
-    if (!fetched.ok()) {
-        m_host.prompt(fetched.error(), false);
-        m_host.progress(-1);
-        return Failed;
-    }
+    if (!fetched.ok())
+        return fail(fetched.error());
+    m_host.captionChanged(definition.caption(consolidated));
+    m_state.removedRecords.clear();
+    m_state.loadedDocId = book.docId;
     m_host.progress(20);
 
     m_grid.setRows(m_grid.fixedRows());

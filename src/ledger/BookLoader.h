@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QStringList>
 #include <vector>
 
 namespace kx {
@@ -30,6 +31,8 @@ public:
 
     /// Loads book \a docId (0: the current book).
     Outcome load(int docId);
+    /// The fields a load reads as amounts.
+    static const QStringList &amountFields();
 
 private:
     void fillEmptyBook();

@@ -5,7 +5,9 @@
 #include "kxjournal/Database.h"
 #include "kxjournal/GridModel.h"
 #include "kxjournal/Transaction.h"
+#include "ledger/BookLoader.h"
 #include "ledger/BookRow.h"
+#include "ledger/ConflictCheck.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "ledger/StoredRecords.h"
@@ -28,16 +30,36 @@ bool BookSaver::save(const QString &caption, int instance)
     if (m_host.cancels(QStringLiteral("Save")))
         return false;
     if (m_state.dirty) {
-        const Result<void> written = writeRecords();
-        if (!written.ok()) {
+        // Each round adds the records the user chose to write over, so it ends.
+        QSet<int> overwrite;
+        for (;;) {
+            m_conflicts.clear();
+            m_conflictRows.clear();
+            const Result<void> written = writeRecords(overwrite);
+            if (written.ok())
+                break;
             m_host.progress(-1);
-            m_host.prompt(written.error(), false);
-            return false;
+            if (m_conflicts.isEmpty()) {
+                m_host.prompt(written.error(), false);
+                return false;
+            }
+            if (!m_host.ask(conflictQuestion())) {
+                m_reloaded = BookLoader(m_grid, m_state, m_host, m_acc).load(0) != BookLoader::Failed;
+                // What the grid shows now is what is stored.
+                if (m_reloaded)
+                    m_state.dirty = false;
+                m_host.prompt(m_reloaded ? QStringLiteral("没有存储：已重新读入账簿，显示其他用户存储的内容。")
+                                         : QStringLiteral("没有存储：其他用户已修改了这些记录。"),
+                              false);
+                return false;
+            }
+            for (int key : std::as_const(m_conflicts))
+                overwrite.insert(key);
         }
     }
     m_state.dirty = false;
     if (m_acc)
-        m_acc->SaveNotice(QStringLiteral("%1|All|JournalRec|%2||").arg(instance).arg(m_state.book.docId));
+        m_acc->SaveNotice(QStringLiteral("%1|All|JournalRec|%2||").arg(instance).arg(m_state.savedDocId()));
     m_host.prompt(QStringLiteral("已存储“") + caption + QStringLiteral("”的记录;"), false);
     m_host.saved();
     return true;
@@ -52,7 +74,55 @@ bool BookSaver::anyDatedAfter(int row) const
     return false;
 }
 
-Result<void> BookSaver::writeRecords()
+Result<void> BookSaver::checkConflicts(const Database &db, const std::vector<RecordValues> &records,
+                                       const QSet<int> &overwrite)
+{
+    QList<int> keys;
+    QHash<int, int> rows;
+    for (const RecordValues &rec : records) {
+        if (rec.recId > 0 && !overwrite.contains(rec.recId)) {
+            keys << rec.recId;
+            rows.insert(rec.recId, rec.gridRow);
+        }
+    }
+    for (int key : std::as_const(m_state.removedRecords))
+        if (key > 0 && !overwrite.contains(key))
+            keys << key;
+    const Result<QList<int>> changed = ConflictCheck(db, m_state.stored).changedElsewhere(keys);
+    if (!changed.ok())
+        return Error(changed.error());
+    for (int key : changed.value()) {
+        m_conflicts << key;
+        if (rows.contains(key))
+            m_conflictRows.insert(key, rows.value(key));
+    }
+    if (!m_conflicts.isEmpty())
+        return Error(conflictQuestion());
+    return {};
+}
+
+QString BookSaver::conflictQuestion() const
+{
+    const JournalColumns columns(m_grid);
+    QStringList lines;
+    for (int key : m_conflicts) {
+        if (lines.size() == 10) {
+            lines << QStringLiteral("……共 %1 条").arg(m_conflicts.size());
+            break;
+        }
+        const auto at = m_conflictRows.constFind(key);
+        if (at == m_conflictRows.constEnd()) {
+            lines << QStringLiteral("已删除的记录（编号 %1）").arg(key);
+            continue;
+        }
+        const BookRow row(m_grid, columns, at.value());
+        lines << QStringLiteral("第%1行 %2 %3").arg(at.value()).arg(row.dateText(), row.text(JournalColumns::Explain));
+    }
+    return QStringLiteral("以下记录在您读入之后已被其他用户修改并存储：\n") + lines.join(QLatin1Char('\n')) +
+           QStringLiteral("\n\n选“是”用您的内容覆盖它们；选“否”放弃您的修改，重新读入账簿。");
+}
+
+Result<void> BookSaver::writeRecords(const QSet<int> &overwrite)
 {
     if (!m_acc)
         return Error(QStringLiteral("没有连接到账套。"));
@@ -95,9 +165,9 @@ Result<void> BookSaver::writeRecords()
         // Rows without a date are never stored: blank rows and the empty row at the bottom.
         if (!row.isDated())
             continue;
-        const quint64 print = StoredRecords::fingerprint(row, m_state.book.docId, r, r == first);
+        const quint64 print = StoredRecords::fingerprint(row, m_state.savedDocId(), r, r == first);
         if (row.recId() <= 0 || !m_state.stored.holds(row.recId(), print)) {
-            records.push_back(StoredRecords::recordOf(row, m_state.book.docId, r, r == first));
+            records.push_back(StoredRecords::recordOf(row, m_state.savedDocId(), r, r == first));
             prints.push_back(print);
         }
     }
@@ -105,6 +175,10 @@ Result<void> BookSaver::writeRecords()
     Transaction tx(db);
     if (!tx.ok())
         return Error(tx.error());
+    // Nothing is written over a change somebody else stored since this
+    // control read the record, unless the user said so.
+    if (const Result<void> checked = checkConflicts(db, records, overwrite); !checked.ok())
+        return checked;
     const auto writer = RecordWriter::create(db);
     for (int key : m_state.removedRecords) {
         if (key <= 0)
@@ -122,12 +196,12 @@ Result<void> BookSaver::writeRecords()
     const int openingRow = last >= first ? first : -1;
     if (openingRow >= 0 && BookRow::of(m_grid, columns, openingRow).isDated() &&
         BookRow::of(m_grid, columns, openingRow).balance().isZero() && !anyDatedAfter(openingRow)) {
-        const Result<QVariant> stored = db.scalar(db.dialect().countRecords(m_state.book.docId));
+        const Result<QVariant> stored = db.scalar(db.dialect().countRecords(m_state.savedDocId()));
         if (!stored.ok())
             return Error(stored.error());
         // Records other users added since stay: then only this row goes.
         if (stored.value().toInt() <= 1) {
-            const Result<void> cleared = db.run(db.dialect().deleteBook(m_state.book.docId));
+            const Result<void> cleared = db.run(db.dialect().deleteBook(m_state.savedDocId()));
             if (!cleared.ok())
                 return cleared;
             emptied = true;

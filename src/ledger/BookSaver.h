@@ -2,20 +2,28 @@
 
 #include "kxjournal/Result.h"
 
+#include <QHash>
+#include <QList>
+#include <QSet>
 #include <QString>
+#include <vector>
 
 namespace kx {
 
 class AccContext;
+class Database;
+struct RecordValues;
 class GridModel;
 class LedgerHost;
 struct LedgerState;
 
 /// Stores the grid's records: deletes the rows taken out since the last
-/// save, writes every dated row (updated in place, or added with its new key
-/// brought back into the grid), all in one transaction. A pass that fails
-/// leaves the database as it was, the grid's keys unchanged, the removed
-/// rows still waiting and the grid still dirty.
+/// save, writes the dated rows that differ from what the database holds
+/// (updated in place, or added with its new key brought back into the grid),
+/// all in one transaction. A pass that fails leaves the database as it was,
+/// the grid's keys unchanged, the removed rows still waiting and the grid
+/// still dirty. A record somebody else changed since this control read it is
+/// not written over unless the user says so; otherwise the book is read again.
 class BookSaver
 {
 public:
@@ -27,15 +35,26 @@ public:
     /// when dirty, then notifies the context (\a instance tells this control
     /// from others) and reports "已存储“\a caption”的记录;".
     bool save(const QString &caption, int instance);
+    /// True when the user chose the stored records over their own changes
+    /// and the book was read again.
+    bool reloaded() const { return m_reloaded; }
 
 private:
-    Result<void> writeRecords();
+    /// Writes the pass; the records in \a overwrite are written even when
+    /// changed elsewhere. Fails with m_conflicts filled when others are.
+    Result<void> writeRecords(const QSet<int> &overwrite);
+    Result<void> checkConflicts(const Database &db, const std::vector<RecordValues> &records,
+                                const QSet<int> &overwrite);
+    QString conflictQuestion() const;
     bool anyDatedAfter(int row) const;
 
     GridModel &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;
     AccContext *m_acc;
+    QList<int> m_conflicts;             // keys changed elsewhere, found by the last pass
+    QHash<int, int> m_conflictRows;     // their grid rows (removed ones have none)
+    bool m_reloaded = false;
 };
 
 } // namespace kx

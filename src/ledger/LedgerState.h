@@ -44,7 +44,8 @@ struct LedgerFields {
 /// Everything the ledger knows of the book in the grid beyond its cells.
 /// The control owns one; every ledger class reads and writes it.
 struct LedgerState {
-    BookDefinition book;         ///< the book shown
+    BookDefinition book;         ///< the book chosen (DocID)
+    int loadedDocId = 0;         ///< the book whose rows the grid holds: a save writes there
     bool isPacked = false;       ///< show the consolidated journal when the book has books below it
     int lastSumRow = 0;          ///< the last summary row (0: none)
     bool allowModify = false;
@@ -55,6 +56,9 @@ struct LedgerState {
     LedgerFields fields;
     RowLooks looks;
 
+    /// The book a save writes to: the one the grid was loaded from (the
+    /// chosen one when nothing was loaded).
+    int savedDocId() const { return loadedDocId > 0 ? loadedDocId : book.docId; }
     /// True when the consolidated journal is shown (packed and not a bottom book).
     bool isConsolidated() const { return isPacked && !book.isBottomClass; }
     /// The column whose empty cell marks a blank row (OutlineKey, else the date).

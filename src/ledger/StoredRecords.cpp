@@ -64,20 +64,26 @@ RecordValues StoredRecords::recordOf(const BookRow &row, int docId, int storedRo
 
 quint64 StoredRecords::fingerprint(const BookRow &row, int docId, int storedRow, bool opening)
 {
-    // Each field by its text: a text has one encoding in the grid, so this
-    // is as exact as comparing the values and reads every cell once.
-    static const auto columnsOf = [](bool withAmounts) {
+    // Texts by their text (one encoding in the grid, so as exact as comparing
+    // them, with no text made); amounts and numbers by the value recordOf()
+    // writes, so an empty cell and a stored 0 are the same record.
+    static const auto columnsOf = [](bool withAmounts, As as) {
         std::vector<C::Column> columns;
         for (const Source &s : Sources)
-            if (withAmounts || !isAmountField(s.field))
+            if (s.as == as && (withAmounts || !isAmountField(s.field)))
                 columns.push_back(s.column);
         return columns;
     };
-    static const std::vector<C::Column> all = columnsOf(true);
-    static const std::vector<C::Column> noAmounts = columnsOf(false);
+    static const std::vector<C::Column> texts = columnsOf(true, As::Text);
+    static const std::vector<C::Column> numbers = columnsOf(true, As::Number);
+    static const std::vector<C::Column> amounts = columnsOf(true, As::Amount);
+    static const std::vector<C::Column> balances = columnsOf(false, As::Amount);
     const bool withAmounts = writesAmounts(row, opening);
-    const std::vector<C::Column> &columns = withAmounts ? all : noAmounts;
-    quint64 h = hashMix(withAmounts ? 1 : 2, row.textsHash(columns.data(), int(columns.size())));
+    quint64 h = hashMix(withAmounts ? 1 : 2, row.textsHash(texts.data(), int(texts.size())));
+    for (C::Column c : numbers)
+        h = hashMix(h, quint64(row.number(c)));
+    for (C::Column c : withAmounts ? amounts : balances)
+        h = hashMix(h, quint64(row.amount(c).raw()));
     h = hashMix(h, quint64(storedRow));
     return hashMix(h, quint64(docId));
 }

@@ -27,6 +27,12 @@ public:
     void remember(int recId, quint64 print) { m_prints.insert(recId, print); }
     /// Forgets record \a recId (it was deleted).
     void forget(int recId) { m_prints.remove(recId); }
+    /// True when a fingerprint is remembered for record \a recId.
+    bool knows(int recId) const
+    {
+        quint64 print = 0;
+        return m_prints.find(recId, print);
+    }
     /// True when the database held a record with fingerprint \a print under
     /// key \a recId when last read or written.
     bool holds(int recId, quint64 print) const;

@@ -1,0 +1,189 @@
+// Nothing typed or stored is lost: a load that fails leaves the book the
+// grid holds where it is, and a save never overwrites what somebody else
+// stored since this control read it without asking.
+#include "QtPrinters.h"
+#include "support/TestDatabase.h"
+
+#include <kxjournal/GridModel.h>
+#include <kxjournal/Journal.h>
+#include <kxjournal/SqlAccContext.h>
+
+#include <gtest/gtest.h>
+
+using kx::Journal;
+using kxtest::Engine;
+
+namespace {
+
+class DataSafety : public ::testing::TestWithParam<Engine>
+{
+protected:
+    void SetUp() override
+    {
+        testDb = std::make_unique<kxtest::TestDatabase>(GetParam());
+        kx::Database db = testDb->open();
+        bookA = kxtest::fillSampleBooks(db, 120, 2);
+        bookB = db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("020102")}})
+                    .valueOr(QVariant())
+                    .toInt();
+        ASSERT_GT(bookA, 0);
+        ASSERT_GT(bookB, 0);
+        acc = std::make_unique<kx::SqlAccContext>(testDb->open());
+        acc->setBeginDate(QDate(2025, 1, 1));
+        journal = makeJournal(acc.get(), said);
+    }
+
+    static std::unique_ptr<Journal> makeJournal(kx::SqlAccContext *context, QStringList &messages)
+    {
+        auto j = std::make_unique<Journal>();
+        j->setAcc(context);
+        QObject::connect(j.get(), &Journal::Notify, [&messages](const QString &m, bool) { messages << m; });
+        // A question nobody expects is a failure, never a dialog waiting for a click.
+        j->setAsker([](const QString &text, const QString &) {
+            ADD_FAILURE() << "unexpected question: " << text.toStdString();
+            return false;
+        });
+        return j;
+    }
+
+    int count(int doc) const
+    {
+        return testDb->open()
+            .scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=?"), {doc}})
+            .valueOr(QVariant())
+            .toInt();
+    }
+
+    QString storedExplain(int key) const
+    {
+        return testDb->open()
+            .scalar({QStringLiteral("Select Explain From kxJournalRecs Where RecID=?"), {key}})
+            .valueOr(QVariant())
+            .toString();
+    }
+
+    // The first row after the opening row that is an ordinary stored record.
+    static int recordRow(const Journal &j, int after = 0)
+    {
+        const kx::GridModel *g = j.Grid();
+        for (int r = std::max(g->fixedRows() + 1, after + 1); r < g->rows(); ++r)
+            if (g->number(r, g->colIndex(QStringLiteral("RecID"))) > 0 &&
+                g->text(r, g->colIndex(QStringLiteral("Explain"))) != QStringLiteral("小结"))
+                return r;
+        return -1;
+    }
+
+    static int keyAt(const Journal &j, int row)
+    {
+        return int(j.Grid()->number(row, j.Grid()->colIndex(QStringLiteral("RecID"))));
+    }
+
+    static void edit(Journal &j, int row, const QString &explain)
+    {
+        j.Grid()->setText(row, QStringLiteral("Explain"), explain);
+        j.setIsDirty(true);
+    }
+
+    std::unique_ptr<kxtest::TestDatabase> testDb;
+    std::unique_ptr<kx::SqlAccContext> acc;
+    std::unique_ptr<Journal> journal;
+    QStringList said;
+    int bookA = 0, bookB = 0;
+};
+
+} // namespace
+
+TEST_P(DataSafety, AFailedLoadLeavesTheBookInTheGridWhereItIsStored)
+{
+    journal->setDocID(bookA);
+    ASSERT_TRUE(journal->Load());
+    const int inA = count(bookA), inB = count(bookB);
+    const int row = recordRow(*journal);
+    edit(*journal, row, QStringLiteral("未存的修改"));
+
+    // Another program takes the records table away for a moment: the load of B fails.
+    kx::Database other = testDb->open();
+    ASSERT_TRUE(other.run({QStringLiteral("ALTER TABLE kxJournalRecs RENAME TO kxJournalRecsAway"), {}}).ok());
+    EXPECT_FALSE(journal->Load(bookB));
+    ASSERT_TRUE(other.run({QStringLiteral("ALTER TABLE kxJournalRecsAway RENAME TO kxJournalRecs"), {}}).ok());
+    EXPECT_EQ(journal->DocID(), bookA) << "the control stays on the book it shows";
+    EXPECT_TRUE(journal->IsDirty());
+
+    ASSERT_TRUE(journal->Save()) << said.join(QLatin1Char('\n')).toStdString();
+    EXPECT_EQ(count(bookA), inA);
+    EXPECT_EQ(count(bookB), inB);
+    EXPECT_EQ(storedExplain(keyAt(*journal, row)), QStringLiteral("未存的修改"));
+
+    // Choosing another book without loading it does not move the grid's rows there either.
+    journal->setDocID(bookB);
+    edit(*journal, row, QStringLiteral("再改一次"));
+    ASSERT_TRUE(journal->Save());
+    EXPECT_EQ(count(bookA), inA);
+    EXPECT_EQ(count(bookB), inB);
+    EXPECT_EQ(storedExplain(keyAt(*journal, row)), QStringLiteral("再改一次"));
+}
+
+TEST_P(DataSafety, LoadingABookThatDoesNotExistSaysSoAndKeepsTheBookShown)
+{
+    journal->setDocID(bookA);
+    ASSERT_TRUE(journal->Load());
+    const int rows = journal->Grid()->rows();
+    said.clear();
+    EXPECT_FALSE(journal->Load(987654));
+    EXPECT_EQ(journal->DocID(), bookA);
+    EXPECT_EQ(journal->Grid()->rows(), rows);
+    EXPECT_TRUE(said.join(QLatin1Char('\n')).contains(QStringLiteral("没有这本日记账"))) << said.join(QLatin1Char('\n')).toStdString();
+}
+
+TEST_P(DataSafety, ChangesSavedElsewhereAreNeverOverwrittenWithoutAsking)
+{
+    QStringList saidB;
+    kx::SqlAccContext accB(testDb->open());
+    accB.setBeginDate(QDate(2025, 1, 1));
+    auto b = makeJournal(&accB, saidB);
+    journal->setDocID(bookA);
+    b->setDocID(bookA);
+    ASSERT_TRUE(journal->Load());
+    ASSERT_TRUE(b->Load());
+    const int row2 = recordRow(*journal);
+    const int row3 = recordRow(*journal, row2);
+    const int key2 = keyAt(*journal, row2);
+
+    // A changes row 2 and saves; B changes row 3 and saves: both changes stay.
+    edit(*journal, row2, QStringLiteral("甲改第二行"));
+    ASSERT_TRUE(journal->Save());
+    edit(*b, row3, QStringLiteral("乙改第三行"));
+    ASSERT_TRUE(b->Save()) << saidB.join(QLatin1Char('\n')).toStdString();
+    EXPECT_EQ(storedExplain(key2), QStringLiteral("甲改第二行"));
+    EXPECT_EQ(storedExplain(keyAt(*b, row3)), QStringLiteral("乙改第三行"));
+
+    // B now changes row 2 too, which A changed after B read it: B is asked.
+    QStringList questions;
+    bool answer = false;
+    b->setAsker([&](const QString &text, const QString &) {
+        questions << text;
+        return answer;
+    });
+    edit(*b, row2, QStringLiteral("乙也改第二行"));
+    EXPECT_FALSE(b->Save());
+    ASSERT_EQ(questions.size(), 1);
+    EXPECT_TRUE(questions.first().contains(QStringLiteral("其他用户"))) << questions.first().toStdString();
+    EXPECT_TRUE(questions.first().contains(QString::number(row2))) << "the question names the row";
+    EXPECT_EQ(storedExplain(key2), QStringLiteral("甲改第二行")) << "No: nothing written";
+    EXPECT_EQ(b->Grid()->text(row2, QStringLiteral("Explain")), QStringLiteral("甲改第二行"))
+        << "No: the book is read again and shows what is stored";
+    EXPECT_FALSE(b->IsDirty());
+
+    // Asked again after another change elsewhere, B keeps its own version.
+    ASSERT_TRUE(testDb->open().run({QStringLiteral("Update kxJournalRecs Set Explain=? Where RecID=?"),
+                                    {QStringLiteral("第三个程序改的"), key2}}).ok());
+    edit(*b, row2, QStringLiteral("乙坚持自己的"));
+    answer = true;
+    ASSERT_TRUE(b->Save()) << saidB.join(QLatin1Char('\n')).toStdString();
+    EXPECT_EQ(questions.size(), 2);
+    EXPECT_EQ(storedExplain(key2), QStringLiteral("乙坚持自己的"));
+
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, DataSafety, ::testing::Values(Engine::Sqlite, Engine::Postgres),
+                         [](const auto &info) { return kxtest::engineName(info.param); });
