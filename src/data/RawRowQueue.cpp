@@ -15,8 +15,8 @@ void RawRows::clear()
 RawRows RawRowQueue::take()
 {
     std::unique_lock<std::mutex> lock(m_mutex);
-    m_changed.wait(lock, [this] { return m_full.size() < m_depth; });
-    if (m_spare.empty())
+    m_changed.wait(lock, [this] { return m_full.size() < m_depth || m_cancelled; });
+    if (m_spare.empty() || m_cancelled)
         return {};
     RawRows rows = std::move(m_spare.back());
     m_spare.pop_back();
@@ -27,7 +27,18 @@ void RawRowQueue::push(RawRows rows)
 {
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_cancelled)
+            return;
         m_full.push_back(std::move(rows));
+    }
+    m_changed.notify_all();
+}
+
+void RawRowQueue::cancel()
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_cancelled = true;
     }
     m_changed.notify_all();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -45,6 +46,11 @@ public:
     void push(RawRows rows);
     /// No more runs will come.
     void close();
+    /// The keeping thread gives up: the reader's waits end at once and what
+    /// it pushes is dropped; it should stop reading.
+    void cancel();
+    /// True once cancel() was called.
+    bool cancelled() const { return m_cancelled.load(); }
     /// The next filled run; false when the reader is done and none is left.
     bool pop(RawRows &rows);
     /// Gives a kept run's memory back to the reader.
@@ -57,6 +63,7 @@ private:
     std::vector<RawRows> m_spare;
     std::size_t m_depth;
     bool m_closed = false;
+    std::atomic<bool> m_cancelled{false};
 };
 
 } // namespace kx

@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <cmath>
 #include <sqlite3.h>
+#include <memory>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -65,6 +67,8 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
     const QByteArray sql = statement.text.toUtf8();
     if (sqlite3_prepare_v2(db, sql.constData(), int(sql.size()), &stmt, nullptr) != SQLITE_OK)
         return Error(QStringLiteral("数据库操作失败：%1").arg(QString::fromUtf8(sqlite3_errmsg(db))));
+    // Finalised on every path; the connection cannot close while it lives.
+    const std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt *)> statementGuard(stmt, sqlite3_finalize);
     std::vector<QByteArray> texts;
     for (int i = 0; i < statement.binds.size(); ++i) {
         const QVariant &v = statement.binds.at(i);
@@ -86,37 +90,58 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
     // The engine steps on its own thread while this one types what it read:
     // on a big book the two take about as long, so a load costs little more
     // than the engine's own reading. Nothing else uses the connection
-    // meanwhile; the reader is joined before anything returns.
+    // meanwhile; the reader is joined before anything returns, on every path.
     RawRowQueue queue;
     int rc = SQLITE_OK;
-    std::thread reader([stmt, n, &queue, &rc] {
+    bool readFailed = false;
+    std::thread reader([db, stmt, n, &queue, &rc, &readFailed] {
         constexpr int Run = 1024;
-        RawRows raw = queue.take();
-        while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
-            for (int c = 0; c < n; ++c) {
-                const int type = sqlite3_column_type(stmt, c);
-                raw.types.push_back((unsigned char)type);
-                switch (type) {
-                case SQLITE_NULL: break;
-                case SQLITE_INTEGER: raw.numbers.push_back(sqlite3_column_int64(stmt, c)); break;
-                case SQLITE_FLOAT: raw.reals.push_back(sqlite3_column_double(stmt, c)); break;
-                default: {
-                    const auto *p = reinterpret_cast<const char *>(sqlite3_column_text(stmt, c));
-                    const int size = p ? sqlite3_column_bytes(stmt, c) : 0;
-                    raw.bytes.insert(raw.bytes.end(), p, p + size);
-                    raw.sizes.push_back(size);
+        try {
+            RawRows raw = queue.take();
+            while (!queue.cancelled() && (rc = sqlite3_step(stmt)) == SQLITE_ROW) {
+                for (int c = 0; c < n; ++c) {
+                    const int type = sqlite3_column_type(stmt, c);
+                    raw.types.push_back((unsigned char)type);
+                    switch (type) {
+                    case SQLITE_NULL: break;
+                    case SQLITE_INTEGER: raw.numbers.push_back(sqlite3_column_int64(stmt, c)); break;
+                    case SQLITE_FLOAT: raw.reals.push_back(sqlite3_column_double(stmt, c)); break;
+                    default: {
+                        const auto *p = reinterpret_cast<const char *>(sqlite3_column_text(stmt, c));
+                        // A value the engine could not hand out is an error, never an empty text.
+                        if (!p && sqlite3_errcode(db) == SQLITE_NOMEM)
+                            throw std::bad_alloc();
+                        const int size = p ? sqlite3_column_bytes(stmt, c) : 0;
+                        raw.bytes.insert(raw.bytes.end(), p, p + size);
+                        raw.sizes.push_back(size);
+                    }
+                    }
                 }
+                if (++raw.rows == Run) {
+                    queue.push(std::move(raw));
+                    raw = queue.take();
                 }
             }
-            if (++raw.rows == Run) {
+            if (raw.rows > 0)
                 queue.push(std::move(raw));
-                raw = queue.take();
-            }
+        } catch (...) {
+            readFailed = true;
         }
-        if (raw.rows > 0)
-            queue.push(std::move(raw));
         queue.close();
     });
+    // Should typing fail (memory), the reader is stopped and joined before
+    // the statement goes.
+    struct Joiner {
+        std::thread &thread;
+        RawRowQueue &queue;
+        ~Joiner()
+        {
+            if (thread.joinable()) {
+                queue.cancel();
+                thread.join();
+            }
+        }
+    } joiner{reader, queue};
 
     // Rows start empty, so cells are written in place with nothing to release.
     CellArrayData &block = out.cells.data();
@@ -158,8 +183,9 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
         queue.recycle(std::move(raw));
     }
     reader.join();
-    const QString error = rc == SQLITE_DONE ? QString() : QString::fromUtf8(sqlite3_errmsg(db));
-    sqlite3_finalize(stmt);
+    const QString error = readFailed          ? QStringLiteral("内存不足")
+                          : rc == SQLITE_DONE ? QString()
+                                              : QString::fromUtf8(sqlite3_errmsg(db));
     if (!error.isEmpty())
         return Error(QStringLiteral("数据库操作失败：%1").arg(error));
     return Result<FetchedRows>(std::move(out));

@@ -101,6 +101,19 @@ Result<void> BookSaver::checkConflicts(const Database &db, const std::vector<Rec
     return {};
 }
 
+QString BookSaver::unrepresentableAmount(const RecordValues &rec)
+{
+    static const std::pair<RecordField, const char16_t *> amounts[] = {
+        {RecordField::Debit, u"借方金额"}, {RecordField::Credit, u"贷方金额"}, {RecordField::Rate, u"汇率"},
+        {RecordField::Forex, u"外币金额"}, {RecordField::Balance, u"余额"},    {RecordField::fxBalance, u"外币余额"}};
+    for (const auto &[field, name] : amounts) {
+        const FieldValue &v = rec[field];
+        if (v.kind == FieldValue::Amount && !Currency::fromRaw(v.number).isValid())
+            return QString::fromUtf16(name);
+    }
+    return {};
+}
+
 QString BookSaver::conflictQuestion() const
 {
     const JournalColumns columns(m_grid);
@@ -169,6 +182,10 @@ Result<void> BookSaver::writeRecords(const QSet<int> &overwrite)
         if (row.recId() <= 0 || !m_state.stored.holds(row.recId(), print)) {
             records.push_back(StoredRecords::recordOf(row, m_state.savedDocId(), r, r == first));
             prints.push_back(print);
+            // An amount past what money holds would be stored as some other
+            // number: the pass stops before anything is written.
+            if (const QString bad = unrepresentableAmount(records.back()); !bad.isEmpty())
+                return Error(QStringLiteral("第%1行的%2超出了金额的范围，不能存储。请改正后再存储。").arg(r).arg(bad));
         }
     }
 

@@ -46,6 +46,8 @@ private:
     Result<void> checkConflicts(const Database &db, const std::vector<RecordValues> &records,
                                 const QSet<int> &overwrite);
     QString conflictQuestion() const;
+    /// The name of the first amount of \a rec money cannot hold ("" when none).
+    static QString unrepresentableAmount(const RecordValues &rec);
     bool anyDatedAfter(int row) const;
 
     GridModel &m_grid;

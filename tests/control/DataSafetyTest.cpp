@@ -185,5 +185,32 @@ TEST_P(DataSafety, ChangesSavedElsewhereAreNeverOverwrittenWithoutAsking)
 
 }
 
+TEST_P(DataSafety, AnAmountBeyondWhatMoneyHoldsIsRefusedNotStoredWrong)
+{
+    journal->setDocID(bookA);
+    ASSERT_TRUE(journal->Load());
+    const int row = recordRow(*journal);
+    const int key = keyAt(*journal, row);
+    const QString debitBefore = testDb->open()
+                                    .scalar({QStringLiteral("Select Debit From kxJournalRecs Where RecID=?"), {key}})
+                                    .valueOr(QVariant())
+                                    .toString();
+    journal->Grid()->setText(row, QStringLiteral("Debit"), QStringLiteral("1000000000000000"));
+    edit(*journal, row, QStringLiteral("金额太大"));
+    said.clear();
+    EXPECT_FALSE(journal->Save());
+    EXPECT_TRUE(journal->IsDirty());
+    EXPECT_TRUE(said.join(QLatin1Char('\n')).contains(QStringLiteral("第%1行").arg(row)))
+        << said.join(QLatin1Char('\n')).toStdString();
+    EXPECT_NE(storedExplain(key), QStringLiteral("金额太大")) << "nothing of the pass is stored";
+    EXPECT_EQ(testDb->open()
+                  .scalar({QStringLiteral("Select Debit From kxJournalRecs Where RecID=?"), {key}})
+                  .valueOr(QVariant())
+                  .toString(),
+              debitBefore);
+    EXPECT_EQ(journal->Grid()->text(row, QStringLiteral("Debit")), QStringLiteral("1000000000000000"))
+        << "what was typed stays";
+}
+
 INSTANTIATE_TEST_SUITE_P(Engines, DataSafety, ::testing::Values(Engine::Sqlite, Engine::Postgres),
                          [](const auto &info) { return kxtest::engineName(info.param); });

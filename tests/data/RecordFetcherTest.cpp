@@ -2,6 +2,7 @@
 // whatever the mix of values and however many runs they span, the cells must
 // say what the table holds, and an engine error half-way must come back as
 // an error, not a short book.
+#include "data/RawRowQueue.h"
 #include "data/RecordFetcher.h"
 #include "support/TestDatabase.h"
 
@@ -10,6 +11,7 @@
 
 #include <QRandomGenerator>
 #include <gtest/gtest.h>
+#include <thread>
 
 using kxtest::Engine;
 
@@ -82,4 +84,29 @@ TEST(RecordFetcher, AnEngineErrorAfterManyRowsIsAnErrorNotAShortResult)
     const kx::Result<kx::FetchedRows> again = kx::RecordFetcher::fetch(db, {QStringLiteral("SELECT k FROM t"), {}}, {});
     ASSERT_TRUE(again.ok());
     EXPECT_EQ(again.value().cells.rows(), 4000);
+}
+
+// A keeping thread that gives up half-way (out of memory while typing) must
+// not leave the reader waiting on a full queue for ever.
+TEST(RecordFetcher, AReaderIsReleasedWhenTheKeeperGivesUp)
+{
+    kx::RawRowQueue queue(2);
+    int pushed = 0;
+    std::thread reader([&] {
+        while (!queue.cancelled()) {
+            kx::RawRows raw = queue.take();
+            raw.rows = 1;
+            raw.types.push_back(1);
+            queue.push(std::move(raw));
+            ++pushed;
+        }
+        queue.close();
+    });
+    kx::RawRows got;
+    ASSERT_TRUE(queue.pop(got));
+    queue.recycle(std::move(got));
+    queue.cancel();
+    reader.join();
+    EXPECT_GE(pushed, 1);
+    EXPECT_TRUE(queue.cancelled());
 }
