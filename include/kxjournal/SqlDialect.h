@@ -50,8 +50,7 @@ public:
     SqlStatement loadBook(int docId) const;
     /// The records of several books, interleaved by date, then stored row, then key.
     SqlStatement loadConsolidated(const QList<int> &docIds) const;
-    /// The records with keys \a recIds as a load reads them; where the engine
-    /// can, they stay locked against other writers until the transaction ends.
+    /// The records with keys \a recIds, every stored field.
     SqlStatement storedRecords(const QList<int> &recIds) const;
     /// Every record of a book, by key (the save pass reads it).
     SqlStatement recordsOfBook(int docId) const;
@@ -115,8 +114,6 @@ protected:
     virtual QString insertOutput() const;
     /// Words after the VALUES of an insert (" Returning RecID").
     virtual QString insertReturning() const;
-    /// Words after a select that lock the record rows it reads ("" where the engine cannot).
-    virtual QString lockRecordsClause() const;
     /// The select list and joins of the load query, up to and including the
     /// last join and its trailing blank. Written once from the hooks below;
     /// a dialect whose text is fixed by the product it talks to overrides it.

@@ -1,5 +1,7 @@
 #include "data/PgRecordWriter.h"
 
+#include "data/PgRowReader.h"
+
 #include "kxjournal/Database.h"
 
 #include <QSqlDriver>
@@ -106,15 +108,7 @@ void appendValue(const FieldValue &v, QByteArray &out)
 
 } // namespace
 
-PgRecordWriter::PgRecordWriter(const Database &db) : m_db(db)
-{
-    if (!db.handle().driver())
-        return;
-    const QVariant h = db.handle().driver()->handle();
-    // Qt names the type after the struct behind libpq's typedef.
-    if (h.isValid() && (qstrcmp(h.typeName(), "pg_conn*") == 0 || qstrcmp(h.typeName(), "PGconn*") == 0))
-        m_conn = *static_cast<PGconn *const *>(h.constData());
-}
+PgRecordWriter::PgRecordWriter(const Database &db) : m_db(db), m_conn(PgRowReader::connectionOf(db)) {}
 
 QString PgRecordWriter::error(const char *what) const
 {

@@ -39,9 +39,4 @@ QString PostgresDialect::nameColumn(const QString &key) const
     return QStringLiteral(" AS ") + resultName(key);
 }
 
-QString PostgresDialect::lockRecordsClause() const
-{
-    return QStringLiteral(" FOR UPDATE OF jr");
-}
-
 } // namespace kx

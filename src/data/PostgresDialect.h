@@ -17,7 +17,6 @@ protected:
     QString voucherLabelExpression() const override;
     QString resultName(const QString &key) const override;
     QString nameColumn(const QString &key) const override;
-    QString lockRecordsClause() const override;
 };
 
 } // namespace kx

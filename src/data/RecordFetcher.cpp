@@ -1,5 +1,6 @@
 #include "data/RecordFetcher.h"
 
+#include "data/PgRowReader.h"
 #include "data/RawRowQueue.h"
 #include "data/SqlValue.h"
 #include "grid/CellArrayData.h"
@@ -56,6 +57,8 @@ Result<FetchedRows> RecordFetcher::fetch(const Database &db, const SqlStatement 
     leadingCols = std::max(leadingCols, 0);
     if (sqlite3 *h = sqliteHandle(db))
         return fetchSqlite(h, statement, amountFields, expectedRows, leadingCols);
+    if (pg_conn *conn = PgRowReader::connectionOf(db))
+        return PgRowReader::read(conn, statement, amountFields, expectedRows, leadingCols);
     return fetchQt(db, statement, amountFields, leadingCols);
 }
 

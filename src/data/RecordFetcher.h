@@ -22,7 +22,8 @@ struct FetchedRows {
 /// yyyy-MM-dd, amounts in plain currency text.
 ///
 /// On SQLite the rows are read straight from the engine with typed column
-/// reads (the same connection, no second copy of the data); other engines go
+/// reads (the same connection, no second copy of the data), on PostgreSQL
+/// through libpq with bound parameters (PgRowReader); other engines go
 /// through Qt SQL, forward only.
 class RecordFetcher
 {

@@ -131,14 +131,7 @@ SqlStatement SqlDialect::storedRecords(const QList<int> &recIds) const
     ids.reserve(recIds.size());
     for (int id : recIds)
         ids << QString::number(id);
-    return {loadSelect() + QStringLiteral("WHERE jr.RecID IN (%1)").arg(ids.join(QLatin1Char(','))) +
-                lockRecordsClause(),
-            {}};
-}
-
-QString SqlDialect::lockRecordsClause() const
-{
-    return {};
+    return {QStringLiteral("Select * From kxJournalRecs Where RecID IN (%1)").arg(ids.join(QLatin1Char(','))), {}};
 }
 
 SqlStatement SqlDialect::recordsOfBook(int docId) const

@@ -88,7 +88,7 @@ Result<void> BookSaver::checkConflicts(const Database &db, const std::vector<Rec
     for (int key : std::as_const(m_state.removedRecords))
         if (key > 0 && !overwrite.contains(key))
             keys << key;
-    const Result<QList<int>> changed = ConflictCheck(db, m_state.stored).changedElsewhere(keys);
+    const Result<QList<int>> changed = ConflictCheck(db, m_state.stored).changedElsewhere(keys, m_state.savedDocId());
     if (!changed.ok())
         return Error(changed.error());
     for (int key : changed.value()) {
@@ -192,6 +192,14 @@ Result<void> BookSaver::writeRecords(const QSet<int> &overwrite)
     Transaction tx(db);
     if (!tx.ok())
         return Error(tx.error());
+    // One snapshot for the check and the writes: a record another user
+    // changes in between fails the write instead of being overwritten.
+    if (db.engine() == Database::PostgresEngine) {
+        if (const Result<void> snapshot =
+                db.run({QStringLiteral("SET TRANSACTION ISOLATION LEVEL REPEATABLE READ"), {}});
+            !snapshot.ok())
+            return snapshot;
+    }
     // Nothing is written over a change somebody else stored since this
     // control read the record, unless the user said so.
     if (const Result<void> checked = checkConflicts(db, records, overwrite); !checked.ok())

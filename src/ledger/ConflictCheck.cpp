@@ -9,42 +9,65 @@
 
 namespace kx {
 
-Result<QList<int>> ConflictCheck::changedElsewhere(const QList<int> &keys) const
+Result<QList<int>> ConflictCheck::changedElsewhere(const QList<int> &keys, int docId) const
 {
-    QList<int> remembered;
+    QSet<int> remembered;
     for (int key : keys)
         if (key > 0 && m_stored.knows(key))
-            remembered << key;
+            remembered.insert(key);
     QList<int> changed;
+    // Most of a book is read faster whole, in one statement, than key by key;
+    // what is not found there (moved to another book since) is read by key.
+    if (remembered.size() > WholeBookFrom) {
+        const Result<void> read = compare(m_db.dialect().recordsOfBook(docId), remembered, changed);
+        if (!read.ok())
+            return Error(read.error());
+    }
+    const QList<int> left(remembered.cbegin(), remembered.cend());
     // A few hundred keys a statement keeps every engine's limits far off.
     constexpr int Chunk = 500;
-    for (int from = 0; from < remembered.size(); from += Chunk) {
-        const QList<int> part = remembered.mid(from, Chunk);
-        // Read into a grid of their own, so the fingerprints come from the
-        // very cells a load would have made.
-        GridModel scratch;
-        Result<FetchedRows> fetched = RecordFetcher::fetch(m_db, m_db.dialect().storedRecords(part),
-                                                           BookLoader::amountFields(), int(part.size()),
-                                                           scratch.fixedCols());
-        if (!fetched.ok())
-            return Error(fetched.error());
-        const QStringList names = fetched.value().fieldNames;
-        scratch.loadArray(std::move(fetched.value().cells), scratch.fixedRows(), 0);
-        for (int i = 0; i < names.size(); ++i)
-            scratch.setColKey(scratch.fixedCols() + i, names.at(i));
-        const JournalColumns columns(scratch);
-        for (int r = scratch.fixedRows(); r < scratch.rows(); ++r) {
-            const BookRow row(scratch, columns, r);
-            const int docId = int(row.number(JournalColumns::DocID));
-            const int storedRow = int(row.number(JournalColumns::Row));
-            // Whether the record was its book's first row decides only
-            // whether a total row's amounts count; either reading will do.
-            if (!m_stored.holds(row.recId(), StoredRecords::fingerprint(row, docId, storedRow, false)) &&
-                !m_stored.holds(row.recId(), StoredRecords::fingerprint(row, docId, storedRow, true)))
-                changed << row.recId();
-        }
+    for (int from = 0; from < left.size(); from += Chunk) {
+        const Result<void> read = compare(m_db.dialect().storedRecords(left.mid(from, Chunk)), remembered, changed);
+        if (!read.ok())
+            return Error(read.error());
     }
     return changed;
+}
+
+Result<void> ConflictCheck::compare(const SqlStatement &statement, QSet<int> &keys, QList<int> &changed) const
+{
+    // Read into a grid of their own, so the fingerprints come from cells typed
+    // as a load types them. Only the stored fields count, so the records are
+    // read from their table alone, without a load's joins and labels.
+    GridModel scratch;
+    Result<FetchedRows> fetched =
+        RecordFetcher::fetch(m_db, statement, BookLoader::amountFields(), 0, scratch.fixedCols());
+    if (!fetched.ok())
+        return Error(fetched.error());
+    const QStringList names = fetched.value().fieldNames;
+    scratch.loadArray(std::move(fetched.value().cells), scratch.fixedRows(), 0);
+    // Some engines fold unquoted names to lower case.
+    for (int i = 0; i < names.size(); ++i) {
+        QString key = names.at(i);
+        for (int c = 0; c < JournalColumns::Count; ++c)
+            if (key.compare(JournalColumns::key(JournalColumns::Column(c)), Qt::CaseInsensitive) == 0)
+                key = JournalColumns::key(JournalColumns::Column(c));
+        scratch.setColKey(scratch.fixedCols() + i, key);
+    }
+    const JournalColumns columns(scratch);
+    for (int r = scratch.fixedRows(); r < scratch.rows(); ++r) {
+        const BookRow row(scratch, columns, r);
+        if (!keys.remove(row.recId()))
+            continue;
+        const int docId = int(row.number(JournalColumns::DocID));
+        const int storedRow = int(row.number(JournalColumns::Row));
+        // Whether the record was its book's first row decides only whether
+        // a total row's amounts count; either reading will do.
+        if (!m_stored.holds(row.recId(), StoredRecords::fingerprint(row, docId, storedRow, false)) &&
+            !m_stored.holds(row.recId(), StoredRecords::fingerprint(row, docId, storedRow, true)))
+            changed << row.recId();
+    }
+    return {};
 }
 
 } // namespace kx

@@ -3,29 +3,36 @@
 #include "kxjournal/Result.h"
 
 #include <QList>
+#include <QSet>
 
 namespace kx {
 
 class Database;
 class StoredRecords;
+struct SqlStatement;
 
 /// Tells which records somebody else changed since this control last read
 /// or wrote them: each is read again as a load reads it and its fingerprint
-/// compared with the one remembered. Run inside the save's transaction; on
-/// engines that can, the records read stay locked until it ends, so nobody
-/// changes them between the check and the write.
+/// compared with the one remembered. Run inside the save's transaction,
+/// which on PostgreSQL reads one snapshot: a record somebody changes between
+/// the check and the write makes the write fail rather than overwrite it.
 class ConflictCheck
 {
 public:
     /// Checks against the fingerprints in \a stored, reading from \a db.
     ConflictCheck(const Database &db, const StoredRecords &stored) : m_db(db), m_stored(stored) {}
 
-    /// The keys among \a keys whose stored record differs from what was
-    /// remembered. A key not remembered, or whose record is gone, is no
-    /// conflict: a new row, or one the save adds again.
-    Result<QList<int>> changedElsewhere(const QList<int> &keys) const;
+    /// The keys among \a keys (records of book \a docId) whose stored record
+    /// differs from what was remembered. A key not remembered, or whose record
+    /// is gone, is no conflict: a new row, or one the save adds again.
+    Result<QList<int>> changedElsewhere(const QList<int> &keys, int docId) const;
 
 private:
+    static constexpr int WholeBookFrom = 2000;
+    // Reads \a statement's records; those in \a keys leave it, and join
+    // \a changed when they differ from what was remembered.
+    Result<void> compare(const SqlStatement &statement, QSet<int> &keys, QList<int> &changed) const;
+
     const Database &m_db;
     const StoredRecords &m_stored;
 };

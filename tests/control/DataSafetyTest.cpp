@@ -185,6 +185,39 @@ TEST_P(DataSafety, ChangesSavedElsewhereAreNeverOverwrittenWithoutAsking)
 
 }
 
+// A save that rewrites most of a big book checks it whole: the one record
+// somebody else changed is still found, and only it.
+TEST_P(DataSafety, AChangeElsewhereIsFoundWhenTheWholeBookIsWritten)
+{
+    kx::Database db = testDb->open();
+    const int big = kxtest::fillSampleBooks(db, 2600, 1, QStringLiteral("01"));
+    ASSERT_GT(big, 0);
+    journal->setDocID(big);
+    ASSERT_TRUE(journal->Load());
+    kx::GridModel *g = journal->Grid();
+    const int theirs = recordRow(*journal, g->rows() / 2);
+    const int key = keyAt(*journal, theirs);
+    ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set Remark=? Where RecID=?"), {QStringLiteral("别人的"), key}})
+                    .ok());
+    for (int r = g->fixedRows(); r < g->rows(); ++r)
+        g->setText(r, QStringLiteral("Remark"), QStringLiteral("全部重写"));
+    journal->setIsDirty(true);
+    QStringList questions;
+    journal->setAsker([&](const QString &text, const QString &) {
+        questions << text;
+        return true;
+    });
+    ASSERT_TRUE(journal->Save()) << said.join(QLatin1Char('\n')).toStdString();
+    ASSERT_EQ(questions.size(), 1);
+    EXPECT_TRUE(questions.first().contains(QStringLiteral("第%1行").arg(theirs))) << questions.first().toStdString();
+    EXPECT_EQ(questions.first().count(QStringLiteral("第")), 1) << "only the record changed elsewhere is named";
+    EXPECT_EQ(db.scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=? And Remark=?"),
+                         {big, QStringLiteral("全部重写")}})
+                  .valueOr(QVariant())
+                  .toInt(),
+              count(big));
+}
+
 TEST_P(DataSafety, AnAmountBeyondWhatMoneyHoldsIsRefusedNotStoredWrong)
 {
     journal->setDocID(bookA);

@@ -2,6 +2,7 @@
 // whatever the mix of values and however many runs they span, the cells must
 // say what the table holds, and an engine error half-way must come back as
 // an error, not a short book.
+#include "data/PgRowReader.h"
 #include "data/RawRowQueue.h"
 #include "data/RecordFetcher.h"
 #include "support/TestDatabase.h"
@@ -109,4 +110,30 @@ TEST(RecordFetcher, AReaderIsReleasedWhenTheKeeperGivesUp)
     reader.join();
     EXPECT_GE(pushed, 1);
     EXPECT_TRUE(queue.cancelled());
+}
+
+// On PostgreSQL values travel as parameters: a question mark or a quote in a
+// bound text, or in a literal of the statement, is data, never a placeholder.
+TEST(RecordFetcher, PostgresBindsValuesAndLeavesQuotedQuestionMarksAlone)
+{
+    EXPECT_EQ(kx::PgRowReader::numberedPlaceholders(QStringLiteral("a=? and b='?''x?' and c=?")),
+              QByteArray("a=$1 and b='?''x?' and c=$2"));
+    kxtest::TestDatabase testDb(Engine::Postgres);
+    kx::Database db = testDb.open();
+    ASSERT_TRUE(db.run({QStringLiteral("CREATE TABLE t (k integer, s text, a numeric(19,4), d date)"), {}}).ok());
+    const QString odd = QStringLiteral("它's ? 号; DROP TABLE t; --");
+    ASSERT_TRUE(db.run({QStringLiteral("INSERT INTO t VALUES (1, ?, 12.5, '2026-01-05'), (2, 'x', NULL, NULL)"), {odd}})
+                    .ok());
+    const kx::Result<kx::FetchedRows> fetched = kx::RecordFetcher::fetch(
+        db, {QStringLiteral("SELECT k, s, a, d, '?' AS q FROM t WHERE s=? OR k=? ORDER BY k"), {odd, 2}},
+        {QStringLiteral("a")});
+    ASSERT_TRUE(fetched.ok()) << fetched.error().toStdString();
+    const kx::CellArray &cells = fetched.value().cells;
+    ASSERT_EQ(cells.rows(), 2);
+    EXPECT_EQ(cells.text(0, 1), odd);
+    EXPECT_EQ(cells.text(0, 2), QStringLiteral("12.5"));
+    EXPECT_EQ(cells.text(0, 3), QStringLiteral("2026-01-05"));
+    EXPECT_EQ(cells.text(0, 4), QStringLiteral("?"));
+    EXPECT_EQ(cells.text(1, 2), QString());
+    EXPECT_EQ(cells.text(1, 3), QString());
 }
