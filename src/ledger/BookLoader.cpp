@@ -14,7 +14,10 @@
 #include "ledger/RowLook.h"
 #include "ledger/SummaryRows.h"
 
+#include "grid/CellArrayData.h"
+
 #include <QDate>
+#include <climits>
 #include <QHash>
 #include <QSqlRecord>
 
@@ -41,6 +44,27 @@ const QStringList &BookLoader::amountFields()
 BookLoader::BookLoader(GridModel &grid, LedgerState &state, LedgerHost &host, AccContext *acc)
     : m_grid(grid), m_state(state), m_host(host), m_acc(acc)
 {
+}
+
+QString BookLoader::oversizedKey(FetchedRows &rows)
+{
+    const qsizetype at = rows.fieldNames.indexOf(JournalColumns::key(JournalColumns::RecID), 0);
+    int col = int(at);
+    for (int i = 0; col < 0 && i < rows.fieldNames.size(); ++i)
+        if (rows.fieldNames.at(i).compare(JournalColumns::key(JournalColumns::RecID), Qt::CaseInsensitive) == 0)
+            col = i;
+    if (col < 0)
+        return {};
+    col += rows.cells.cols() - int(rows.fieldNames.size());
+    CellArrayData &block = rows.cells.data();
+    for (int r = 0; r < rows.cells.rows(); ++r) {
+        const Cell cell = block.rowCells(r)[col];
+        // Keys live in int columns of the grid; a bigger one would be cut.
+        if ((cell.kind() == Cell::Number && (cell.payload() > INT_MAX || cell.payload() < INT_MIN)) ||
+            cell.kind() == Cell::Text)
+            return rows.cells.text(r, col);
+    }
+    return {};
 }
 
 BookLoader::Outcome BookLoader::load(int docId)
@@ -87,6 +111,9 @@ BookLoader::Outcome BookLoader::load(int docId)
     Result<FetchedRows> fetched = RecordFetcher::fetch(db, query, amountFields(), 0, m_grid.fixedCols());
     if (!fetched.ok())
         return fail(fetched.error());
+    FetchedRows rows = fetched.takeValue();
+    if (const QString key = oversizedKey(rows); !key.isEmpty())
+        return fail(QStringLiteral("记录编号 %1 超出了能处理的范围，不能读入这本日记账（存储时会重复这条记录）。").arg(key));
     m_host.captionChanged(definition.caption(consolidated));
     m_state.removedRecords.clear();
     m_state.loadedDocId = book.docId;
@@ -97,7 +124,6 @@ BookLoader::Outcome BookLoader::load(int docId)
     m_state.stored.clear();
     Outcome outcome = Loaded;
     std::vector<int> unstored;
-    FetchedRows rows = fetched.takeValue();
     if (rows.cells.rows() == 0) {
         fillEmptyBook();
         outcome = Empty;

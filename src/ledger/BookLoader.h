@@ -6,6 +6,7 @@
 namespace kx {
 
 class BookRow;
+struct FetchedRows;
 
 class AccContext;
 class GridModel;
@@ -36,6 +37,8 @@ public:
 
 private:
     void fillEmptyBook();
+    /// The first record key of \a rows the grid cannot hold ("" when none).
+    static QString oversizedKey(FetchedRows &rows);
     /// Remembers what the database holds of \a row; notes it in \a unstored
     /// when it is not stored at its place.
     void rememberStored(const BookRow &row, std::vector<int> &unstored);

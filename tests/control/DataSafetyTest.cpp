@@ -218,6 +218,26 @@ TEST_P(DataSafety, AChangeElsewhereIsFoundWhenTheWholeBookIsWritten)
               count(big));
 }
 
+TEST_P(DataSafety, ARecordKeyTooBigForTheGridIsRefusedAtLoadNotDuplicated)
+{
+    journal->setDocID(bookA);
+    ASSERT_TRUE(journal->Load());
+    const int rows = journal->Grid()->rows();
+    kx::Database db = testDb->open();
+    const bool pg = GetParam() == Engine::Postgres;
+    if (pg)
+        ASSERT_TRUE(db.run({QStringLiteral("ALTER TABLE kxJournalRecs ALTER COLUMN RecID TYPE bigint"), {}}).ok());
+    ASSERT_TRUE(db.run({QStringLiteral("INSERT INTO kxJournalRecs (RecID, DocID, Row, JnlDate, Explain) "
+                                       "VALUES (3000000000, ?, 999, ?, ?)"),
+                        {bookB, QDate(2025, 6, 1), QStringLiteral("外部程序写的")}})
+                    .ok());
+    said.clear();
+    EXPECT_FALSE(journal->Load(bookB));
+    EXPECT_TRUE(said.join(QLatin1Char('\n')).contains(QStringLiteral("3000000000"))) << said.join(QLatin1Char('\n')).toStdString();
+    EXPECT_EQ(journal->DocID(), bookA);
+    EXPECT_EQ(journal->Grid()->rows(), rows);
+}
+
 TEST_P(DataSafety, AnAmountBeyondWhatMoneyHoldsIsRefusedNotStoredWrong)
 {
     journal->setDocID(bookA);
