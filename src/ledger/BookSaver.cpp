@@ -162,6 +162,8 @@ Result<void> BookSaver::writeRecords(const QSet<int> &overwrite)
     std::vector<quint64> prints;  // what each written record will be known by
     int reported = -1;
     const bool shifted = m_grid.rowsShiftedSinceClean();
+    // PostgreSQL text cannot hold NUL: it goes before the row is compared or written.
+    const bool dropsNul = db.engine() == Database::PostgresEngine;
     for (int r = first; r <= last; ++r) {
         const int percent = int(std::round(double(r) / rows * 100.0));
         if (percent != reported) {
@@ -178,6 +180,14 @@ Result<void> BookSaver::writeRecords(const QSet<int> &overwrite)
         // Rows without a date are never stored: blank rows and the empty row at the bottom.
         if (!row.isDated())
             continue;
+        if (dropsNul) {
+            const QStringList dropped = StoredRecords::dropNul(row);
+            if (!dropped.isEmpty())
+                m_host.prompt(QStringLiteral("第%1行的%2含有数据库不能存储的空字符，已将它去掉。")
+                                  .arg(r)
+                                  .arg(dropped.join(QStringLiteral("、"))),
+                              false);
+        }
         const quint64 print = StoredRecords::fingerprint(row, m_state.savedDocId(), r, r == first);
         if (row.recId() <= 0 || !m_state.stored.holds(row.recId(), print)) {
             records.push_back(StoredRecords::recordOf(row, m_state.savedDocId(), r, r == first));

@@ -62,6 +62,23 @@ RecordValues StoredRecords::recordOf(const BookRow &row, int docId, int storedRo
     return rec;
 }
 
+QStringList StoredRecords::dropNul(const BookRow &row)
+{
+    QStringList changed;
+    for (const Source &s : Sources) {
+        if (s.as != As::Text)
+            continue;
+        QString text = row.text(s.column);
+        if (!text.contains(QChar(0)))
+            continue;
+        text.remove(QChar(0));
+        row.setText(s.column, text);
+        const char *header = C::layout(s.column).header;
+        changed << (header && *header ? QString::fromUtf8(header) : C::key(s.column));
+    }
+    return changed;
+}
+
 quint64 StoredRecords::fingerprint(const BookRow &row, int docId, int storedRow, bool opening)
 {
     // Texts by their text (one encoding in the grid, so as exact as comparing

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QStringList>
+
 #include "data/RecordWriter.h"
 #include "ledger/RecordPrints.h"
 
@@ -17,6 +19,9 @@ public:
     /// The values a save writes for \a row of book \a docId, stored as row
     /// \a storedRow; \a opening: the book's first row (it always writes its amounts).
     static RecordValues recordOf(const BookRow &row, int docId, int storedRow, bool opening);
+    /// Takes NUL characters out of \a row's stored texts (an engine that
+    /// cannot store them); gives the headers of the columns it changed.
+    static QStringList dropNul(const BookRow &row);
     /// The fingerprint of the fields recordOf() would give for the same
     /// arguments, read straight off the cells (no text is made).
     static quint64 fingerprint(const BookRow &row, int docId, int storedRow, bool opening);

@@ -238,6 +238,29 @@ TEST_P(DataSafety, ARecordKeyTooBigForTheGridIsRefusedAtLoadNotDuplicated)
     EXPECT_EQ(journal->Grid()->rows(), rows);
 }
 
+// PostgreSQL text cannot hold NUL: the character goes, with a word naming
+// the row, instead of every save failing; the grid shows what is stored.
+TEST_P(DataSafety, ANulCharacterNeverBlocksASave)
+{
+    journal->setDocID(bookA);
+    ASSERT_TRUE(journal->Load());
+    const int row = recordRow(*journal);
+    const QString typed = QStringLiteral("现金") + QChar(0) + QStringLiteral("收入");
+    edit(*journal, row, typed);
+    said.clear();
+    ASSERT_TRUE(journal->Save()) << said.join(QLatin1Char('\n')).toStdString();
+    const bool pg = GetParam() == Engine::Postgres;
+    const QString kept = pg ? QStringLiteral("现金收入") : typed;
+    EXPECT_EQ(storedExplain(keyAt(*journal, row)), kept);
+    EXPECT_EQ(journal->Grid()->text(row, QStringLiteral("Explain")), kept);
+    if (pg)
+        EXPECT_TRUE(said.join(QLatin1Char('\n')).contains(QStringLiteral("第%1行").arg(row)))
+            << said.join(QLatin1Char('\n')).toStdString();
+    // Nothing differs from what is stored: a second save asks nothing and writes nothing.
+    journal->setIsDirty(true);
+    EXPECT_TRUE(journal->Save());
+}
+
 TEST_P(DataSafety, AnAmountBeyondWhatMoneyHoldsIsRefusedNotStoredWrong)
 {
     journal->setDocID(bookA);
