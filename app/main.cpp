@@ -34,11 +34,23 @@ bool isNewSqliteFile(const QString &url)
            !QFileInfo::exists(url.mid(7));
 }
 
-int runSample(const QString &url, int records, int books)
+// The number of books a database holds (0 when it has no book table yet).
+int bookCount(const kx::Database &db)
+{
+    return db.scalar({QStringLiteral("Select count(*) From kxJournal"), {}}).valueOr(QVariant(0)).toInt();
+}
+
+int runSample(const QString &url, int records, int books, bool append)
 {
     kx::Database db = kx::Database::open(url);
     if (!db.isOpen()) {
         std::fprintf(stderr, "kxjournal: %s\n", qPrintable(db.lastError()));
+        return 1;
+    }
+    // Sample books beside a bookkeeper's own would mix invented records into real ones.
+    if (!append && bookCount(db) > 0) {
+        std::fprintf(stderr, "kxjournal: %s already holds books; add --append to write samples beside them\n",
+                     qPrintable(url));
         return 1;
     }
     kx::SampleOptions options;
@@ -123,6 +135,14 @@ int runDemo(QCoreApplication &app, const QString &url, const QString &screenshot
     context.setDirectorName(QStringLiteral("王会计"));
     context.setBeginDate(QDate(QDate::currentDate().year(), 1, 1));
     context.setDocTypes(QStringLiteral("记|收|付|转"));
+    if (!book.isEmpty() &&
+        context.Connection()
+                .scalar({QStringLiteral("Select count(*) From kxJournal Where AssistCode=?"), {book}})
+                .valueOr(QVariant(0))
+                .toInt() == 0) {
+        std::fprintf(stderr, "kxjournal: no book with code %s\n", qPrintable(book));
+        return 1;
+    }
     DemoWindow window(&context);
     window.show();
     window.journal()->setIsPackedJnl(packed);
@@ -178,7 +198,9 @@ int main(int argc, char **argv)
     const QCommandLineOption packed(QStringLiteral("packed"), QStringLiteral("Open the book consolidated (demo)."));
     const QCommandLineOption firstFrame(QStringLiteral("first-frame"),
                                         QStringLiteral("Print the time to the grid's first frame and the memory held, then quit (demo)."));
-    parser.addOptions({dbOption, screenshot, records, books, book, packed, firstFrame});
+    const QCommandLineOption append(QStringLiteral("append"),
+                                    QStringLiteral("Write samples into a database that already holds books (sample)."));
+    parser.addOptions({dbOption, screenshot, records, books, book, packed, firstFrame, append});
     parser.process(app);
     const QStringList args = parser.positionalArguments();
     const QString command = args.isEmpty() ? QStringLiteral("demo") : args.first();
@@ -187,7 +209,18 @@ int main(int argc, char **argv)
             std::fprintf(stderr, "kxjournal: sample needs --db URL\n");
             return 2;
         }
-        return runSample(parser.value(dbOption), parser.value(records).toInt(), parser.value(books).toInt());
+        bool recordsOk = false, booksOk = false;
+        const int recordCount = parser.value(records).toInt(&recordsOk);
+        const int bookTotal = parser.value(books).toInt(&booksOk);
+        if (!recordsOk || recordCount < 1 || recordCount > 10000000) {
+            std::fprintf(stderr, "kxjournal: --records must be a whole number from 1 to 10000000\n");
+            return 2;
+        }
+        if (!booksOk || bookTotal < 1 || bookTotal > 5) {
+            std::fprintf(stderr, "kxjournal: --books must be a whole number from 1 to 5\n");
+            return 2;
+        }
+        return runSample(parser.value(dbOption), recordCount, bookTotal, parser.isSet(append));
     }
     if (command == QLatin1String("demo")) {
         const QString url = parser.isSet(dbOption) ? parser.value(dbOption) : defaultDatabaseUrl();
