@@ -123,7 +123,9 @@ Result<FetchedRows> PgRowReader::read(pg_conn *conn, const SqlStatement &stateme
             const char *text = PQgetvalue(res, r, c);
             const int size = PQgetlength(res, r, c);
             if (isAmount[std::size_t(c)]) {
-                cells[c] = block.amountCell(moneyOf(text, size).valueOr(Currency()));
+                // A stored value that is no amount ("NaN") stays its text, never a zero.
+                const Result<Currency> money = moneyOf(text, size);
+                cells[c] = money.ok() && money.value().isValid() ? block.amountCell(money.value()) : block.utf8Cell(leadingCols + c, text, size);
                 continue;
             }
             switch (columnTypes[std::size_t(c)]) {

@@ -163,8 +163,13 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
                     break;
                 case SQLITE_FLOAT: {
                     const double d = raw.reals[real++];
-                    if (isAmount[std::size_t(c)]) {
+                    // An amount money cannot hold stays the text it is stored as:
+                    // the book can tell it from a zero and leave it alone.
+                    if (isAmount[std::size_t(c)] && amountOf(d).isValid()) {
                         cells[c] = block.amountCell(amountOf(d));
+                    } else if (isAmount[std::size_t(c)]) {
+                        const QByteArray t = QByteArray::number(d, 'g', 17);
+                        cells[c] = block.utf8Cell(leadingCols + c, t.constData(), int(t.size()));
                     } else {
                         const QByteArray t = SqlValue::text(d).toUtf8();
                         cells[c] = block.utf8Cell(leadingCols + c, t.constData(), int(t.size()));
@@ -173,8 +178,11 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
                 }
                 default: {
                     const int size = raw.sizes[text++];
-                    if (isAmount[std::size_t(c)] && size > 0)
-                        cells[c] = block.amountCell(Currency::fromText(QString::fromUtf8(bytes, size)).valueOr(Currency()));
+                    const Result<Currency> money = isAmount[std::size_t(c)] && size > 0
+                                                       ? Currency::fromText(QString::fromUtf8(bytes, size))
+                                                       : Result<Currency>(Error(QString()));
+                    if (money.ok() && money.value().isValid())
+                        cells[c] = block.amountCell(money.value());
                     else
                         cells[c] = block.utf8Cell(leadingCols + c, bytes, size);
                     bytes += size;
@@ -216,7 +224,12 @@ Result<FetchedRows> RecordFetcher::fetchQt(const Database &db, const SqlStatemen
             if (v.isNull())
                 continue;
             if (isAmount[std::size_t(c)]) {
-                out.cells.setAmount(row, at, SqlValue::amount(v));
+                const Currency money = SqlValue::amount(v);
+                // A stored value that is no amount stays its text, never a zero.
+                if (money.isZero() && !Currency::fromText(SqlValue::text(v)).ok())
+                    out.cells.setText(row, at, v.toString());
+                else
+                    out.cells.setAmount(row, at, money);
                 continue;
             }
             switch (v.typeId()) {

@@ -316,6 +316,11 @@ bool GridModel::isEmpty(int row, int col) const
     return d->store.cell(row, col).kind() == Cell::Empty;
 }
 
+bool GridModel::isPlainText(int row, int col) const
+{
+    return d->store.cell(row, col).kind() == Cell::Text;
+}
+
 quint64 GridModel::textHash(int row, int col) const
 {
     return d->store.textHash(row, col);

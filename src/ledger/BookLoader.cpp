@@ -12,6 +12,7 @@
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "ledger/RowLook.h"
+#include "ledger/StoredForms.h"
 #include "ledger/SummaryRows.h"
 
 #include "grid/CellArrayData.h"
@@ -122,6 +123,7 @@ BookLoader::Outcome BookLoader::load(int docId)
     m_grid.setRows(m_grid.fixedRows());
     m_state.lastSumRow = 0;
     m_state.stored.clear();
+    m_state.unwritable.clear();
     Outcome outcome = Loaded;
     std::vector<int> unstored;
     if (rows.cells.rows() == 0) {
@@ -271,10 +273,20 @@ void BookLoader::dressRows(std::vector<int> *unstored)
     const QString even = QStringLiteral("平");
     const QString broken = QStringLiteral("#错误的凭证链接#");
     int reported = 30;
+    QStringList odd;
     for (int r = first; r <= last; ++r) {
         const BookRow row(m_grid, columns, r);
+        StoredForms::readDate(m_grid, columns, r);
         if (unstored)
             rememberStored(row, *unstored);
+        // A value another program stored that this control cannot hold: the
+        // row is shown, closed to editing, and never written back.
+        const bool unreadable = StoredForms::unreadable(m_grid, columns, r);
+        if (unreadable) {
+            m_state.unwritable.insert(row.recId());
+            if (odd.size() < 10)
+                odd << QStringLiteral("第%1行（编号 %2）").arg(r).arg(row.recId());
+        }
         const bool summary = row.isSummary();
         if (summary)
             RowLook::markSummary(m_grid, m_state.looks, r);
@@ -292,7 +304,7 @@ void BookLoader::dressRows(std::vector<int> *unstored)
             m_grid.setText(r, dir, negative ? creditSide : debitSide);
         }
         // Summary rows, the opening row and everything above the last summary row are closed.
-        const bool locked = summary || r == first || r <= lastSum;
+        const bool locked = summary || r == first || r <= lastSum || unreadable;
         if (locked)
             RowLook::setLocked(m_grid, columns, m_state.looks, r, true);
         const int percent = 30 + int(70LL * (r - first + 1) / (last - first + 1));
@@ -301,6 +313,11 @@ void BookLoader::dressRows(std::vector<int> *unstored)
             m_host.progress(percent);
         }
     }
+    if (!odd.isEmpty())
+        m_host.prompt(QStringLiteral("以下 %1 条记录含有不能识别的日期或金额，已设为只读，存储时不会改写它们：\n")
+                              .arg(m_state.unwritable.size()) +
+                          odd.join(QLatin1Char('\n')),
+                      true);
 }
 
 void BookLoader::labelRows()

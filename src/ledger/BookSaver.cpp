@@ -177,8 +177,9 @@ Result<void> BookSaver::writeRecords(const QSet<int> &overwrite)
         const BookRow row(m_grid, columns, r);
         if (!m_grid.isRowTouched(r) && row.number(JournalColumns::Row) == r && row.recId() > 0)
             continue;
-        // Rows without a date are never stored: blank rows and the empty row at the bottom.
-        if (!row.isDated())
+        // Rows without a date are never stored: blank rows and the empty row
+        // at the bottom; nor are records holding values this control cannot hold.
+        if (!row.isDated() || m_state.unwritable.contains(row.recId()))
             continue;
         if (dropsNul) {
             const QStringList dropped = StoredRecords::dropNul(row);

@@ -5,6 +5,7 @@
 #include "kxjournal/GridModel.h"
 #include "ledger/BookLoader.h"
 #include "ledger/BookRow.h"
+#include "ledger/StoredForms.h"
 #include "ledger/StoredRecords.h"
 
 namespace kx {
@@ -57,6 +58,7 @@ Result<void> ConflictCheck::compare(const SqlStatement &statement, QSet<int> &ke
     const JournalColumns columns(scratch);
     for (int r = scratch.fixedRows(); r < scratch.rows(); ++r) {
         const BookRow row(scratch, columns, r);
+        StoredForms::readDate(scratch, columns, r);
         if (!keys.remove(row.recId()))
             continue;
         const int docId = int(row.number(JournalColumns::DocID));

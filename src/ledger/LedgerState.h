@@ -5,6 +5,7 @@
 
 #include <QColor>
 #include <QList>
+#include <QSet>
 #include <QString>
 
 namespace kx {
@@ -53,6 +54,7 @@ struct LedgerState {
     bool dirty = false;          ///< the grid holds changes not yet stored
     QList<int> removedRecords;   ///< keys of rows taken out, deleted by the next save
     StoredRecords stored;        ///< what the database holds for the records shown
+    QSet<int> unwritable;        ///< records holding values this control cannot hold: shown, never written
     LedgerFields fields;
     RowLooks looks;
 

@@ -261,6 +261,51 @@ TEST_P(DataSafety, ANulCharacterNeverBlocksASave)
     EXPECT_TRUE(journal->Save());
 }
 
+// Values other programs stored in forms this control does not write: dates
+// it can read are read (and written back in its own form when the row is
+// saved); values it cannot hold make their row read-only and are never
+// written back.
+TEST_P(DataSafety, OddStoredValuesAreReadOrLeftAloneNeverDestroyed)
+{
+    const bool pg = GetParam() == Engine::Postgres;
+    journal->setDocID(bookA);
+    ASSERT_TRUE(journal->Load());
+    const int timed = recordRow(*journal);
+    const int odd = recordRow(*journal, timed);
+    const int timedKey = keyAt(*journal, timed), oddKey = keyAt(*journal, odd);
+    kx::Database db = testDb->open();
+    if (pg) {
+        // The server's own types hold only what they can: a timestamp column and a NaN amount.
+        ASSERT_TRUE(db.run({QStringLiteral("ALTER TABLE kxJournalRecs ALTER COLUMN JnlDate TYPE timestamp"), {}}).ok());
+        ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set JnlDate='2025-01-18 09:30:00' Where RecID=?"), {timedKey}}).ok());
+        ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set Debit='NaN' Where RecID=?"), {oddKey}}).ok());
+    } else {
+        ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set JnlDate='2025-01-18 09:30:00' Where RecID=?"), {timedKey}}).ok());
+        ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set Debit='abc' Where RecID=?"), {oddKey}}).ok());
+    }
+    const QString oddDebit = db.scalar({QStringLiteral("Select Debit From kxJournalRecs Where RecID=?"), {oddKey}})
+                                 .valueOr(QVariant())
+                                 .toString();
+    said.clear();
+    ASSERT_TRUE(journal->Load());
+    const QString told = said.join(QLatin1Char('\n'));
+    EXPECT_TRUE(told.contains(QString::number(oddKey))) << "the warning lists the record: " << told.toStdString();
+    EXPECT_EQ(journal->Grid()->date(timed, journal->Grid()->colIndex(QStringLiteral("JnlDate"))), QDate(2025, 1, 18));
+
+    // Every row is touched and saved: the readable one is written, the odd one left as it is stored.
+    kx::GridModel *g = journal->Grid();
+    for (int r = g->fixedRows(); r < g->rows(); ++r)
+        g->setText(r, QStringLiteral("Remark"), QStringLiteral("都改"));
+    journal->setIsDirty(true);
+    ASSERT_TRUE(journal->Save()) << said.join(QLatin1Char('\n')).toStdString();
+    EXPECT_EQ(db.scalar({QStringLiteral("Select Remark From kxJournalRecs Where RecID=?"), {timedKey}}).valueOr(QVariant()).toString(),
+              QStringLiteral("都改"));
+    EXPECT_EQ(db.scalar({QStringLiteral("Select Debit From kxJournalRecs Where RecID=?"), {oddKey}}).valueOr(QVariant()).toString(),
+              oddDebit);
+    EXPECT_NE(db.scalar({QStringLiteral("Select Remark From kxJournalRecs Where RecID=?"), {oddKey}}).valueOr(QVariant()).toString(),
+              QStringLiteral("都改"));
+}
+
 TEST_P(DataSafety, AnAmountBeyondWhatMoneyHoldsIsRefusedNotStoredWrong)
 {
     journal->setDocID(bookA);
