@@ -60,6 +60,22 @@ Database &Database::operator=(Database &&other) noexcept
     return *this;
 }
 
+namespace {
+
+// A connection address as messages may show it: never with its password.
+QString shown(const QString &url)
+{
+    const QUrl u(url);
+    if (u.isValid() && !u.password().isEmpty())
+        return u.toDisplayString(QUrl::RemovePassword);
+    // Too broken for QUrl: cut "user:password@" by hand.
+    static const QRegularExpression credentials(QStringLiteral("//([^/@:]*):[^/@]*@"));
+    QString out = url;
+    return out.replace(credentials, QStringLiteral("//\\1@"));
+}
+
+} // namespace
+
 Database Database::open(const QString &url)
 {
     Database db;
@@ -83,7 +99,7 @@ Database Database::open(const QString &url)
         const QUrl u(url);
         const QString dbName = u.path().mid(1);
         if (!u.isValid() || u.host().isEmpty() || dbName.isEmpty()) {
-            db.m_lastError = QStringLiteral("PostgreSQL 连接地址不正确：%1").arg(url);
+            db.m_lastError = QStringLiteral("PostgreSQL 连接地址不正确：%1").arg(shown(url));
             return db;
         }
         db.m_db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), name);
@@ -107,7 +123,7 @@ Database Database::open(const QString &url)
         db.m_db = QSqlDatabase::addDatabase(QStringLiteral("QODBC"), name);
         db.m_db.setDatabaseName(db.m_connectionString);
     } else {
-        db.m_lastError = QStringLiteral("不认识的数据库地址：%1（应以 sqlite:、postgresql:// 或 odbc: 开头）").arg(url);
+        db.m_lastError = QStringLiteral("不认识的数据库地址：%1（应以 sqlite:、postgresql:// 或 odbc: 开头）").arg(shown(url));
         return db;
     }
     if (!db.m_db.isValid()) {
@@ -118,13 +134,24 @@ Database Database::open(const QString &url)
         db.m_lastError = QStringLiteral("无法打开数据库：%1").arg(errorText(db.m_db.lastError()));
         return db;
     }
-    db.applySessionSettings();
+    if (!db.applySessionSettings())
+        db.m_db.close();
     return db;
 }
 
 bool Database::applySessionSettings()
 {
     if (!m_schema.isEmpty()) {
+        // A schema that is not there would only show at the first statement
+        // as a missing table; said at once instead.
+        QSqlQuery exists(m_db);
+        exists.prepare(QStringLiteral("SELECT 1 FROM pg_namespace WHERE nspname = lower(?)"));
+        exists.addBindValue(m_schema);
+        if (!exists.exec() || !exists.next()) {
+            m_lastError = QStringLiteral("数据库里没有模式“%1”。").arg(m_schema);
+            m_db.close();
+            return false;
+        }
         // A checked identifier: names cannot be bound as values.
         QSqlQuery path(m_db);
         if (!path.exec(QStringLiteral("SET search_path TO %1").arg(m_schema))) {
