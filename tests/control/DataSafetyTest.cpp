@@ -8,6 +8,7 @@
 #include <kxjournal/Journal.h>
 #include <kxjournal/SqlAccContext.h>
 
+#include <QRandomGenerator>
 #include <gtest/gtest.h>
 
 using kx::Journal;
@@ -304,6 +305,79 @@ TEST_P(DataSafety, OddStoredValuesAreReadOrLeftAloneNeverDestroyed)
               oddDebit);
     EXPECT_NE(db.scalar({QStringLiteral("Select Remark From kxJournalRecs Where RecID=?"), {oddKey}}).valueOr(QVariant()).toString(),
               QStringLiteral("都改"));
+}
+
+// Two controls and a third program change one book in random order. Changes
+// to different records all survive; a control saving a record somebody else
+// changed since it read it is always asked, and its answer is what is stored.
+TEST_P(DataSafety, RandomRoundsOfThreeWritersLoseNothingAndAlwaysAskOnOverlap)
+{
+    struct Control {
+        std::unique_ptr<kx::SqlAccContext> acc;
+        std::unique_ptr<Journal> journal;
+        QStringList said;
+        QHash<int, QString> seen;  // what this control last read or wrote, by key
+        int asked = 0;
+        bool answer = false;
+    };
+    QHash<int, QString> stored;  // what the database must hold, by key
+    QList<int> keys;
+    QHash<int, int> rowOf;
+    Control controls[2];
+    for (Control &c : controls) {
+        c.acc = std::make_unique<kx::SqlAccContext>(testDb->open());
+        c.acc->setBeginDate(QDate(2025, 1, 1));
+        c.journal = makeJournal(c.acc.get(), c.said);
+        c.journal->setAsker([&c](const QString &, const QString &) {
+            ++c.asked;
+            return c.answer;
+        });
+        c.journal->setDocID(bookA);
+        ASSERT_TRUE(c.journal->Load());
+    }
+    const kx::GridModel *g = controls[0].journal->Grid();
+    for (int r = recordRow(*controls[0].journal); r > 0; r = recordRow(*controls[0].journal, r)) {
+        const int key = keyAt(*controls[0].journal, r);
+        keys << key;
+        rowOf.insert(key, r);
+        stored.insert(key, g->text(r, g->colIndex(QStringLiteral("Explain"))));
+    }
+    ASSERT_GT(keys.size(), 20);
+    for (Control &c : controls)
+        c.seen = stored;
+
+    kx::Database other = testDb->open();
+    QRandomGenerator rng(2026);
+    const int rounds = GetParam() == Engine::Postgres ? 120 : 300;
+    for (int round = 0; round < rounds; ++round) {
+        // Few records, so overlaps are common.
+        const int key = keys[int(rng.bounded(8))];
+        const QString text = QStringLiteral("第%1轮").arg(round);
+        const int who = int(rng.bounded(3));
+        if (who == 2) {
+            ASSERT_TRUE(other.run({QStringLiteral("Update kxJournalRecs Set Explain=? Where RecID=?"), {text, key}}).ok());
+            stored[key] = text;
+            continue;
+        }
+        Control &c = controls[who];
+        c.answer = rng.bounded(2) == 1;
+        const bool overlap = c.seen.value(key) != stored.value(key);
+        const int askedBefore = c.asked;
+        c.journal->Grid()->setText(rowOf.value(key), QStringLiteral("Explain"), text);
+        c.journal->setIsDirty(true);
+        const bool saved = c.journal->Save();
+        ASSERT_EQ(c.asked - askedBefore, overlap ? 1 : 0) << "round " << round;
+        if (!overlap || c.answer) {
+            ASSERT_TRUE(saved) << c.said.join(QLatin1Char('\n')).toStdString();
+            stored[key] = text;
+            c.seen[key] = text;
+        } else {
+            ASSERT_FALSE(saved);
+            c.seen = stored;  // the book was read again
+        }
+    }
+    for (int key : keys)
+        EXPECT_EQ(storedExplain(key), stored.value(key)) << key;
 }
 
 TEST_P(DataSafety, AnAmountBeyondWhatMoneyHoldsIsRefusedNotStoredWrong)
