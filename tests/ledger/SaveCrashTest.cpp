@@ -1,6 +1,7 @@
 #include "QtPrinters.h"
 
 #include "kxjournal/SampleBooks.h"
+#include "support/TestDatabase.h"
 
 #include <kxjournal/Database.h>
 
@@ -39,9 +40,9 @@ void copyBook(const QString &from, const QString &to)
 }
 
 // Starts the worker and waits until it begins its save; returns the time that took.
-bool startSaving(QProcess &worker, const QString &path, int docId)
+bool startSaving(QProcess &worker, const QString &path, int docId, const QStringList &more = {})
 {
-    worker.start(QStringLiteral(KX_SAVE_WORKER), {path, QString::number(docId)});
+    worker.start(QStringLiteral(KX_SAVE_WORKER), QStringList{path, QString::number(docId)} + more);
     if (!worker.waitForStarted(10000))
         return false;
     QByteArray out;
@@ -107,4 +108,56 @@ TEST(SaveCrash, KilledWriterLeavesTheOldBookOrTheNewNeverAMix)
     RecordProperty("kept_old", kept);
     RecordProperty("saw_new", replaced);
     EXPECT_GT(kept, 0) << "no kill landed before the commit";
+}
+
+// The same on PostgreSQL (the server undoes the transaction of a client that
+// died), and for saves that write only some of the rows.
+TEST(SaveCrash, PostgresAndPartialSavesAreAllOrNothingToo)
+{
+    using kxtest::Engine;
+    for (const auto &[engine, every] : {std::pair{Engine::Postgres, 1}, std::pair{Engine::Postgres, 7},
+                                        std::pair{Engine::Sqlite, 7}}) {
+        kxtest::TestDatabase testDb(engine);
+        kx::Database db = testDb.open();
+        const int docId = kxtest::fillSampleBooks(db, 6000, 1);
+        ASSERT_GT(docId, 0);
+        const auto count = [&](const QString &like) {
+            return db.scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=? And Explain Like ?"),
+                              {docId, like}})
+                .value()
+                .toInt();
+        };
+        const int records = count(QStringLiteral("%"));
+        const QString every_ = QString::number(every);
+
+        QProcess worker;
+        ASSERT_TRUE(startSaving(worker, testDb.url(), docId, {QStringLiteral("base-"), every_}));
+        QElapsedTimer clock;
+        clock.start();
+        ASSERT_TRUE(worker.waitForFinished(120000));
+        const qint64 saveMs = std::max<qint64>(clock.elapsed(), 20);
+        ASSERT_EQ(worker.exitCode(), 0) << worker.readAllStandardError().toStdString();
+        const int written = count(QStringLiteral("base-%"));
+        ASSERT_GT(written, every == 1 ? records - 10 : records / every - 10);
+
+        std::mt19937 rng(11);
+        int kept = 0;
+        for (int i = 0; i < 8; ++i) {
+            const QString prefix = QStringLiteral("k%1-").arg(i);
+            QProcess victim;
+            ASSERT_TRUE(startSaving(victim, testDb.url(), docId, {prefix, every_}));
+            const int at = int(std::uniform_int_distribution<qint64>(0, saveMs * 11 / 10)(rng));
+            QThread::msleep(static_cast<unsigned long>(at));
+            victim.kill();
+            victim.waitForFinished(10000);
+            // A server may take a moment to notice its client is gone; until
+            // then the old rows are what everybody else reads.
+            const int now = count(prefix + QLatin1Char('%'));
+            ASSERT_TRUE(now == 0 || now == written)
+                << "a mix after a kill at " << at << " ms: " << now << " of " << written << " (" << every << ")";
+            ASSERT_EQ(count(QStringLiteral("%")), records);
+            kept += now == 0 ? 1 : 0;
+        }
+        EXPECT_GT(kept, 0) << "no kill landed before the commit";
+    }
 }

@@ -11,16 +11,22 @@
 
 #include <QCoreApplication>
 #include <QDate>
+#include <algorithm>
 #include <cstdio>
 
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
-    if (argc != 3) {
-        std::fprintf(stderr, "usage: save_worker DBPATH DOCID\n");
+    if (argc != 3 && argc != 5) {
+        std::fprintf(stderr, "usage: save_worker DBPATH|URL DOCID [PREFIX EVERY]\n");
         return 2;
     }
-    kx::SqlAccContext acc(kx::Database::open(QStringLiteral("sqlite:") + QString::fromLocal8Bit(argv[1])));
+    // A bare path is a SQLite file; anything with a scheme is a URL.
+    const QString where = QString::fromLocal8Bit(argv[1]);
+    kx::SqlAccContext acc(kx::Database::open(where.contains(QLatin1Char(':')) ? where : QStringLiteral("sqlite:") + where));
+    // Every EVERY-th record gets an explanation starting with PREFIX (a partial save when EVERY > 1).
+    const QString prefix = argc == 5 ? QString::fromLocal8Bit(argv[3]) : QStringLiteral("v2-");
+    const int every = argc == 5 ? std::max(1, QString::fromLatin1(argv[4]).toInt()) : 1;
     kx::GridModel grid;
     kx::LedgerState state;
     struct : kx::LedgerHost {
@@ -29,9 +35,9 @@ int main(int argc, char **argv)
     kx::JournalDefinition(acc.Connection(), state.book).read(QString::fromLatin1(argv[2]).toInt());
     if (kx::BookLoader(grid, state, host, &acc).load(0) != kx::BookLoader::Loaded)
         return 3;
-    for (int r = grid.fixedRows(); r < grid.rows(); ++r)
+    for (int r = grid.fixedRows(); r < grid.rows(); r += every)
         if (QDate::fromString(grid.text(r, QStringLiteral("JnlDate")), Qt::ISODate).isValid())
-            grid.setText(r, QStringLiteral("Explain"), QStringLiteral("v2-%1").arg(r));
+            grid.setText(r, QStringLiteral("Explain"), prefix + QString::number(r));
     state.dirty = true;
     std::printf("saving\n");
     std::fflush(stdout);
