@@ -1,5 +1,8 @@
 #include "kxjournal/Database.h"
 
+#include "data/PgRowReader.h"
+#include "kxjournal/CellArray.h"
+
 #include <QAtomicInt>
 #include <QSqlError>
 #include <QSqlRecord>
@@ -222,6 +225,18 @@ Result<QSqlQuery> Database::exec(const SqlStatement &statement, bool forwardOnly
 
 Result<QVariant> Database::scalar(const SqlStatement &statement) const
 {
+    // On PostgreSQL values go as libpq parameters, never into the text.
+    if (pg_conn *conn = PgRowReader::connectionOf(*this)) {
+        Result<FetchedRows> rows = PgRowReader::read(conn, statement, {}, 1, 0);
+        if (!rows.ok()) {
+            m_lastError = rows.error();
+            return Error(m_lastError);
+        }
+        const CellArray &cells = rows.value().cells;
+        if (cells.rows() == 0 || cells.cols() == 0 || cells.text(0, 0).isEmpty())
+            return QVariant();
+        return QVariant(cells.text(0, 0));
+    }
     Result<QSqlQuery> r = exec(statement);
     if (!r.ok())
         return Error(r.error());
@@ -249,6 +264,12 @@ Result<QVariant> Database::firstRowField(const SqlStatement &statement, const QS
 
 Result<void> Database::run(const SqlStatement &statement) const
 {
+    if (pg_conn *conn = PgRowReader::connectionOf(*this)) {
+        const Result<void> done = PgRowReader::run(conn, statement);
+        if (!done.ok())
+            m_lastError = done.error();
+        return done;
+    }
     Result<QSqlQuery> r = exec(statement);
     if (!r.ok())
         return Error(r.error());

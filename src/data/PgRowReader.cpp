@@ -79,10 +79,12 @@ QByteArray PgRowReader::numberedPlaceholders(const QString &sql)
     return out;
 }
 
-Result<FetchedRows> PgRowReader::read(pg_conn *conn, const SqlStatement &statement, const QStringList &amountFields,
-                                      int expectedRows, int leadingCols)
+namespace {
+
+// Runs \a statement with its values as text parameters; null when it failed.
+PGresult *execute(pg_conn *conn, const SqlStatement &statement, QString &error)
 {
-    const QByteArray sql = numberedPlaceholders(statement.text);
+    const QByteArray sql = PgRowReader::numberedPlaceholders(statement.text);
     std::vector<QByteArray> values;
     std::vector<const char *> params;
     values.reserve(std::size_t(statement.binds.size()));
@@ -91,15 +93,48 @@ Result<FetchedRows> PgRowReader::read(pg_conn *conn, const SqlStatement &stateme
             params.push_back(nullptr);
             continue;
         }
-        values.push_back(v.typeId() == QMetaType::QDate ? v.toDate().toString(Qt::ISODate).toUtf8()
-                                                        : v.toString().toUtf8());
+        const QString text = v.typeId() == QMetaType::QDate ? v.toDate().toString(Qt::ISODate) : v.toString();
+        // A parameter ends at its first NUL: a text holding one would be cut.
+        if (text.contains(QChar(0))) {
+            error = QStringLiteral("数据库操作失败：文字里有数据库不能存储的空字符。");
+            return nullptr;
+        }
+        values.push_back(text.toUtf8());
         params.push_back(values.back().constData());
     }
     PGresult *res = PQexecParams(conn, sql.constData(), int(params.size()), nullptr, params.data(), nullptr,
                                  nullptr, 0);
+    const ExecStatusType status = PQresultStatus(res);
+    if (status != PGRES_TUPLES_OK && status != PGRES_COMMAND_OK) {
+        error = errorOf(conn);
+        PQclear(res);
+        return nullptr;
+    }
+    return res;
+}
+
+} // namespace
+
+Result<void> PgRowReader::run(pg_conn *conn, const SqlStatement &statement)
+{
+    QString error;
+    PGresult *res = execute(conn, statement, error);
+    if (!res)
+        return Error(error);
+    PQclear(res);
+    return {};
+}
+
+Result<FetchedRows> PgRowReader::read(pg_conn *conn, const SqlStatement &statement, const QStringList &amountFields,
+                                      int expectedRows, int leadingCols)
+{
+    QString error;
+    PGresult *res = execute(conn, statement, error);
+    if (!res)
+        return Error(error);
     const std::unique_ptr<PGresult, void (*)(PGresult *)> guard(res, PQclear);
     if (PQresultStatus(res) != PGRES_TUPLES_OK)
-        return Error(errorOf(conn));
+        return Error(QStringLiteral("数据库操作失败：语句没有返回记录。"));
 
     FetchedRows out;
     const int n = PQnfields(res);

@@ -21,6 +21,9 @@ public:
     static Result<FetchedRows> read(pg_conn *conn, const SqlStatement &statement, const QStringList &amountFields,
                                     int expectedRows, int leadingCols);
 
+    /// Runs \a statement on \a conn for its effect, values bound as parameters.
+    static Result<void> run(pg_conn *conn, const SqlStatement &statement);
+
     /// \a sql with each "?" outside quotes turned into $1, $2, …
     static QByteArray numberedPlaceholders(const QString &sql);
 };
