@@ -134,6 +134,13 @@ TEST_P(DataSafety, LoadingABookThatDoesNotExistSaysSoAndKeepsTheBookShown)
     EXPECT_EQ(journal->DocID(), bookA);
     EXPECT_EQ(journal->Grid()->rows(), rows);
     EXPECT_TRUE(said.join(QLatin1Char('\n')).contains(QStringLiteral("没有这本日记账"))) << said.join(QLatin1Char('\n')).toStdString();
+
+    // The consolidated journal of a book that does not exist: the same answer on every engine.
+    journal->setIsPackedJnl(true);
+    said.clear();
+    EXPECT_FALSE(journal->Load(987654));
+    EXPECT_EQ(journal->DocID(), bookA);
+    EXPECT_TRUE(said.join(QLatin1Char('\n')).contains(QStringLiteral("没有这本日记账")));
 }
 
 TEST_P(DataSafety, ChangesSavedElsewhereAreNeverOverwrittenWithoutAsking)
