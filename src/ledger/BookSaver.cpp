@@ -56,6 +56,10 @@ bool BookSaver::save(const QString &caption, int instance)
             for (int key : std::as_const(m_conflicts))
                 overwrite.insert(key);
         }
+    } else if (const Result<void> reachable = reachDatabase(); !reachable.ok()) {
+        // Nothing to write, but "stored" must still mean the database has it.
+        m_host.prompt(reachable.error(), false);
+        return false;
     }
     m_state.dirty = false;
     if (m_acc)
@@ -63,6 +67,13 @@ bool BookSaver::save(const QString &caption, int instance)
     m_host.prompt(QStringLiteral("已存储“") + caption + QStringLiteral("”的记录;"), false);
     m_host.saved();
     return true;
+}
+
+Result<void> BookSaver::reachDatabase()
+{
+    if (!m_acc)
+        return Error(QStringLiteral("没有连接到账套。"));
+    return m_acc->Connection().ensureConnected();
 }
 
 bool BookSaver::anyDatedAfter(int row) const

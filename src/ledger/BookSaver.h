@@ -49,6 +49,8 @@ private:
     /// The name of the first amount of \a rec money cannot hold ("" when none).
     static QString unrepresentableAmount(const RecordValues &rec);
     bool anyDatedAfter(int row) const;
+    /// Whether the database can be reached (opened again when it dropped).
+    Result<void> reachDatabase();
 
     GridModel &m_grid;
     LedgerState &m_state;

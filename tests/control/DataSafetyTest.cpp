@@ -8,6 +8,10 @@
 #include <kxjournal/Journal.h>
 #include <kxjournal/SqlAccContext.h>
 
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
 #include <QRandomGenerator>
 #include <gtest/gtest.h>
 
@@ -412,6 +416,40 @@ TEST_P(DataSafety, AnAmountBeyondWhatMoneyHoldsIsRefusedNotStoredWrong)
               debitBefore);
     EXPECT_EQ(journal->Grid()->text(row, QStringLiteral("Debit")), QStringLiteral("1000000000000000"))
         << "what was typed stays";
+}
+
+// A server that went away: a save with nothing to write still says it could
+// not reach the database, rather than that the book was stored.
+TEST(DataSafetyServer, ASaveWithNothingChangedAfterTheServerWentAwayDoesNotClaimSuccess)
+{
+    const QString state = QDir::tempPath() + QStringLiteral("/kxpg-gone-%1").arg(QCoreApplication::applicationPid());
+    const auto cluster = [&state](const char *what) {
+        QProcess p;
+        p.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        p.start(QStringLiteral(KX_TEST_SUPPORT_DIR "/pg-cluster"), {QString::fromLatin1(what), state});
+        return p.waitForFinished(120000) && p.exitCode() == 0;
+    };
+    ASSERT_TRUE(cluster("start"));
+    QFile urlFile(state + QStringLiteral("/url"));
+    ASSERT_TRUE(urlFile.open(QIODevice::ReadOnly));
+    const QString url = QString::fromUtf8(urlFile.readAll()).trimmed();
+    {
+        kx::Database db = kx::Database::open(url);
+        ASSERT_GT(kxtest::fillSampleBooks(db, 50, 1), 0);
+    }
+    kx::SqlAccContext acc(kx::Database::open(url));
+    QStringList said;
+    Journal journal;
+    journal.setAcc(&acc);
+    QObject::connect(&journal, &Journal::Notify, [&said](const QString &m, bool) { said << m; });
+    journal.setDocID(acc.Connection().scalar({QStringLiteral("Select asID From kxJournal Where AssistCode='020101'"), {}})
+                         .value()
+                         .toInt());
+    ASSERT_TRUE(journal.Load());
+    ASSERT_TRUE(cluster("stop"));
+    said.clear();
+    EXPECT_FALSE(journal.Save());
+    EXPECT_FALSE(said.join(QLatin1Char('\n')).contains(QStringLiteral("已存储"))) << said.join(QLatin1Char('\n')).toStdString();
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, DataSafety, ::testing::Values(Engine::Sqlite, Engine::Postgres),
