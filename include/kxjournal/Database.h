@@ -42,6 +42,9 @@ public:
 
     /// True when the connection is open.
     bool isOpen() const;
+    /// True when the database can only be read (a SQLite file nobody may
+    /// write): loads work, saves are refused.
+    bool isReadOnly() const { return m_readOnly; }
     /// Why the last open or statement failed (empty when it did not).
     QString lastError() const { return m_lastError; }
     /// The Qt connection (for what this class does not wrap).
@@ -83,6 +86,7 @@ private:
     QString m_url;
     QString m_connectionString;
     QString m_schema;
+    bool m_readOnly = false;
     mutable QString m_lastError;
     Engine m_engine = NoEngine;
 };

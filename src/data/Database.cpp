@@ -4,11 +4,13 @@
 #include "kxjournal/CellArray.h"
 
 #include <QAtomicInt>
+#include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlRecord>
 #include <QRegularExpression>
 #include <QUrl>
 #include <QUrlQuery>
+#include <sqlite3.h>
 
 namespace kx {
 
@@ -38,7 +40,7 @@ Database::~Database()
 Database::Database(Database &&other) noexcept
     : m_db(std::move(other.m_db)), m_dialect(std::move(other.m_dialect)), m_url(std::move(other.m_url)),
       m_connectionString(std::move(other.m_connectionString)), m_schema(std::move(other.m_schema)),
-      m_lastError(std::move(other.m_lastError)), m_engine(other.m_engine)
+      m_readOnly(other.m_readOnly), m_lastError(std::move(other.m_lastError)), m_engine(other.m_engine)
 {
     other.m_db = QSqlDatabase();
     other.m_dialect = SqlDialect::create(SqlDialect::Sqlite);
@@ -54,6 +56,7 @@ Database &Database::operator=(Database &&other) noexcept
         m_url = std::move(other.m_url);
         m_connectionString = std::move(other.m_connectionString);
         m_schema = std::move(other.m_schema);
+        m_readOnly = other.m_readOnly;
         m_lastError = std::move(other.m_lastError);
         m_engine = other.m_engine;
         other.m_db = QSqlDatabase();
@@ -164,6 +167,13 @@ bool Database::applySessionSettings()
         }
     }
     if (m_engine == SqliteEngine) {
+        // SQLite falls back to reading a file it may not write; such a file
+        // is left exactly as it is (no change of journal mode either).
+        const QVariant h = m_db.driver()->handle();
+        if (h.isValid() && qstrcmp(h.typeName(), "sqlite3*") == 0)
+            m_readOnly = sqlite3_db_readonly(*static_cast<sqlite3 *const *>(h.constData()), "main") == 1;
+        if (m_readOnly)
+            return true;
         QSqlQuery pragma(m_db);
         // A journal written by one program and read by others: WAL keeps
         // readers going while a save is under way.

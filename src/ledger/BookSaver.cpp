@@ -29,6 +29,10 @@ bool BookSaver::save(const QString &caption, int instance)
     }
     if (m_host.cancels(QStringLiteral("Save")))
         return false;
+    if (m_state.dirty && m_acc && m_acc->Connection().isReadOnly()) {
+        m_host.prompt(QStringLiteral("这个数据库是只读的，不能存储修改。请检查文件的权限。"), false);
+        return false;
+    }
     if (m_state.dirty) {
         // Each round adds the records the user chose to write over, so it ends.
         QSet<int> overwrite;
