@@ -130,6 +130,14 @@ int runDemo(QCoreApplication &app, const QString &url, const QString &screenshot
             return 1;
         }
     }
+    // A file that is no journal database (or not a database at all) is said
+    // so before any window opens.
+    if (const kx::Result<QVariant> books = db.scalar({QStringLiteral("Select count(*) From kxJournal"), {}});
+        !books.ok()) {
+        std::fprintf(stderr, "kxjournal: %s is not a journal database: %s\n", qPrintable(url),
+                     qPrintable(books.error()));
+        return 1;
+    }
     kx::SqlAccContext context(std::move(db));
     context.setUserName(QStringLiteral("演示用户"));
     context.setDirectorName(QStringLiteral("王会计"));
