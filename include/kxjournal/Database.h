@@ -10,6 +10,8 @@
 #include <QString>
 #include <memory>
 
+struct pg_conn;
+
 namespace kx {
 
 /// An open connection to the accounting database, with the dialect its
@@ -20,9 +22,11 @@ namespace kx {
 /// (with "?schema=NAME" to work in a schema other than public),
 /// or "odbc:CONNECTION-STRING". Statements carry their values apart from the
 /// text (SqlStatement); the library never splices a value into SQL. On
-/// PostgreSQL run(), scalar() and the record reads and writes hand values to
-/// libpq as parameters; exec(), which gives back a QSqlQuery, goes through
-/// Qt's driver, which escapes the values into its own statement text.
+/// PostgreSQL run(), scalar(), firstRowField() and the record reads and
+/// writes hand values to libpq as parameters; exec(), which gives back a
+/// QSqlQuery, goes through Qt's driver, which escapes bound values into its
+/// own statement text, so the library calls it there only with statements
+/// that carry no bound values (typed integers written into the text).
 class KXJOURNAL_EXPORT Database
 {
 public:
@@ -85,6 +89,8 @@ private:
     std::unique_ptr<SqlDialect> m_dialect;
     QString m_url;
     QString m_connectionString;
+    Result<QVariant> pgFirstRowField(pg_conn *conn, const SqlStatement &statement, const QString &field) const;
+
     QString m_schema;
     bool m_readOnly = false;
     mutable QString m_lastError;

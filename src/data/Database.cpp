@@ -236,17 +236,8 @@ Result<QSqlQuery> Database::exec(const SqlStatement &statement, bool forwardOnly
 Result<QVariant> Database::scalar(const SqlStatement &statement) const
 {
     // On PostgreSQL values go as libpq parameters, never into the text.
-    if (pg_conn *conn = PgRowReader::connectionOf(*this)) {
-        Result<FetchedRows> rows = PgRowReader::read(conn, statement, {}, 1, 0);
-        if (!rows.ok()) {
-            m_lastError = rows.error();
-            return Error(m_lastError);
-        }
-        const CellArray &cells = rows.value().cells;
-        if (cells.rows() == 0 || cells.cols() == 0 || cells.text(0, 0).isEmpty())
-            return QVariant();
-        return QVariant(cells.text(0, 0));
-    }
+    if (pg_conn *conn = PgRowReader::connectionOf(*this))
+        return pgFirstRowField(conn, statement, QString());
     Result<QSqlQuery> r = exec(statement);
     if (!r.ok())
         return Error(r.error());
@@ -254,8 +245,28 @@ Result<QVariant> Database::scalar(const SqlStatement &statement) const
     return q.next() ? q.value(0) : QVariant();
 }
 
+Result<QVariant> Database::pgFirstRowField(pg_conn *conn, const SqlStatement &statement, const QString &field) const
+{
+    Result<FetchedRows> rows = PgRowReader::read(conn, statement, {}, 1, 0);
+    if (!rows.ok()) {
+        m_lastError = rows.error();
+        return Error(m_lastError);
+    }
+    const FetchedRows &got = rows.value();
+    // The exact name first, then any case (the server folds unquoted names).
+    qsizetype col = field.isEmpty() ? 0 : got.fieldNames.indexOf(field);
+    for (qsizetype i = 0; col < 0 && i < got.fieldNames.size(); ++i)
+        if (got.fieldNames.at(i).compare(field, Qt::CaseInsensitive) == 0)
+            col = i;
+    if (col < 0 || got.cells.rows() == 0 || col >= got.cells.cols() || got.cells.text(0, int(col)).isEmpty())
+        return QVariant();
+    return QVariant(got.cells.text(0, int(col)));
+}
+
 Result<QVariant> Database::firstRowField(const SqlStatement &statement, const QString &field) const
 {
+    if (pg_conn *conn = PgRowReader::connectionOf(*this))
+        return pgFirstRowField(conn, statement, field);
     Result<QSqlQuery> r = exec(statement);
     if (!r.ok())
         return Error(r.error());

@@ -1,6 +1,7 @@
 #include "data/JournalDefinition.h"
 
 #include "data/BookDefinition.h"
+#include "data/RecordFetcher.h"
 #include "kxjournal/Database.h"
 
 #include <QSqlRecord>
@@ -9,6 +10,15 @@
 namespace kx {
 
 namespace {
+
+// The column named \a name in \a rows, in any case (-1 when there is none).
+int columnOf(const FetchedRows &rows, const QString &name)
+{
+    for (int i = 0; i < rows.fieldNames.size(); ++i)
+        if (rows.fieldNames.at(i).compare(name, Qt::CaseInsensitive) == 0)
+            return i;
+    return -1;
+}
 
 // The number after the first "|" of "label|number"; 0 when there is none.
 int numberAfterBar(const QString &s)
@@ -61,12 +71,13 @@ QList<int> JournalDefinition::subordinateIds() const
         return ids;
     const QString code = book.record().value(QStringLiteral("AssistCode")).toString();
     book.finish();
-    Result<QSqlQuery> r = m_db.exec(m_db.dialect().journalSubtree(code));
+    // The code is a value: read through the fetcher, which binds it on every engine.
+    const Result<FetchedRows> r = RecordFetcher::fetch(m_db, m_db.dialect().journalSubtree(code), {}, 1);
     if (!r.ok())
         return ids;
-    QSqlQuery q = r.takeValue();
-    while (q.next())
-        ids << q.record().value(QStringLiteral("asID")).toInt();
+    const int col = columnOf(r.value(), QStringLiteral("asID"));
+    for (int row = 0; col >= 0 && row < r.value().cells.rows(); ++row)
+        ids << r.value().cells.text(row, col).toInt();
     return ids;
 }
 
@@ -89,13 +100,13 @@ QString JournalDefinition::caption(bool consolidated) const
     QString caption;
     // Every ancestor's code begins with the book's first character, however
     // long the top-level codes are (01 → 0102 → 010201).
-    Result<QSqlQuery> r = m_db.exec(m_db.dialect().journalGroup(code.left(1)));
+    const Result<FetchedRows> r = RecordFetcher::fetch(m_db, m_db.dialect().journalGroup(code.left(1)), {}, 1);
     if (r.ok()) {
-        QSqlQuery q = r.takeValue();
-        while (q.next()) {
-            const QString rowCode = q.value(1).toString();
+        const CellArray &rows = r.value().cells;
+        for (int row = 0; rows.cols() >= 2 && row < rows.rows(); ++row) {
+            const QString rowCode = rows.text(row, 1);
             if (code.startsWith(rowCode))
-                caption += QLatin1Char('\\') + q.value(0).toString();
+                caption += QLatin1Char('\\') + rows.text(row, 0);
         }
     }
     if (caption.startsWith(QLatin1Char('\\')))

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cmath>
 #include <sqlite3.h>
+#include <limits>
 #include <memory>
 #include <new>
 #include <thread>
@@ -94,10 +95,13 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
     // on a big book the two take about as long, so a load costs little more
     // than the engine's own reading. Nothing else uses the connection
     // meanwhile; the reader is joined before anything returns, on every path.
-    RawRowQueue queue;
+    // A look-up of a row or two is read on this thread: a thread would cost
+    // more than the reading.
+    const bool small = expectedRows > 0 && expectedRows <= 64;
+    RawRowQueue queue(small ? std::numeric_limits<int>::max() : 4);
     int rc = SQLITE_OK;
     bool readFailed = false;
-    std::thread reader([db, stmt, n, &queue, &rc, &readFailed] {
+    const auto read = [db, stmt, n, &queue, &rc, &readFailed] {
         constexpr int Run = 1024;
         try {
             RawRows raw = queue.take();
@@ -131,7 +135,12 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
             readFailed = true;
         }
         queue.close();
-    });
+    };
+    std::thread reader;
+    if (small)
+        read();
+    else
+        reader = std::thread(read);
     // Should typing fail (memory), the reader is stopped and joined before
     // the statement goes.
     struct Joiner {
@@ -193,7 +202,8 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
         }
         queue.recycle(std::move(raw));
     }
-    reader.join();
+    if (reader.joinable())
+        reader.join();
     const QString error = readFailed          ? QStringLiteral("内存不足")
                           : rc == SQLITE_DONE ? QString()
                                               : QString::fromUtf8(sqlite3_errmsg(db));

@@ -78,12 +78,12 @@ bool SqlAccContext::GetAccInfo(int accId, AccInfo &info)
     // The full name walks the code's prefixes: 100201 → 1002 → 10 …
     QStringList names{info.name};
     for (int len = int(info.code.size()) - 1; len > 0; --len) {
-        Result<QSqlQuery> parent = m_db.exec(m_db.dialect().accountByCode(info.code.left(len)));
+        const Result<QVariant> parent =
+            m_db.firstRowField(m_db.dialect().accountByCode(info.code.left(len)), QStringLiteral("AccName"));
         if (!parent.ok())
             break;
-        QSqlQuery pq = parent.takeValue();
-        if (pq.next())
-            names.prepend(pq.record().value(QStringLiteral("AccName")).toString());
+        if (parent.value().isValid())
+            names.prepend(parent.value().toString());
     }
     info.fullName = names.join(QLatin1Char('\\'));
     const Result<QVariant> child = m_db.scalar(m_db.dialect().accountBelow(info.code));
