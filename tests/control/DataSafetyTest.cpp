@@ -297,6 +297,11 @@ TEST_P(DataSafety, OddStoredValuesAreReadOrLeftAloneNeverDestroyed)
         ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set JnlDate='2025-01-18 09:30:00' Where RecID=?"), {timedKey}}).ok());
         ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set Debit='abc' Where RecID=?"), {oddKey}}).ok());
     }
+    // A whole number past what money holds, stored by a program that has no
+    // such limit (PostgreSQL's column type refuses it already).
+    const int hugeKey = pg ? oddKey : keyAt(*journal, recordRow(*journal, odd));
+    if (!pg)
+        ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set Credit=10000000000000000 Where RecID=?"), {hugeKey}}).ok());
     const QString oddDebit = db.scalar({QStringLiteral("Select Debit From kxJournalRecs Where RecID=?"), {oddKey}})
                                  .valueOr(QVariant())
                                  .toString();
@@ -304,6 +309,7 @@ TEST_P(DataSafety, OddStoredValuesAreReadOrLeftAloneNeverDestroyed)
     ASSERT_TRUE(journal->Load());
     const QString told = said.join(QLatin1Char('\n'));
     EXPECT_TRUE(told.contains(QString::number(oddKey))) << "the warning lists the record: " << told.toStdString();
+    EXPECT_TRUE(told.contains(QString::number(hugeKey))) << told.toStdString();
     EXPECT_EQ(journal->Grid()->date(timed, journal->Grid()->colIndex(QStringLiteral("JnlDate"))), QDate(2025, 1, 18));
 
     // Every row is touched and saved: the readable one is written, the odd one left as it is stored.
@@ -317,6 +323,8 @@ TEST_P(DataSafety, OddStoredValuesAreReadOrLeftAloneNeverDestroyed)
     EXPECT_EQ(db.scalar({QStringLiteral("Select Debit From kxJournalRecs Where RecID=?"), {oddKey}}).valueOr(QVariant()).toString(),
               oddDebit);
     EXPECT_NE(db.scalar({QStringLiteral("Select Remark From kxJournalRecs Where RecID=?"), {oddKey}}).valueOr(QVariant()).toString(),
+              QStringLiteral("都改"));
+    EXPECT_NE(db.scalar({QStringLiteral("Select Remark From kxJournalRecs Where RecID=?"), {hugeKey}}).valueOr(QVariant()).toString(),
               QStringLiteral("都改"));
 }
 
