@@ -136,9 +136,10 @@ public:
     void setDate(int row, int col, const QDate &date);
     /// True when the cell holds no text.
     bool isEmpty(int row, int col) const;
-    /// True when the cell holds a text that is not a number, an amount or a
-    /// date in its plain form ("abc", "2025-1-5", "1e300").
-    bool isPlainText(int row, int col) const;
+    /// True when the cell is empty or holds an amount money can hold; false
+    /// for a text that is no plain amount ("abc", "1e300", a date) and for a
+    /// whole number past the money range.
+    bool holdsAmount(int row, int col) const;
     /// A 64-bit hash of the cell's text, made without making the text:
     /// equal texts hash alike in any grid and any run.
     quint64 textHash(int row, int col) const;

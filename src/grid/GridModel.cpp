@@ -316,9 +316,12 @@ bool GridModel::isEmpty(int row, int col) const
     return d->store.cell(row, col).kind() == Cell::Empty;
 }
 
-bool GridModel::isPlainText(int row, int col) const
+bool GridModel::holdsAmount(int row, int col) const
 {
-    return d->store.cell(row, col).kind() == Cell::Text;
+    const Cell cell = d->store.cell(row, col);
+    if (cell.kind() == Cell::Empty)
+        return true;
+    return (cell.kind() == Cell::Number || cell.kind() == Cell::Amount) && cell.typedAmount().isValid();
 }
 
 quint64 GridModel::textHash(int row, int col) const

@@ -44,7 +44,7 @@ bool StoredForms::unreadable(const GridModel &grid, const JournalColumns &column
         return true;
     for (C::Column c : {C::Debit, C::Credit, C::Rate, C::Forex, C::Balance, C::fxBalance}) {
         const int col = columns[c];
-        if (col >= 0 && (grid.isPlainText(r, col) || !grid.amount(r, col).isValid()))
+        if (col >= 0 && !grid.holdsAmount(r, col))
             return true;
     }
     return false;
