@@ -118,6 +118,7 @@ BookLoader::Outcome BookLoader::load(int docId)
     m_host.captionChanged(definition.caption(consolidated));
     m_state.removedRecords.clear();
     m_state.loadedDocId = book.docId;
+    m_state.loadedConsolidated = consolidated;
     m_host.progress(20);
 
     m_grid.setRows(m_grid.fixedRows());

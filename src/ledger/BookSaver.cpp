@@ -23,7 +23,9 @@ BookSaver::BookSaver(GridModel &grid, LedgerState &state, LedgerHost &host, AccC
 
 bool BookSaver::save(const QString &caption, int instance)
 {
-    if (m_state.isConsolidated()) {
+    // A grid loaded consolidated holds several books' records, whatever the
+    // switches say now.
+    if (m_state.isConsolidated() || m_state.loadedConsolidated) {
         m_host.prompt(QStringLiteral("合并日记账是不能被存储的。"), true);
         return false;
     }
@@ -48,7 +50,8 @@ bool BookSaver::save(const QString &caption, int instance)
                 return false;
             }
             if (!m_host.ask(conflictQuestion())) {
-                m_reloaded = BookLoader(m_grid, m_state, m_host, m_acc).load(0) != BookLoader::Failed;
+                const BookLoader::Outcome reload = BookLoader(m_grid, m_state, m_host, m_acc).load(m_state.savedDocId());
+                m_reloaded = reload == BookLoader::Loaded || reload == BookLoader::Empty;
                 // What the grid shows now is what is stored.
                 if (m_reloaded)
                     m_state.dirty = false;
@@ -69,6 +72,14 @@ bool BookSaver::save(const QString &caption, int instance)
     if (m_acc)
         m_acc->SaveNotice(QStringLiteral("%1|All|JournalRec|%2||").arg(instance).arg(m_state.savedDocId()));
     m_host.prompt(QStringLiteral("已存储“") + caption + QStringLiteral("”的记录;"), false);
+    if (!m_notStored.isEmpty()) {
+        QStringList rows;
+        for (int r : std::as_const(m_notStored))
+            rows << QStringLiteral("第%1行").arg(r);
+        m_host.prompt(rows.join(QStringLiteral("、")) +
+                          QStringLiteral("含有不能识别的日期或金额，是只读的：对它们的修改没有存储。"),
+                      true);
+    }
     m_host.saved();
     return true;
 }
@@ -116,15 +127,30 @@ Result<void> BookSaver::checkConflicts(const Database &db, const std::vector<Rec
     return {};
 }
 
-QString BookSaver::unrepresentableAmount(const RecordValues &rec)
+QString BookSaver::badAmount(const JournalColumns &columns, const BookRow &row, const RecordValues &rec) const
 {
-    static const std::pair<RecordField, const char16_t *> amounts[] = {
-        {RecordField::Debit, u"借方金额"}, {RecordField::Credit, u"贷方金额"}, {RecordField::Rate, u"汇率"},
-        {RecordField::Forex, u"外币金额"}, {RecordField::Balance, u"余额"},    {RecordField::fxBalance, u"外币余额"}};
-    for (const auto &[field, name] : amounts) {
+    static const std::tuple<RecordField, JournalColumns::Column, const char16_t *> amounts[] = {
+        {RecordField::Debit, JournalColumns::Debit, u"借方金额"},
+        {RecordField::Credit, JournalColumns::Credit, u"贷方金额"},
+        {RecordField::Rate, JournalColumns::Rate, u"汇率"},
+        {RecordField::Forex, JournalColumns::Forex, u"外币金额"},
+        {RecordField::Balance, JournalColumns::Balance, u"余额"},
+        {RecordField::fxBalance, JournalColumns::fxBalance, u"外币余额"}};
+    for (const auto &[field, column, name] : amounts) {
         const FieldValue &v = rec[field];
-        if (v.kind == FieldValue::Amount && !Currency::fromRaw(v.number).isValid())
-            return QString::fromUtf16(name);
+        if (v.kind != FieldValue::Amount)
+            continue;
+        if (!Currency::fromRaw(v.number).isValid())
+            return QStringLiteral("%1超出了金额的范围").arg(QString::fromUtf16(name));
+        // Read as 0 otherwise: a text that is no amount ("100元", "#溢出").
+        // A total row's cells hold two lines; the first is its amount.
+        const int col = columns[column];
+        if (col < 0 || m_grid.holdsAmount(row.index(), col))
+            continue;
+        const QString text = row.text(column).section(QLatin1Char('\n'), 0, 0).trimmed();
+        const Result<Currency> parsed = Currency::fromText(text);
+        if (!parsed.ok() || !parsed.value().isValid())
+            return QStringLiteral("%1“%2”不是有效的金额").arg(QString::fromUtf16(name), text);
     }
     return {};
 }
@@ -147,11 +173,12 @@ QString BookSaver::conflictQuestion() const
         lines << QStringLiteral("第%1行 %2 %3").arg(at.value()).arg(row.dateText(), row.text(JournalColumns::Explain));
     }
     return QStringLiteral("以下记录在您读入之后已被其他用户修改并存储：\n") + lines.join(QLatin1Char('\n')) +
-           QStringLiteral("\n\n选“是”用您的内容覆盖它们；选“否”放弃您的修改，重新读入账簿。");
+           QStringLiteral("\n\n选“是”用您的内容覆盖它们；选“否”放弃您所有未存储的修改，重新读入账簿。");
 }
 
 Result<void> BookSaver::writeRecords(const QSet<int> &overwrite)
 {
+    m_notStored.clear();
     if (!m_acc)
         return Error(QStringLiteral("没有连接到账套。"));
     m_host.progress(0);
@@ -194,8 +221,13 @@ Result<void> BookSaver::writeRecords(const QSet<int> &overwrite)
             continue;
         // Rows without a date are never stored: blank rows and the empty row
         // at the bottom; nor are records holding values this control cannot hold.
-        if (!row.isDated() || m_state.unwritable.contains(row.recId()))
+        if (!row.isDated())
             continue;
+        if (m_state.unwritable.contains(row.recId())) {
+            if (m_grid.isRowTouched(r))
+                m_notStored << r;
+            continue;
+        }
         if (dropsNul) {
             const QStringList dropped = StoredRecords::dropNul(row);
             if (!dropped.isEmpty())
@@ -208,10 +240,10 @@ Result<void> BookSaver::writeRecords(const QSet<int> &overwrite)
         if (row.recId() <= 0 || !m_state.stored.holds(row.recId(), print)) {
             records.push_back(StoredRecords::recordOf(row, m_state.savedDocId(), r, r == first));
             prints.push_back(print);
-            // An amount past what money holds would be stored as some other
-            // number: the pass stops before anything is written.
-            if (const QString bad = unrepresentableAmount(records.back()); !bad.isEmpty())
-                return Error(QStringLiteral("第%1行的%2超出了金额的范围，不能存储。请改正后再存储。").arg(r).arg(bad));
+            // An amount that is none, or past what money holds, would be
+            // stored as some other number: the pass stops before anything is written.
+            if (const QString bad = badAmount(columns, row, records.back()); !bad.isEmpty())
+                return Error(QStringLiteral("第%1行的%2，不能存储。请改正后再存储。").arg(r).arg(bad));
         }
     }
 

@@ -11,6 +11,8 @@
 namespace kx {
 
 class AccContext;
+class BookRow;
+class JournalColumns;
 class Database;
 struct RecordValues;
 class GridModel;
@@ -46,8 +48,9 @@ private:
     Result<void> checkConflicts(const Database &db, const std::vector<RecordValues> &records,
                                 const QSet<int> &overwrite);
     QString conflictQuestion() const;
-    /// The name of the first amount of \a rec money cannot hold ("" when none).
-    static QString unrepresentableAmount(const RecordValues &rec);
+    /// What is wrong with the first amount \a rec would store for \a row
+    /// ("" when nothing): past the money range, or a text that is no amount.
+    QString badAmount(const JournalColumns &columns, const BookRow &row, const RecordValues &rec) const;
     bool anyDatedAfter(int row) const;
     /// Whether the database can be reached (opened again when it dropped).
     Result<void> reachDatabase();
@@ -59,6 +62,7 @@ private:
     QList<int> m_conflicts;             // keys changed elsewhere, found by the last pass
     QHash<int, int> m_conflictRows;     // their grid rows (removed ones have none)
     bool m_reloaded = false;
+    QList<int> m_notStored;             // rows edited that hold values this control cannot store
 };
 
 } // namespace kx

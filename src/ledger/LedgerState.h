@@ -47,6 +47,7 @@ struct LedgerFields {
 struct LedgerState {
     BookDefinition book;         ///< the book chosen (DocID)
     int loadedDocId = 0;         ///< the book whose rows the grid holds: a save writes there
+    bool loadedConsolidated = false;  ///< the grid holds the records of a book and those below it
     bool isPacked = false;       ///< show the consolidated journal when the book has books below it
     int lastSumRow = 0;          ///< the last summary row (0: none)
     bool allowModify = false;

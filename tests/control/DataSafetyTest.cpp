@@ -317,7 +317,10 @@ TEST_P(DataSafety, OddStoredValuesAreReadOrLeftAloneNeverDestroyed)
     for (int r = g->fixedRows(); r < g->rows(); ++r)
         g->setText(r, QStringLiteral("Remark"), QStringLiteral("都改"));
     journal->setIsDirty(true);
+    said.clear();
     ASSERT_TRUE(journal->Save()) << said.join(QLatin1Char('\n')).toStdString();
+    EXPECT_TRUE(said.join(QLatin1Char('\n')).contains(QStringLiteral("第%1行").arg(odd)))
+        << "an edit that could not be stored is said: " << said.join(QLatin1Char('\n')).toStdString();
     EXPECT_EQ(db.scalar({QStringLiteral("Select Remark From kxJournalRecs Where RecID=?"), {timedKey}}).valueOr(QVariant()).toString(),
               QStringLiteral("都改"));
     EXPECT_EQ(db.scalar({QStringLiteral("Select Debit From kxJournalRecs Where RecID=?"), {oddKey}}).valueOr(QVariant()).toString(),
@@ -399,6 +402,43 @@ TEST_P(DataSafety, RandomRoundsOfThreeWritersLoseNothingAndAlwaysAskOnOverlap)
     }
     for (int key : keys)
         EXPECT_EQ(storedExplain(key), stored.value(key)) << key;
+}
+
+// A consolidated grid holds the records of several books: whatever the
+// switches say afterwards, it is never saved into one of them.
+TEST_P(DataSafety, AConsolidatedGridIsNeverSavedIntoOneBook)
+{
+    kx::Database db = testDb->open();
+    const int parent = db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode='0201'"), {}})
+                           .valueOr(QVariant())
+                           .toInt();
+    ASSERT_GT(parent, 0);
+    journal->setIsPackedJnl(true);
+    ASSERT_TRUE(journal->Load(parent));
+    const int inA = count(bookA), inB = count(bookB);
+    journal->setIsPackedJnl(false);
+    journal->Grid()->setText(recordRow(*journal), QStringLiteral("Remark"), QStringLiteral("合并时改的"));
+    journal->setIsDirty(true);
+    EXPECT_FALSE(journal->Save());
+    EXPECT_EQ(count(bookA), inA);
+    EXPECT_EQ(count(bookB), inB);
+    EXPECT_EQ(count(parent), 0);
+}
+
+// A typed amount that is no amount is refused with the row named, never stored as 0.
+TEST_P(DataSafety, ATypedAmountThatIsNoAmountIsRefusedNotStoredAsZero)
+{
+    journal->setDocID(bookA);
+    ASSERT_TRUE(journal->Load());
+    const int row = recordRow(*journal);
+    const int key = keyAt(*journal, row);
+    journal->Grid()->setText(row, QStringLiteral("Debit"), QStringLiteral("100元"));
+    edit(*journal, row, QStringLiteral("金额写错了"));
+    said.clear();
+    EXPECT_FALSE(journal->Save());
+    EXPECT_TRUE(said.join(QLatin1Char('\n')).contains(QStringLiteral("第%1行").arg(row))) << said.join(QLatin1Char('\n')).toStdString();
+    EXPECT_NE(storedExplain(key), QStringLiteral("金额写错了"));
+    EXPECT_TRUE(journal->IsDirty());
 }
 
 TEST_P(DataSafety, AnAmountBeyondWhatMoneyHoldsIsRefusedNotStoredWrong)
