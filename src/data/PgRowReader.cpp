@@ -84,7 +84,9 @@ namespace {
 // Runs \a statement with its values as text parameters; null when it failed.
 PGresult *execute(pg_conn *conn, const SqlStatement &statement, QString &error)
 {
-    const QByteArray sql = PgRowReader::numberedPlaceholders(statement.text);
+    // A statement with no values keeps every character: "?" may be an operator there.
+    const QByteArray sql =
+        statement.binds.isEmpty() ? statement.text.toUtf8() : PgRowReader::numberedPlaceholders(statement.text);
     std::vector<QByteArray> values;
     std::vector<const char *> params;
     values.reserve(std::size_t(statement.binds.size()));
