@@ -46,6 +46,10 @@ public:
     /// Empty or blank text is zero. More than four decimals are rounded half
     /// to even. Anything else is an error whose text names the input.
     static Result<Currency> fromText(QStringView text);
+    /// As fromText(), for a value read back from storage: a digit other than
+    /// 0 past the fourth decimal is an error rather than rounded away, so a
+    /// stored value is never changed by reading it.
+    static Result<Currency> fromStoredText(QStringView text);
     /// Converts a double, rounding half to even at four decimals on the
     /// shortest decimal form of the double (the digits a person sees).
     /// NaN, infinities and out-of-range values are errors.

@@ -38,7 +38,7 @@ Result<Currency> moneyOf(const char *text, int size)
         return Error(QString());
     for (int i = 0; i < size; ++i)
         wide[i] = char16_t(static_cast<unsigned char>(text[i]));
-    return Currency::fromText(QStringView(wide, size));
+    return Currency::fromStoredText(QStringView(wide, size));
 }
 
 QString errorOf(pg_conn *conn)

@@ -32,6 +32,14 @@ Currency amountOf(double d)
     return Currency::fromDouble(d).valueOr(Currency::invalid());
 }
 
+// True when a stored double has no digits past the fourth decimal (beyond
+// the double's own noise), so reading it as an amount changes nothing.
+bool holdsExactly(double d)
+{
+    const double scaled = d * double(Currency::Scale);
+    return std::fabs(scaled - std::round(scaled)) <= 1e-6 * std::max(1.0, std::fabs(scaled) * 1e-9);
+}
+
 std::vector<bool> amountMask(const QStringList &names, const QStringList &amountFields)
 {
     std::vector<bool> mask(std::size_t(names.size()), false);
@@ -174,7 +182,7 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
                     const double d = raw.reals[real++];
                     // An amount money cannot hold stays the text it is stored as:
                     // the book can tell it from a zero and leave it alone.
-                    if (isAmount[std::size_t(c)] && amountOf(d).isValid()) {
+                    if (isAmount[std::size_t(c)] && amountOf(d).isValid() && holdsExactly(d)) {
                         cells[c] = block.amountCell(amountOf(d));
                     } else if (isAmount[std::size_t(c)]) {
                         const QByteArray t = QByteArray::number(d, 'g', 17);
@@ -188,7 +196,7 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
                 default: {
                     const int size = raw.sizes[text++];
                     const Result<Currency> money = isAmount[std::size_t(c)] && size > 0
-                                                       ? Currency::fromText(QString::fromUtf8(bytes, size))
+                                                       ? Currency::fromStoredText(QString::fromUtf8(bytes, size))
                                                        : Result<Currency>(Error(QString()));
                     if (money.ok() && money.value().isValid())
                         cells[c] = block.amountCell(money.value());

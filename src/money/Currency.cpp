@@ -217,6 +217,20 @@ Result<Currency> Currency::fromText(QStringView text)
     return parseAmount(text);
 }
 
+Result<Currency> Currency::fromStoredText(QStringView text)
+{
+    const qsizetype point = text.indexOf(u'.');
+    if (point >= 0) {
+        qsizetype end = point + 1;
+        while (end < text.size() && text[end].isDigit())
+            ++end;
+        for (qsizetype i = point + 1 + Decimals; i < end; ++i)
+            if (text[i] != u'0')
+                return Error(QStringLiteral("“%1”有四位以上的小数。").arg(text.toString()));
+    }
+    return fromText(text);
+}
+
 Result<Currency> Currency::fromDouble(double value)
 {
     if (!std::isfinite(value))

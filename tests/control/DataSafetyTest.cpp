@@ -302,6 +302,13 @@ TEST_P(DataSafety, OddStoredValuesAreReadOrLeftAloneNeverDestroyed)
     const int hugeKey = pg ? oddKey : keyAt(*journal, recordRow(*journal, odd));
     if (!pg)
         ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set Credit=10000000000000000 Where RecID=?"), {hugeKey}}).ok());
+    // A rate kept to six places, which money's four would round.
+    const int fineRow = recordRow(*journal, recordRow(*journal, odd));
+    const int fineKey = keyAt(*journal, fineRow);
+    ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set Rate=7.123456 Where RecID=?"), {fineKey}}).ok());
+    const QString fineRate = db.scalar({QStringLiteral("Select Rate From kxJournalRecs Where RecID=?"), {fineKey}})
+                                 .valueOr(QVariant())
+                                 .toString();
     const QString oddDebit = db.scalar({QStringLiteral("Select Debit From kxJournalRecs Where RecID=?"), {oddKey}})
                                  .valueOr(QVariant())
                                  .toString();
@@ -310,6 +317,7 @@ TEST_P(DataSafety, OddStoredValuesAreReadOrLeftAloneNeverDestroyed)
     const QString told = said.join(QLatin1Char('\n'));
     EXPECT_TRUE(told.contains(QString::number(oddKey))) << "the warning lists the record: " << told.toStdString();
     EXPECT_TRUE(told.contains(QString::number(hugeKey))) << told.toStdString();
+    EXPECT_TRUE(told.contains(QString::number(fineKey))) << told.toStdString();
     EXPECT_EQ(journal->Grid()->date(timed, journal->Grid()->colIndex(QStringLiteral("JnlDate"))), QDate(2025, 1, 18));
 
     // Every row is touched and saved: the readable one is written, the odd one left as it is stored.
@@ -329,6 +337,8 @@ TEST_P(DataSafety, OddStoredValuesAreReadOrLeftAloneNeverDestroyed)
               QStringLiteral("都改"));
     EXPECT_NE(db.scalar({QStringLiteral("Select Remark From kxJournalRecs Where RecID=?"), {hugeKey}}).valueOr(QVariant()).toString(),
               QStringLiteral("都改"));
+    EXPECT_EQ(db.scalar({QStringLiteral("Select Rate From kxJournalRecs Where RecID=?"), {fineKey}}).valueOr(QVariant()).toString(),
+              fineRate);
 }
 
 // Two controls and a third program change one book in random order. Changes
