@@ -15,6 +15,7 @@
 namespace kx {
 
 class EditCycle;
+class GridChanges;
 
 class GridModelPrivate;
 
@@ -307,6 +308,25 @@ public:
     void setFont(const QFont &font);
     /// The edit cycle of this grid (owned by the grid).
     EditCycle *editCycle() const;
+    // ---- recording changes (undo) ----
+    /// Starts recording every change of cell values, cell looks, row
+    /// colours, row marks and of rows added at the bottom. Calls nest: only
+    /// the outermost endChanges() hands the record over.
+    void beginChanges();
+    /// Stops recording (at the outermost call) and hands over what changed;
+    /// empty for an inner call.
+    GridChanges endChanges();
+    /// True while changes are recorded.
+    bool isRecordingChanges() const;
+    /// Puts back what \a changes changed, newest change first, and returns
+    /// the changes that undo this in turn. Does nothing (and returns an empty
+    /// record) for an incomplete record or while recording.
+    GridChanges revertChanges(const GridChanges &changes);
+    /// A number that grows with every change of the grid's cells, looks,
+    /// marks or shape: a record of changes fits the grid only while the
+    /// grid's revision is the one seen when the record was made.
+    quint64 revision() const;
+
     /// Bytes the cells, marks and pooled texts take beyond the texts'
     /// characters (for measurements).
     std::size_t storeBytes() const;

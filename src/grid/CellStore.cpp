@@ -1,5 +1,7 @@
 #include "grid/CellStore.h"
 
+#include "grid/GridChangesData.h"
+
 #include "grid/CellArrayData.h"
 #include "grid/HashMix.h"
 #include "kxjournal/CellArray.h"
@@ -189,6 +191,16 @@ QString CellStore::text(int row, int col) const
     return c.kind() == Cell::Text ? m_pool.text(std::uint32_t(c.payload())) : c.typedText();
 }
 
+void CellStore::logValue(int row, int col, Cell before)
+{
+    if (before.kind() == Cell::Text) {
+        const QString text = m_pool.text(std::uint32_t(before.payload()));
+        m_log->value(row, col, before, &text);
+    } else {
+        m_log->value(row, col, before, nullptr);
+    }
+}
+
 bool CellStore::setText(int row, int col, const QString &text)
 {
     if (!contains(row, col))
@@ -206,6 +218,8 @@ bool CellStore::setText(int row, int col, const QString &text)
         release(next);
         return false;
     }
+    if (m_log)
+        logValue(row, col, slot);
     release(slot);
     slot = next;
     m_rows[std::size_t(row)].flags |= Touched;
@@ -219,6 +233,8 @@ bool CellStore::setTyped(int row, int col, Cell next)
     Cell &slot = m_rows[std::size_t(row)].cells[std::size_t(col)];
     if (slot == next)
         return false;
+    if (m_log)
+        logValue(row, col, slot);
     release(slot);
     slot = next;
     m_rows[std::size_t(row)].flags |= Touched;

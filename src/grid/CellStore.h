@@ -10,6 +10,7 @@
 namespace kx {
 
 class CellArray;
+class GridChangesData;
 
 /// The grid's cells and per-row marks, typed and compact: a row is one
 /// array of eight-byte cells and a few bytes of marks; texts live once in a
@@ -102,6 +103,10 @@ public:
     /// Rows whose height was set or that are hidden (0: every row is uniform).
     int irregularRows() const { return m_irregular; }
 
+    /// Records the earlier value of every cell written from now on into
+    /// \a log (nullptr: stop recording).
+    void setLog(GridChangesData *log) { m_log = log; }
+
     /// Bytes held by rows and pool beyond the texts' characters (for measurements).
     std::size_t overheadBytes() const;
 
@@ -131,6 +136,7 @@ private:
     Row makeRow() const;
     void releaseRow(Row &row);
     void release(Cell cell);
+    void logValue(int row, int col, Cell before);
     static bool irregular(const Row &row) { return row.height >= 0 || (row.flags & Hidden); }
     void countIrregular(const Row &row, int delta) { m_irregular += irregular(row) ? delta : 0; }
 
@@ -138,6 +144,7 @@ private:
     int m_cols = 0;
     int m_irregular = 0;
     TextPool m_pool;
+    GridChangesData *m_log = nullptr;
 };
 
 } // namespace kx

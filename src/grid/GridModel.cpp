@@ -197,6 +197,14 @@ void GridModel::setRows(int n)
     if (n == old)
         return;
     d->rowsShifted = true;
+    ++d->revision;
+    if (d->log) {
+        // Rows cut off while recording take their cells with them, except
+        // when a revert removes rows it had emptied itself.
+        if (n < old && !d->reverting)
+            d->log->complete = false;
+        d->log->rowCount(old);
+    }
     if (n > old) {
         beginInsertRows({}, old - d->fixedRows, n - d->fixedRows - 1);
         d->resizeRows(n);
@@ -215,6 +223,7 @@ void GridModel::setCols(int n)
     const int old = cols();
     if (n == old)
         return;
+    d->unrecordable();
     if (n > old)
         beginInsertColumns({}, old - d->fixedCols, n - d->fixedCols - 1);
     else
@@ -370,6 +379,7 @@ void GridModel::setRedraw(bool on)
 
 void GridModel::notifyCells(int r1, int c1, int r2, int c2)
 {
+    ++d->revision;
     if (!d->redraw)
         return;
     const int fr = d->fixedRows;

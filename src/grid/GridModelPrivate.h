@@ -1,11 +1,13 @@
 #pragma once
 
 #include "grid/CellStore.h"
+#include "grid/GridChangesData.h"
 #include "grid/GridColumns.h"
 #include "grid/GridStyles.h"
 
 #include <QFont>
 #include <QString>
+#include <memory>
 
 class QItemSelectionModel;
 
@@ -34,6 +36,24 @@ public:
     bool redraw = true;
     bool editable = true;
     bool rowsShifted = true;
+    quint64 revision = 0;                  ///< counts every change of content, looks or shape
+    std::unique_ptr<GridChangesData> log;  ///< what changes are recorded into (null: none)
+    int logDepth = 0;
+    bool reverting = false;
+
+    /// Something changed that a record of changes cannot put back.
+    void unrecordable()
+    {
+        ++revision;
+        if (log)
+            log->complete = false;
+    }
+    /// Notes the look of (row, col) before it changes.
+    void logLook(int row, int col)
+    {
+        if (log)
+            log->look(row, col, styles.at(row, col));
+    }
 
     bool isCell(int row, int col) const { return store.contains(row, col); }
     void resizeRows(int n)

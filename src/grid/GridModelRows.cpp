@@ -15,6 +15,11 @@ QVariant GridModel::rowData(int row) const
 
 void GridModel::setRowData(int row, const QVariant &value)
 {
+    if (row < 0 || row >= rows())
+        return;
+    ++d->revision;
+    if (d->log)
+        d->log->rowMark(row, d->store.rowData(row));
     d->store.setRowData(row, value);
 }
 
@@ -25,6 +30,7 @@ bool GridModel::isSubtotal(int row) const
 
 void GridModel::setSubtotal(int row, bool on)
 {
+    d->unrecordable();
     d->store.setRowFlag(row, CellStore::Subtotal, on);
 }
 
@@ -106,6 +112,14 @@ void GridModel::insertRowAt(int row)
 {
     d->rowsShifted = true;
     row = std::clamp(row, d->fixedRows, rows());
+    // A row added at the bottom is put back by cutting the grid short again.
+    if (row == rows()) {
+        ++d->revision;
+        if (d->log)
+            d->log->rowCount(rows());
+    } else {
+        d->unrecordable();
+    }
     beginInsertRows({}, row - d->fixedRows, row - d->fixedRows);
     d->store.insertRow(row);
     d->styles.insertRow(row);
@@ -116,6 +130,7 @@ void GridModel::insertRowAt(int row)
 void GridModel::removeRowAt(int row)
 {
     d->rowsShifted = true;
+    d->unrecordable();
     if (!isDataRow(row))
         return;
     const int cursorRow = this->row();
@@ -131,6 +146,7 @@ void GridModel::removeRowAt(int row)
 void GridModel::moveRowTo(int from, int to)
 {
     d->rowsShifted = true;
+    d->unrecordable();
     if (!isDataRow(from) || !isDataRow(to) || from == to)
         return;
     // Qt counts the destination before the move; the grid counts it after.
@@ -155,6 +171,7 @@ void GridModel::addItem(const QString &text, int at)
 
 void GridModel::loadArray(CellArray array, int firstRow, int firstCol)
 {
+    d->unrecordable();
     firstRow = firstRow < 0 ? d->fixedRows : std::max(firstRow, d->fixedRows);
     firstCol = firstCol < 0 ? d->fixedCols : firstCol;
     firstRow = std::min(firstRow, rows());

@@ -23,8 +23,10 @@ void GridModel::forRange(int r1, int c1, int r2, int c2, Fn fn)
     if (r1 > r2 || c1 > c2)
         return;
     for (int r = r1; r <= r2; ++r)
-        for (int c = c1; c <= c2; ++c)
+        for (int c = c1; c <= c2; ++c) {
+            d->logLook(r, c);
             fn(r, c);
+        }
     notifyCells(r1, c1, r2, c2);
 }
 
@@ -47,6 +49,13 @@ void GridModel::setRowForeColor(int row, const QColor &color)
 {
     if (row < 0 || row >= rows())
         return;
+    if (d->log) {
+        // The row's colour replaces its cells' own text colours: note them first.
+        for (int c = d->fixedCols; c < cols(); ++c)
+            if (d->styles.at(row, c))
+                d->logLook(row, c);
+        d->log->rowColor(row, d->styles.rowFore(row));
+    }
     d->styles.setRowFore(row, color, d->fixedCols);
     notifyCells(row, d->fixedCols, row, cols() - 1);
 }
@@ -74,6 +83,7 @@ void GridModel::setCellForeColor(int row, int col, const QColor &color)
     } else if (had && now->fore == color.rgba()) {
         return;
     }
+    d->logLook(row, col);
     // Clearing a cell's own colour lets its row's colour show again.
     CellStyle *s = &d->styles.make(row, col);
     s->fore = color.rgba();
@@ -129,6 +139,7 @@ void GridModel::setColDataFont(int col, const QString &family)
 {
     if (!d->columns.contains(col))
         return;
+    d->unrecordable();
     d->columns.edit(col).dataFont = d->styles.fontIndex(family);
     d->styles.dropColumnFont(col);
     notifyCells(d->fixedRows, col, rows() - 1, col);
@@ -272,6 +283,7 @@ void GridModel::moveColTo(int from, int to)
 {
     if (!isDataCol(from) || !isDataCol(to) || from == to)
         return;
+    d->unrecordable();
     const int dest = (to > from ? to + 1 : to) - d->fixedCols;
     beginMoveColumns({}, from - d->fixedCols, from - d->fixedCols, {}, dest);
     d->store.moveCol(from, to);

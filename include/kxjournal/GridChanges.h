@@ -1,0 +1,44 @@
+#pragma once
+
+#include "kxjournal/kxjournal_export.h"
+
+#include <memory>
+
+namespace kx {
+
+class GridChangesData;
+
+/// What a stretch of changes did to a grid, kept so that it can be put back:
+/// the earlier value of every cell written, every cell look and row colour
+/// changed, every row mark set, and rows added at the bottom.
+///
+/// Made by GridModel::endChanges() and GridModel::revertChanges(); putting
+/// one back gives the changes that undo the putting back, so an undo step
+/// and its redo are the same kind of object. Changes the grid cannot put
+/// back (rows inserted, removed or moved inside the grid, columns moved, a
+/// new book loaded) make it incomplete: such a record must not be reverted.
+class KXJOURNAL_EXPORT GridChanges
+{
+public:
+    /// No changes.
+    GridChanges();
+    ~GridChanges();
+    GridChanges(GridChanges &&other) noexcept;
+    GridChanges &operator=(GridChanges &&other) noexcept;
+    GridChanges(const GridChanges &) = delete;
+    GridChanges &operator=(const GridChanges &) = delete;
+
+    /// True when nothing changed.
+    bool isEmpty() const;
+    /// How many single changes were recorded.
+    int size() const;
+    /// False when a change was made that cannot be put back.
+    bool isComplete() const;
+
+private:
+    friend class GridModel;
+    explicit GridChanges(std::unique_ptr<GridChangesData> data);
+    std::unique_ptr<GridChangesData> d;
+};
+
+} // namespace kx

@@ -1,0 +1,86 @@
+// Recording what changes a grid and putting it back.
+#include "QtPrinters.h"
+
+#include <kxjournal/GridChanges.h>
+#include <kxjournal/GridModel.h>
+
+#include <QAbstractItemModelTester>
+#include <QRandomGenerator>
+#include <gtest/gtest.h>
+
+using kx::GridChanges;
+using kx::GridModel;
+
+namespace {
+
+QStringList picture(const GridModel &g)
+{
+    QStringList s;
+    for (int r = 0; r < g.rows(); ++r) {
+        s << QStringLiteral("row %1 %2 %3").arg(r).arg(g.rowData(r).toString(), g.rowForeColor(r).name());
+        for (int c = 0; c < g.cols(); ++c)
+            s << g.text(r, c) + QLatin1Char('|') + g.cellForeColor(r, c).name() + QLatin1Char('|') +
+                     g.cellBackColor(r, c).name() + (g.cellBold(r, c) ? QStringLiteral("|b") : QString());
+    }
+    return s;
+}
+
+} // namespace
+
+TEST(GridChanges, RandomChangesRevertAndRedoExactly)
+{
+    GridModel g;
+    QAbstractItemModelTester tester(&g, QAbstractItemModelTester::FailureReportingMode::Warning);
+    g.setCols(6);
+    g.setRows(8);
+    QRandomGenerator rng(5);
+    const QStringList texts{QStringLiteral("12"), QStringLiteral("1250.5"), QStringLiteral("2026-01-05"),
+                            QStringLiteral("摘要"), QString(), QStringLiteral("-3"), QStringLiteral("借")};
+    for (int round = 0; round < 60; ++round) {
+        const QStringList before = picture(g);
+        g.beginChanges();
+        const int n = int(rng.bounded(12));
+        for (int k = 0; k < n; ++k) {
+            const int r = 1 + int(rng.bounded(g.rows() - 1));
+            const int c = 1 + int(rng.bounded(5));
+            switch (rng.bounded(6)) {
+            case 0: g.setText(r, c, texts.at(int(rng.bounded(int(texts.size()))))); break;
+            case 1: g.setAmount(r, c, kx::Currency::fromRaw(qint64(rng.bounded(1000000)) - 500000)); break;
+            case 2: g.setCellForeColor(r, c, QColor::fromRgb(rng.generate())); break;
+            case 3: g.setRowData(r, int(rng.bounded(3))); break;
+            case 4: g.setRowForeColor(r, rng.bounded(2) ? QColor(Qt::red) : QColor()); break;
+            default: g.setRows(g.rows() + 1); g.setText(g.rows() - 1, c, QStringLiteral("新")); break;
+            }
+        }
+        GridChanges made = g.endChanges();
+        ASSERT_TRUE(made.isComplete());
+        const QStringList after = picture(g);
+        GridChanges undo = g.revertChanges(made);
+        ASSERT_EQ(picture(g), before) << "round " << round;
+        g.revertChanges(undo);
+        ASSERT_EQ(picture(g), after) << "round " << round;
+    }
+}
+
+TEST(GridChanges, ChangesThatCannotBePutBackAreMarkedAndNeverReverted)
+{
+    GridModel g;
+    g.setCols(3);
+    g.setRows(4);
+    g.setText(1, 1, QStringLiteral("a"));
+    const quint64 rev = g.revision();
+    g.beginChanges();
+    g.setText(1, 1, QStringLiteral("b"));
+    g.insertRowAt(1);
+    GridChanges made = g.endChanges();
+    EXPECT_FALSE(made.isComplete());
+    EXPECT_GT(g.revision(), rev);
+    EXPECT_TRUE(g.revertChanges(made).isEmpty());
+    EXPECT_EQ(g.text(2, 1), QStringLiteral("b"));
+
+    g.beginChanges();
+    g.beginChanges();
+    g.setText(2, 1, QStringLiteral("c"));
+    EXPECT_TRUE(g.endChanges().isEmpty()) << "an inner end hands nothing over";
+    EXPECT_EQ(g.endChanges().size(), 1);
+}
