@@ -79,6 +79,10 @@ public:
     SqlStatement bookExplains(int docId) const;
 
     // ---- kxAccClass: the chart of accounts ----
+    /// Every account: id, code, name and entry code, by code.
+    SqlStatement chartOfAccounts() const;
+    /// How many records of book \a docId name each account (AccID, Uses).
+    SqlStatement accountUse(int docId) const;
     /// The account with id \a accId.
     SqlStatement accountById(int accId) const;
     /// The accounts with code \a code.

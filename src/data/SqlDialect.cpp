@@ -234,6 +234,17 @@ SqlStatement SqlDialect::bookExplains(int docId) const
     return {selectTop(30, QStringLiteral(" Explain From kxJournalRecs Where DocID=%1 Order by RecID DESC").arg(docId)), {}};
 }
 
+SqlStatement SqlDialect::chartOfAccounts() const
+{
+    return {QStringLiteral("Select AccID, AccCode, AccName, EnterCode From kxAccClass Order by AccCode"), {}};
+}
+
+SqlStatement SqlDialect::accountUse(int docId) const
+{
+    return {QStringLiteral("Select AccID, Count(*) As Uses From kxJournalRecs Where DocID=%1 Group by AccID").arg(docId),
+            {}};
+}
+
 SqlStatement SqlDialect::accountById(int accId) const
 {
     return {QStringLiteral("Select * From kxAccClass Where AccID=%1").arg(accId), {}};
