@@ -86,6 +86,9 @@ public:
     static Result<Currency> add(Currency a, Currency b);
     /// Checked difference.
     static Result<Currency> subtract(Currency a, Currency b);
+    /// The product \a a × \a b, rounded half away from zero to four
+    /// decimals; an error when it does not fit.
+    static Result<Currency> multiply(Currency a, Currency b);
 
     /// Sum; invalid on overflow or when either side is invalid.
     friend Currency operator+(Currency a, Currency b);

@@ -65,8 +65,10 @@ public:
     /// Ends the edit without writing anything.
     void cancel();
 
-    /// The whole cycle for code: begin, validate \a text, store, finish.
-    /// Returns true when the text was stored.
+    /// The whole cycle for code, as a person typing \a text and pressing
+    /// Enter: begin, each character through keyPress() (a swallowed one is
+    /// left out), validate, store, finish. Returns true when the text was
+    /// stored; a cancel at any step leaves the cell as it was.
     bool editCell(int row, int col, const QString &text);
 
     /// Tells handlers that the ellipsis button of the editor was pressed.
@@ -84,6 +86,9 @@ Q_SIGNALS:
     void afterEdit(int row, int col);
     /// The ellipsis button of the editor of (row, col) was pressed.
     void cellButtonClick(int row, int col);
+    /// The edit of (row, col) that began is over: after afterEdit when a
+    /// text was stored (\a stored true), or cancelled or closed without one.
+    void editEnded(int row, int col, bool stored);
 
 private:
     GridModel *m_grid;

@@ -26,6 +26,7 @@ bool EditCycle::begin(int row, int col)
     Q_EMIT beforeEdit(row, col, cancel);
     if (cancel) {
         m_editing = false;
+        Q_EMIT editEnded(row, col, false);
         return false;
     }
     return true;
@@ -62,23 +63,34 @@ void EditCycle::finish()
     if (!m_editing)
         return;
     m_editing = false;
-    if (m_stored) {
-        m_stored = false;
+    const bool stored = m_stored;
+    m_stored = false;
+    if (stored)
         Q_EMIT afterEdit(m_row, m_col);
-    }
+    Q_EMIT editEnded(m_row, m_col, stored);
 }
 
 void EditCycle::cancel()
 {
+    if (!m_editing)
+        return;
     m_editing = false;
     m_stored = false;
+    Q_EMIT editEnded(m_row, m_col, false);
 }
 
 bool EditCycle::editCell(int row, int col, const QString &text)
 {
     if (!begin(row, col))
         return false;
-    if (!validate(text)) {
+    QString typed;
+    typed.reserve(text.size());
+    for (QChar ch : text) {
+        const int code = keyPress(ch.unicode());
+        if (code != 0)
+            typed += QChar(char16_t(code));
+    }
+    if (!validate(typed)) {
         cancel();
         return false;
     }

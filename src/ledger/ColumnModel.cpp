@@ -140,7 +140,7 @@ void ColumnModel::setColumnFonts(GridModel &grid, QString keys, QString fontName
 void ColumnModel::applyExplainTemplate(GridModel &grid, const LedgerState &state, AccContext *acc, int row,
                                        QString templ)
 {
-    if (!state.allowModify || !grid.isDataRow(row))
+    if (!state.mayModify() || !grid.isDataRow(row))
         return;
     const JournalColumns columns(grid);
     const BookRow line(grid, columns, row);

@@ -9,6 +9,7 @@ bool LedgerHost::cancels(const QString &) { return false; }
 bool LedgerHost::ask(const QString &) { return false; }
 void LedgerHost::progress(int) {}
 void LedgerHost::markDirty() {}
+void LedgerHost::dirtyRestored(bool) {}
 void LedgerHost::saved() {}
 void LedgerHost::captionChanged(const QString &) {}
 void LedgerHost::layoutChanged(bool) {}

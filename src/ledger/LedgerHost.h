@@ -23,6 +23,8 @@ public:
     virtual void progress(int percent);
     /// The grid now holds changes not yet stored.
     virtual void markDirty();
+    /// An undo or redo put the dirty flag back to \a dirty (already in the state).
+    virtual void dirtyRestored(bool dirty);
     /// A save stored the book.
     virtual void saved();
     /// The book's caption changed (a load built it anew).

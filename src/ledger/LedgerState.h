@@ -50,7 +50,7 @@ struct LedgerState {
     bool loadedConsolidated = false;  ///< the grid holds the records of a book and those below it
     bool isPacked = false;       ///< show the consolidated journal when the book has books below it
     int lastSumRow = 0;          ///< the last summary row (0: none)
-    bool allowModify = false;
+    bool allowModify = true;     ///< the host's word; see mayModify()
     bool allowAudit = false;
     bool dirty = false;          ///< the grid holds changes not yet stored
     QList<int> removedRecords;   ///< keys of rows taken out, deleted by the next save
@@ -62,6 +62,8 @@ struct LedgerState {
     /// The book a save writes to: the one the grid was loaded from (the
     /// chosen one when nothing was loaded).
     int savedDocId() const { return loadedDocId > 0 ? loadedDocId : book.docId; }
+    /// True when records may be changed: the host allows it and a book is chosen.
+    bool mayModify() const { return allowModify && book.docId >= 1; }
     /// True when the consolidated journal is shown (packed and not a bottom book).
     bool isConsolidated() const { return isPacked && !book.isBottomClass; }
     /// The column whose empty cell marks a blank row (OutlineKey, else the date).

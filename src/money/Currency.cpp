@@ -359,4 +359,16 @@ Result<Currency> Currency::subtract(Currency a, Currency b)
     return diff;
 }
 
+Result<Currency> Currency::multiply(Currency a, Currency b)
+{
+    if (!a.isValid() || !b.isValid())
+        return Error(QStringLiteral("金额乘积超出了范围。"));
+    const __int128 product = __int128(a.m_raw) * b.m_raw;
+    const __int128 half = Scale / 2;
+    const __int128 q = product >= 0 ? (product + half) / Scale : -((-product + half) / Scale);
+    if (q > __int128(INT64_MAX) || q <= __int128(InvalidRaw))
+        return Error(QStringLiteral("金额乘积超出了范围。"));
+    return Currency(std::int64_t(q));
+}
+
 } // namespace kx

@@ -123,6 +123,8 @@ TEST(ColumnModel, ExplanationTemplatesFillTheirPlaceholdersOnce)
         ColumnModel::applyExplainTemplate(grid, book, &acc, 1, QString::fromUtf8(t));
         return grid.text(1, QStringLiteral("Explain"));
     };
+    book.allowModify = false;
+    book.book.docId = 3;
     EXPECT_EQ(apply("新摘要"), QStringLiteral("  旧摘要 ")) << "nothing while changes are not allowed";
     book.allowModify = true;
     EXPECT_EQ(apply("[]（补）"), QStringLiteral("旧摘要（补）"));

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "editing/AccountChart.h"
+#include "ledger/JournalColumns.h"
+
+#include <QString>
+#include <functional>
+
+namespace kx {
+
+class AccContext;
+class Database;
+class GridModel;
+class LedgerHost;
+struct LedgerState;
+
+/// What the edit rules work on and the little they remember between edits:
+/// the grid, the ledger's state, the host, the accounting context, and the
+/// editing state of the control (whether the edit under way changed its
+/// cell, the explanations typed, the explanation list read).
+struct EditContext {
+    EditContext(GridModel &g, LedgerState &s, LedgerHost &h, std::function<AccContext *()> c)
+        : grid(g), state(s), host(h), context(std::move(c)), columns(g)
+    {
+    }
+
+    /// The accounting context, or nullptr when there is none.
+    AccContext *acc() const { return context ? context() : nullptr; }
+    /// The open database of the context, or nullptr.
+    const Database *db() const;
+    /// The chart of accounts with the use counts of the book shown, read
+    /// when first needed for this book.
+    const AccountChart &chart();
+    /// Forgets what was read for the book shown (a new book was loaded).
+    void forgetBook();
+    /// The key of grid column \a col as a journal column (Count: none).
+    JournalColumns::Column columnAt(int col) const;
+
+    GridModel &grid;
+    LedgerState &state;
+    LedgerHost &host;
+    std::function<AccContext *()> context;
+    JournalColumns columns;      ///< where the columns sit; refreshed when an edit begins
+    bool cellChanged = false;    ///< the edit under way changed its cell
+    bool fromPicker = false;     ///< the text comes from a picker, not the keyboard
+    QString explainHistory;      ///< explanations typed, newest first, each followed by "|"
+    QString explainList;         ///< the book's explanation list, read once per book
+    int explainListBook = -1;    ///< the book explainList was read for
+    AccountChart accounts;       ///< see chart()
+    int accountsBook = -1;       ///< the book the chart's use counts are of
+};
+
+} // namespace kx

@@ -1,0 +1,19 @@
+#include "editing/EditRule.h"
+
+namespace kx {
+
+EditRule::~EditRule() = default;
+
+QString EditRule::comboList(EditContext &, int, int) const
+{
+    return {};
+}
+
+bool EditRule::validate(EditContext &, int, int, QString &)
+{
+    return true;
+}
+
+void EditRule::afterEdit(EditContext &, int, int) {}
+
+} // namespace kx

@@ -1,0 +1,190 @@
+#include "editing/EditSession.h"
+
+#include "editing/AccountRule.h"
+#include "editing/AmountRule.h"
+#include "editing/DateRule.h"
+#include "editing/EditGate.h"
+#include "editing/ExplainRule.h"
+#include "editing/GridEditCommand.h"
+#include "editing/RateRule.h"
+#include "kxjournal/EditCycle.h"
+#include "kxjournal/GridChanges.h"
+#include "kxjournal/GridModel.h"
+#include "ledger/BookRow.h"
+#include "ledger/LedgerHost.h"
+#include "ledger/LedgerState.h"
+
+#include <QScopedValueRollback>
+
+namespace kx {
+
+EditSession::EditSession(EditContext ctx, QObject *parent)
+    : QObject(parent), m_ctx(std::move(ctx)), m_history(m_ctx.grid)
+{
+    m_rules.push_back(std::make_unique<DateRule>());
+    m_rules.push_back(std::make_unique<AccountRule>());
+    m_rules.push_back(std::make_unique<AmountRule>());
+    m_rules.push_back(std::make_unique<RateRule>());
+    m_rules.push_back(std::make_unique<ExplainRule>());
+    EditCycle *cycle = m_ctx.grid.editCycle();
+    connect(cycle, &EditCycle::beforeEdit, this, &EditSession::onBeforeEdit);
+    connect(cycle, &EditCycle::keyPressEdit, this, &EditSession::onKeyPress);
+    connect(cycle, &EditCycle::validateEdit, this, &EditSession::onValidate);
+    connect(cycle, &EditCycle::afterEdit, this, &EditSession::onAfterEdit);
+    connect(cycle, &EditCycle::editEnded, this, &EditSession::onEnded);
+    connect(cycle, &EditCycle::cellButtonClick, this,
+            [this](int row, int col) { Q_EMIT pickerRequested(row, col, m_ctx.grid.colKey(col)); });
+}
+
+EditSession::~EditSession()
+{
+    if (m_recording)
+        m_ctx.grid.endChanges();
+}
+
+EditRule *EditSession::ruleFor(int col) const
+{
+    const JournalColumns::Column column = m_ctx.columnAt(col);
+    for (const auto &rule : m_rules)
+        if (rule->handles(column))
+            return rule.get();
+    return nullptr;
+}
+
+void EditSession::keepBlankRow()
+{
+    GridModel &g = m_ctx.grid;
+    if (!m_ctx.state.mayModify() || m_ctx.state.isConsolidated() || g.rows() <= g.fixedRows())
+        return;
+    const int last = g.rows() - 1;
+    for (int c = g.fixedCols(); c < g.cols(); ++c)
+        if (!g.isEmpty(last, c)) {
+            g.setRows(last + 2);
+            g.setRowData(last + 1, int(BookRow::Unchanged));
+            return;
+        }
+}
+
+void EditSession::clearHistory()
+{
+    m_history.clear();
+    if (m_recording)
+        m_dropStep = true;
+}
+
+void EditSession::onBeforeEdit(int row, int col, bool &cancel)
+{
+    m_ctx.cellChanged = false;
+    m_ctx.columns = JournalColumns(m_ctx.grid);
+    if (cancel)
+        return;
+    QString list;
+    if (!EditGate::mayOpen(m_ctx, row, col, list)) {
+        cancel = true;
+        return;
+    }
+    if (list.isEmpty()) {
+        const JournalColumns::Column column = m_ctx.columnAt(col);
+        if (column == JournalColumns::AccDoc)
+            list = BookRow::of(m_ctx.grid, m_ctx.columns, row).recId() > 0 ? QStringLiteral("|...") : QString();
+        else if (EditRule *rule = ruleFor(col))
+            list = rule->comboList(m_ctx, row, col);
+    }
+    m_ctx.grid.editCycle()->setComboList(list);
+    if (!m_recording) {
+        m_recording = true;
+        m_dropStep = false;
+        m_dirtyBefore = m_ctx.state.dirty;
+        m_historyFit = m_history.fits();
+        m_ctx.grid.beginChanges();
+    }
+}
+
+void EditSession::onKeyPress(int, int col, int &key)
+{
+    key = EditGate::filterKey(m_ctx, col, key);
+}
+
+void EditSession::onValidate(int row, int col, bool &cancel)
+{
+    EditCycle *cycle = m_ctx.grid.editCycle();
+    QString text = EditGate::stripControlChars(cycle->editText());
+    const BookRow line(m_ctx.grid, m_ctx.columns, row);
+    m_ctx.cellChanged = m_ctx.grid.text(row, col) != text || (!text.isEmpty() && line.accId() == 0);
+    if (m_ctx.cellChanged) {
+        // Only the voucher and account pickers open on a row that may not
+        // change; what is typed there is not taken.
+        if (!EditGate::canEditRow(m_ctx, row)) {
+            cancel = true;
+        } else if (EditRule *rule = ruleFor(col)) {
+            cancel = !rule->validate(m_ctx, row, col, text);
+        }
+    }
+    cycle->setEditText(text);
+}
+
+void EditSession::onAfterEdit(int row, int col)
+{
+    if (!m_ctx.cellChanged || !m_ctx.grid.isDataRow(row) || !m_ctx.grid.isDataCol(col))
+        return;
+    if (EditRule *rule = ruleFor(col))
+        rule->afterEdit(m_ctx, row, col);
+    finishRow(row, col);
+}
+
+void EditSession::finishRow(int row, int col)
+{
+    BookRow(m_ctx.grid, m_ctx.columns, row).setChangeMark(BookRow::Modified);
+    m_ctx.grid.setCellForeColor(row, col, m_ctx.state.looks.modifiedForeColor);
+    // One empty row always waits at the bottom for the next record.
+    if (m_ctx.grid.rows() - row < 2) {
+        const int added = m_ctx.grid.rows();
+        m_ctx.grid.setRows(added + 1);
+        m_ctx.grid.setRowData(added, int(BookRow::Unchanged));
+    }
+    m_ctx.host.markDirty();
+    m_ctx.state.dirty = true;
+    m_ctx.host.markDirty();
+}
+
+void EditSession::onEnded(int row, int col, bool stored)
+{
+    if (!m_recording)
+        return;
+    m_recording = false;
+    GridChanges changes = m_ctx.grid.endChanges();
+    if (m_dropStep || changes.isEmpty())
+        return;
+    if (!stored) {
+        // A refused or abandoned edit leaves nothing behind (the account
+        // check writes the id it found before it refuses).
+        m_ctx.grid.revertChanges(changes);
+        if (m_historyFit)
+            m_history.adopt();
+        return;
+    }
+    if (!changes.isComplete()) {
+        m_history.clear();
+        return;
+    }
+    m_history.push(new GridEditCommand(m_ctx.grid, m_ctx.state, m_ctx.host, std::move(changes), m_dirtyBefore, row,
+                                       col, QStringLiteral("输入")),
+                   m_historyFit);
+}
+
+bool EditSession::applyChosen(int row, int col, const QString &text)
+{
+    EditCycle *cycle = m_ctx.grid.editCycle();
+    QScopedValueRollback<bool> picked(m_ctx.fromPicker, true);
+    if (cycle->isEditing() && (cycle->editRow() != row || cycle->editCol() != col))
+        cycle->cancel();
+    if (!cycle->isEditing())
+        return cycle->editCell(row, col, text);
+    if (!cycle->validate(text))
+        return false;
+    cycle->store();
+    cycle->finish();
+    return true;
+}
+
+} // namespace kx

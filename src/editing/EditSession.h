@@ -1,0 +1,76 @@
+#pragma once
+
+#include "editing/EditContext.h"
+#include "editing/EditHistory.h"
+
+#include <QObject>
+#include <memory>
+#include <vector>
+
+namespace kx {
+
+class EditRule;
+
+/// Runs the journal's edit rules on a grid's edit cycle and keeps the undo
+/// history of what the edits did.
+///
+/// Before an edit it decides whether the cell opens and with which editor;
+/// it filters the keys of numeric columns; it strips control characters and
+/// asks the column's rule to check the text; after a stored change it lets
+/// the rule complete the row, then marks the row changed, colours the cell,
+/// keeps one empty row at the bottom and marks the book dirty (twice, as
+/// hosts count on). Everything an edit changed, including what handlers of
+/// the cycle's events wrote, becomes one step of the history.
+class EditSession : public QObject
+{
+    Q_OBJECT
+public:
+    /// Works on \a ctx's grid (whose edit cycle it listens to).
+    explicit EditSession(EditContext ctx, QObject *parent = nullptr);
+    ~EditSession() override;
+
+    /// The editing state and what the rules work on.
+    EditContext &context() { return m_ctx; }
+    /// The undo history.
+    EditHistory &history() { return m_history; }
+
+    /// Whether the edit under way changed its cell.
+    bool cellChanged() const { return m_ctx.cellChanged; }
+    /// The explanations typed, newest first, each followed by "|".
+    QString explainHistory() const { return m_ctx.explainHistory; }
+
+    /// Adds an empty row at the bottom, for the next record, when the last
+    /// row is not empty and the book may be changed.
+    void keepBlankRow();
+    /// Drops the undo history; a step being recorded is dropped too.
+    void clearHistory();
+    /// Runs an edit of (\a row, \a col) with \a text chosen in a picker or
+    /// the calculator: through the open editor's edit when one is under
+    /// way for that cell, else as a whole edit. Dates chosen are not held
+    /// to the typed-date bounds. True when the text was stored.
+    bool applyChosen(int row, int col, const QString &text);
+
+Q_SIGNALS:
+    /// The ellipsis of (row, col) was pressed: a picker or the calculator
+    /// should open for \a column ("ShowName", "AccName", "Debit" …).
+    void pickerRequested(int row, int col, const QString &column);
+
+private:
+    void onBeforeEdit(int row, int col, bool &cancel);
+    void onKeyPress(int row, int col, int &key);
+    void onValidate(int row, int col, bool &cancel);
+    void onAfterEdit(int row, int col);
+    void onEnded(int row, int col, bool stored);
+    void finishRow(int row, int col);
+    EditRule *ruleFor(int col) const;
+
+    EditContext m_ctx;
+    EditHistory m_history;
+    std::vector<std::unique_ptr<EditRule>> m_rules;
+    bool m_recording = false;
+    bool m_dropStep = false;
+    bool m_dirtyBefore = false;
+    bool m_historyFit = false;
+};
+
+} // namespace kx

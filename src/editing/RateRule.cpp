@@ -1,0 +1,32 @@
+#include "editing/RateRule.h"
+
+#include "editing/AmountRule.h"
+#include "editing/EditContext.h"
+#include "kxjournal/GridModel.h"
+#include "ledger/BalanceCalculator.h"
+#include "ledger/BookRow.h"
+
+namespace kx {
+
+bool RateRule::handles(JournalColumns::Column column) const
+{
+    return column == JournalColumns::Rate;
+}
+
+bool RateRule::validate(EditContext &ctx, int, int, QString &text)
+{
+    text = AmountRule::amountText(ctx, text);
+    return true;
+}
+
+void RateRule::afterEdit(EditContext &ctx, int row, int)
+{
+    const BookRow line(ctx.grid, ctx.columns, row);
+    const Currency debit = line.debit();
+    const Currency value = AmountRule::times(line.amount(JournalColumns::Rate), debit.isZero() ? -line.credit() : debit);
+    if (value.isValid())
+        ctx.grid.setAmount(row, ctx.columns[JournalColumns::Forex], value);
+    BalanceCalculator(ctx.grid, ctx.state).calculate(row);
+}
+
+} // namespace kx

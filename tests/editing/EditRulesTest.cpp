@@ -1,0 +1,184 @@
+// What typing into each column does: the checks with their messages, and
+// what the row becomes after the change is stored.
+#include "QtPrinters.h"
+#include "editing/EditingBook.h"
+
+#include <kxjournal/EditCycle.h>
+
+#include <QSignalSpy>
+#include <gtest/gtest.h>
+
+using kxtest::EditingBook;
+
+TEST(EditRules, AmountsTakeNumbersAndFormulasAndExcludeEachOther)
+{
+    EditingBook b;
+    EXPECT_TRUE(b.type(3, "Credit", QStringLiteral("12*3+4")));
+    EXPECT_EQ(b.text(3, "Credit"), QStringLiteral("40"));
+    EXPECT_EQ(b.text(3, "Balance"), QStringLiteral("1460")) << "balances follow at once";
+    EXPECT_EQ(b.text(4, "Balance"), QStringLiteral("1410"));
+    EXPECT_TRUE(b.type(3, "Credit", QStringLiteral("10/3")));
+    EXPECT_EQ(b.text(3, "Credit"), QStringLiteral("3.33"));
+    EXPECT_TRUE(b.type(3, "Credit", QStringLiteral("1.005")));
+    EXPECT_EQ(b.text(3, "Credit"), QStringLiteral("1.005")) << "a number is kept as typed";
+    EXPECT_TRUE(b.type(3, "Credit", QStringLiteral("0.1+0.2")));
+    EXPECT_EQ(b.text(3, "Credit"), QStringLiteral("0.3"));
+    EXPECT_TRUE(b.type(3, "Credit", QStringLiteral("12a*3"))) << "letters never reach the cell";
+    EXPECT_EQ(b.text(3, "Credit"), QStringLiteral("36"));
+
+    EXPECT_TRUE(b.type(3, "Debit", QStringLiteral("0")));
+    EXPECT_EQ(b.text(3, "Credit"), QStringLiteral("36")) << "a 0 leaves the other side alone";
+    EXPECT_TRUE(b.type(3, "Debit", QStringLiteral("100")));
+    EXPECT_EQ(b.text(3, "Credit"), QString());
+    EXPECT_EQ(b.text(3, "Balance"), QStringLiteral("1600"));
+
+    b.boxes.clear();
+    EXPECT_TRUE(b.type(3, "Debit", QStringLiteral("1/(2-2)")));
+    EXPECT_EQ(b.text(3, "Debit"), QStringLiteral("0"));
+    EXPECT_EQ(b.boxes, QStringList{QStringLiteral("公式计算错误。")});
+}
+
+TEST(EditRules, RateAndForeignAmountFollowTheSide)
+{
+    EditingBook b;
+    ASSERT_TRUE(b.type(2, "Rate", QStringLiteral("6.8")));
+    EXPECT_EQ(b.text(2, "Forex"), QStringLiteral("3400")) << "rate × debit";
+    EXPECT_TRUE(b.type(3, "Credit", QStringLiteral("10")));
+    EXPECT_EQ(b.text(3, "Rate"), QStringLiteral("6.8")) << "carried down from the row above";
+    EXPECT_EQ(b.text(3, "Forex"), QStringLiteral("-68"));
+
+    ASSERT_TRUE(b.type(4, "Forex", QStringLiteral("30")));
+    ASSERT_TRUE(b.type(4, "Credit", QStringLiteral("60")));
+    EXPECT_EQ(b.text(4, "Forex"), QStringLiteral("-30")) << "a foreign amount typed first takes the credit's sign";
+
+    ASSERT_TRUE(b.type(2, "Forex", QStringLiteral("7")));
+    ASSERT_TRUE(b.type(2, "Debit", QStringLiteral("5")));
+    ASSERT_TRUE(b.type(2, "Rate", QStringLiteral("2")));
+    EXPECT_EQ(b.text(2, "Forex"), QStringLiteral("10")) << "a new rate works the foreign amount out again";
+}
+
+TEST(EditRules, DatesAreReadInShortFormsAndHeldToTheOpenMonths)
+{
+    EditingBook b;
+    EXPECT_TRUE(b.type(3, "ShowName", QStringLiteral("0112")));
+    EXPECT_EQ(b.text(3, "JnlDate"), QStringLiteral("2025-01-12"));
+    EXPECT_EQ(b.text(3, "ShowName"), QStringLiteral("2025年01月12日"));
+    EXPECT_TRUE(b.type(3, "ShowName", QStringLiteral("20")));
+    EXPECT_EQ(b.text(3, "JnlDate"), QStringLiteral("2025-01-20"));
+
+    b.said.clear();
+    EXPECT_FALSE(b.type(3, "ShowName", QStringLiteral("2026-03-01")));
+    EXPECT_EQ(b.said, QStringList{QStringLiteral("输入的日期错误；")});
+    EXPECT_FALSE(b.type(3, "ShowName", QStringLiteral("日期")));
+    EXPECT_EQ(b.said.size(), 1) << "text that is no date is refused without a word";
+    EXPECT_EQ(b.text(3, "JnlDate"), QStringLiteral("2025-01-20"));
+
+    EXPECT_FALSE(b.type(1, "ShowName", QStringLiteral("2024-12-30"))) << "the opening row is closed";
+
+    // Below a month's summary row only later months may be typed.
+    ASSERT_TRUE(b.journal->InsSumRow(4));
+    const int below = b.grid->rows() - 1;
+    EXPECT_FALSE(b.type(below, "ShowName", QStringLiteral("2025-01-31")));
+}
+
+TEST(EditRules, AccountsAreFoundByCodeNameEntryCodePathAndInitials)
+{
+    EditingBook b;
+    EXPECT_EQ(b.journal->FindAccID(QStringLiteral("1122")), b.receivable) << "a code wins over a name";
+    EXPECT_EQ(b.journal->FindAccID(QStringLiteral("管理费用")), b.expenses);
+    EXPECT_EQ(b.journal->FindAccID(QStringLiteral("yszk")), b.receivable);
+    EXPECT_EQ(b.journal->FindAccID(QStringLiteral("没有的科目")), 0);
+    EXPECT_EQ(b.journal->FindAccID(QStringLiteral("x' Or '1'='1")), 0);
+    EXPECT_EQ(b.journal->findAccountByPath(QStringLiteral("应付账款/工商银行")), b.payableIcbc);
+    EXPECT_EQ(b.journal->findAccountByPath(QStringLiteral("银行存款\\工商银行")), b.icbc);
+    EXPECT_EQ(b.journal->findAccountByPath(QStringLiteral("银行存款_工商银行")), b.icbc);
+
+    QSignalSpy changed(b.journal.get(), &kx::Journal::CommandExecute);
+    EXPECT_TRUE(b.type(2, "AccName", QStringLiteral("yhck"))) << "pinyin initials, no entry code in the chart";
+    EXPECT_EQ(b.journal->AccID(2), b.bank);
+    EXPECT_EQ(b.text(2, "AccName"), QStringLiteral("银行存款"));
+    EXPECT_EQ(b.text(2, "AccCode"), QStringLiteral("1002"));
+    ASSERT_FALSE(changed.isEmpty());
+    EXPECT_EQ(changed.last().at(0).toString(), QStringLiteral("AccNameChanged"));
+    EXPECT_TRUE(b.type(2, "AccName", QStringLiteral("jsyh")));
+    EXPECT_EQ(b.journal->AccID(2), b.ccb);
+
+    EXPECT_FALSE(b.type(2, "AccName", QStringLiteral("qqqq")));
+    EXPECT_EQ(b.journal->AccID(2), b.ccb) << "a refused account leaves the row's account as it was";
+    EXPECT_EQ(b.text(2, "AccName"), QStringLiteral("建设银行"));
+}
+
+TEST(EditRules, AccountsAreFoundOnPostgresAsOnSqlite)
+{
+    EditingBook b(kxtest::Engine::Postgres);
+    EXPECT_EQ(b.journal->FindAccID(QStringLiteral("1122")), b.receivable);
+    EXPECT_EQ(b.journal->findAccountByPath(QStringLiteral("应付账款.工商银行")), b.payableIcbc);
+    EXPECT_TRUE(b.type(2, "AccName", QStringLiteral("yh")));
+    EXPECT_EQ(b.journal->AccID(2), b.bank);
+    EXPECT_TRUE(b.type(2, "Debit", QStringLiteral("(1+2)*3")));
+    EXPECT_EQ(b.text(2, "Debit"), QStringLiteral("9"));
+}
+
+TEST(EditRules, ExplanationsAreRememberedOnceAndOffered)
+{
+    EditingBook b;
+    EXPECT_TRUE(b.type(2, "Explain", QStringLiteral("收\t到\n货款（补）")));
+    EXPECT_EQ(b.text(2, "Explain"), QStringLiteral("收到货款（补）")) << "control characters are stripped";
+    EXPECT_TRUE(b.type(3, "Explain", QStringLiteral("收到货款（补）")));
+    EXPECT_TRUE(b.type(4, "Explain", QStringLiteral("货款")));
+    EXPECT_EQ(b.journal->ExplainHistory(), QStringLiteral("收到货款（补）|")) << "kept once; a part of one is not added";
+    ASSERT_TRUE(b.journal->Save());
+    b.journal->InsSumRow(4);
+    ASSERT_TRUE(b.journal->Save());
+    ASSERT_TRUE(b.journal->Load(b.book));
+    const QString list = b.journal->GetExplainList();
+    EXPECT_TRUE(list.startsWith(QStringLiteral("|收到货款（补）|"))) << list.toStdString();
+    EXPECT_FALSE(list.contains(QStringLiteral("小结")));
+    EXPECT_FALSE(list.contains(QStringLiteral("期初余额")));
+}
+
+TEST(EditRules, CommonStepsMarkColourAppendAndRaiseDataChangedTwice)
+{
+    EditingBook b;
+    b.journal->setModifiedForeColor(QColor(200, 0, 0));
+    const int rows = b.grid->rows();
+    QSignalSpy data(b.journal.get(), &kx::Journal::DataChanged);
+    ASSERT_TRUE(b.type(rows - 1, "Explain", QStringLiteral("新记录")));
+    EXPECT_EQ(b.grid->rows(), rows + 1) << "exactly one empty row waits at the bottom";
+    EXPECT_EQ(data.count(), 2);
+    EXPECT_EQ(b.grid->rowData(rows - 1).toInt(), 2);
+    EXPECT_EQ(b.grid->cellForeColor(rows - 1, b.col("Explain")), QColor(200, 0, 0));
+    EXPECT_TRUE(b.journal->IsDirty());
+
+    data.clear();
+    EXPECT_TRUE(b.type(2, "Explain", QStringLiteral("收到货款")));
+    EXPECT_EQ(data.count(), 0) << "re-typing what a row with an account holds changes nothing";
+    EXPECT_FALSE(b.grid->cellForeColor(2, b.col("Explain")) == QColor(200, 0, 0));
+}
+
+TEST(EditRules, CellsOpenOnlyWhereRecordsMayChange)
+{
+    EditingBook b;
+    kx::EditCycle *cycle = b.grid->editCycle();
+    ASSERT_TRUE(cycle->begin(2, b.col("AccName")));
+    EXPECT_EQ(cycle->comboList(), QStringLiteral("|..."));
+    cycle->cancel();
+    ASSERT_TRUE(cycle->begin(2, b.col("Explain")));
+    EXPECT_TRUE(cycle->comboList().contains(QStringLiteral("|付材料款")));
+    cycle->cancel();
+    EXPECT_FALSE(cycle->begin(2, b.col("Balance"))) << "not an edit field";
+
+    b.grid->setText(3, b.col("DirID"), QStringLiteral("7"));
+    EXPECT_FALSE(b.type(3, "Explain", QStringLiteral("改"))) << "linked to a voucher";
+    ASSERT_TRUE(cycle->begin(3, b.col("AccDoc")));
+    EXPECT_EQ(cycle->comboList(), QStringLiteral("|...")) << "the voucher picker still opens";
+    EXPECT_FALSE(cycle->validate(QStringLiteral("x"))) << "but nothing typed is taken" ;
+    cycle->cancel();
+
+    b.journal->setAllowModify(false);
+    EXPECT_FALSE(b.type(2, "Explain", QStringLiteral("改")));
+    b.journal->setAllowModify(true);
+    ASSERT_TRUE(b.journal->InsSumRow(3));
+    EXPECT_FALSE(b.type(2, "Explain", QStringLiteral("改"))) << "above a summary row";
+    EXPECT_EQ(b.text(2, "Explain"), QStringLiteral("收到货款"));
+}

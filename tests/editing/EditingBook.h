@@ -1,0 +1,39 @@
+#pragma once
+
+#include "support/BookBuilder.h"
+#include "support/TestDatabase.h"
+
+#include <kxjournal/GridModel.h>
+#include <kxjournal/Journal.h>
+#include <kxjournal/SqlAccContext.h>
+
+#include <QStringList>
+#include <memory>
+
+namespace kxtest {
+
+/// A small bank book open in a control, for the editing tests: an opening
+/// row of 1000 (row 1), then +500, −200 and −50 in January 2025 (rows 2–4),
+/// on a chart where one account's name is another's code and two accounts
+/// share a name under different parents.
+struct EditingBook {
+    explicit EditingBook(Engine engine = Engine::Sqlite);
+
+    /// Grid column of \a key.
+    int col(const char *key) const;
+    /// Text of (\a row, \a key).
+    QString text(int row, const char *key) const;
+    /// One whole edit through the grid's edit cycle.
+    bool type(int row, const char *key, const QString &text) const;
+
+    std::unique_ptr<TestDatabase> db;
+    std::unique_ptr<kx::SqlAccContext> acc;
+    std::unique_ptr<kx::Journal> journal;
+    kx::GridModel *grid = nullptr;
+    QStringList said;       ///< every Notify message
+    QStringList boxes;      ///< Notify messages meant for a message box
+    int book = 0;
+    int bank = 0, icbc = 0, ccb = 0, receivable = 0, codeAsName = 0, payable = 0, payableIcbc = 0, expenses = 0;
+};
+
+} // namespace kxtest
