@@ -5,6 +5,8 @@
 #include "kxjournal/SampleBooks.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookLoader.h"
+#include "editing/EditSession.h"
+#include "kxjournal/EditCycle.h"
 
 #include <kxjournal/Database.h>
 #include <kxjournal/GridModel.h>
@@ -220,8 +222,39 @@ void BM_Calculate(benchmark::State &state)
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
+// One amount typed into row 2, as the edit cycle runs it: the check, the
+// write, the balances of every row below worked out again, the row marked,
+// and the whole step kept for undo. Its baseline is BM_Calculate, the bare
+// recalculation of the same book.
+void BM_EditAmountRow2(benchmark::State &state)
+{
+    Fixture &f = fixture(int(state.range(0)));
+    kx::GridModel grid;
+    kx::LedgerState book;
+    prepareBook(f, book);
+    kx::BookLoader(grid, book, kx::LedgerHost::none(), f.acc.get()).load(0);
+    // As if no month were closed yet: row 2 is open and every row below it
+    // is worked out again, the most an amount edit can cost.
+    const int locked = grid.colIndex(QStringLiteral("Locked"));
+    for (int r = grid.fixedRows(); r < grid.rows(); ++r)
+        grid.setText(r, locked, QStringLiteral("0"));
+    book.lastSumRow = 0;
+    kx::EditSession session(kx::EditContext(grid, book, kx::LedgerHost::none(), [&f] { return f.acc.get(); }));
+    const int row = grid.fixedRows() + 1;
+    const int debit = grid.colIndex(QStringLiteral("Debit"));
+    grid.setCursor(row, debit);
+    bool odd = false;
+    for (auto _ : state) {
+        odd = !odd;
+        if (!grid.editCycle()->editCell(row, debit, odd ? QStringLiteral("123.45") : QStringLiteral("67.8*9")))
+            state.SkipWithError("edit refused");
+    }
+    state.counters["undo"] = session.history().stack().count();
+}
+
 } // namespace
 
+BENCHMARK(BM_EditAmountRow2)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(40);
 BENCHMARK(BM_FetchSqliteC)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_FetchQtSql)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Load)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);

@@ -5,6 +5,7 @@
 #include <QColor>
 #include <QPointer>
 #include <QTableView>
+#include <functional>
 
 namespace kx {
 
@@ -62,6 +63,17 @@ public:
     /// Sets the colour of the grid lines of the fixed row and column.
     void setGridColorFixed(const QColor &c);
 
+    /// Where Tab (or Shift+Tab, \a backwards) and Enter (\a enter) go from
+    /// grid cell (row, col): a grid cell, or (-1, -1) for the next cell in
+    /// the view's own order.
+    using CellNavigator = std::function<std::pair<int, int>(int row, int col, bool backwards, bool enter)>;
+    /// Sets where Tab and Enter go, when typing and when moving about.
+    void setCellNavigator(CellNavigator navigator) { m_navigator = std::move(navigator); }
+    /// Stores the open editor's text through the edit cycle and closes it,
+    /// as Enter would, without moving on; false when there is no editor or
+    /// the text was refused (the editor then stays open).
+    bool commitEditor();
+
     /// Re-reads every row's height and hidden flag from the model.
     void syncRows();
     /// Re-reads every column's width and hidden flag from the model.
@@ -80,6 +92,8 @@ protected:
     bool edit(const QModelIndex &index, EditTrigger trigger, QEvent *event) override;
     void commitData(QWidget *editor) override;
     void closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint) override;
+    QModelIndex moveCursor(CursorAction cursorAction, Qt::KeyboardModifiers modifiers) override;
+    void keyPressEvent(QKeyEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
@@ -90,11 +104,14 @@ private:
     void onSectionMoved(int logical, int oldVisual, int newVisual);
     void trackMouse(const QPoint &pos);
     void applyLook();
+    QModelIndex navigate(bool backwards, bool enter);
 
     QPointer<GridModel> m_model;
     GridDelegate *m_delegate = nullptr;
     QPointer<QWidget> m_activeEditor;
     QWidget *m_rejectedEditor = nullptr;
+    CellNavigator m_navigator;
+    bool m_committing = false;
     int m_mouseRow = -1;
     int m_mouseCol = -1;
     bool m_syncing = false;

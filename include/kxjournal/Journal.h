@@ -14,6 +14,8 @@
 
 namespace kx {
 
+class AccountPicker;
+class CalculatorPopup;
 class GridView;
 class JournalPrivate;
 
@@ -252,7 +254,8 @@ public:
     int Row() const;
     /// Moves the cursor to a row, showing it when hidden and scrolling it into view.
     void setRow(int value);
-    /// Whether records may be changed.
+    /// Whether records may be changed: true once a book is chosen, unless
+    /// the host said otherwise.
     bool AllowModify() const;
     /// Allows changes; always false while no book (DocID below 1) is set.
     void setAllowModify(bool value);
@@ -307,6 +310,35 @@ public:
     void WriteProperties(PropertyBag &bag) const;
     /// Restores the persisted looks from \a bag; a missing key keeps the present value.
     void ReadProperties(const PropertyBag &bag);
+
+    // ---- typing records in ----
+    /// Undoes the latest edit: every cell it changed (balances included),
+    /// the colours, the change marks and IsDirty come back. False when there
+    /// is nothing to undo (a Save or Load, or any change made outside the
+    /// edits, ends the history).
+    Q_INVOKABLE bool undo();
+    /// Makes the latest undone edit again.
+    Q_INVOKABLE bool redo();
+    /// True when undo() has a step to undo.
+    bool canUndo() const;
+    /// True when redo() has a step to make again.
+    bool canRedo() const;
+    /// Whether the edit under way changed its cell.
+    bool CellChanged() const;
+    /// The explanations typed since the control was made, newest first, each followed by "|".
+    QString ExplainHistory() const;
+    /// The account whose code, else name, else entry code is \a rText (0: none).
+    Q_INVOKABLE int FindAccID(const QString &rText);
+    /// The account a path of names points at ("银行存款/工商银行"; "/", "\\",
+    /// "_" or "." between levels), 0 when none.
+    Q_INVOKABLE int findAccountByPath(const QString &path);
+    /// The explanation column's drop-down list: the explanations typed here,
+    /// then the book's 30 latest (summary labels left out), as "|a|b".
+    Q_INVOKABLE QString GetExplainList();
+    /// The account picker the account cell's ellipsis opens.
+    AccountPicker *accountPicker() const;
+    /// The calculator the amount cells' ellipsis opens.
+    CalculatorPopup *calculator() const;
 
     /// Replaces how Yes/No questions are asked (No is the default answer).
     void setAsker(std::function<bool(const QString &text, const QString &title)> asker);

@@ -4,6 +4,8 @@
 #include "control/JournalFrame.h"
 #include "control/JournalMenu.h"
 #include "control/JournalPrivate.h"
+#include "editing/EditSession.h"
+#include "kxjournal/EditCycle.h"
 #include "data/JournalDefinition.h"
 #include "kxjournal/Database.h"
 #include "kxjournal/GridView.h"
@@ -35,6 +37,7 @@ Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_unique<JournalP
     setCaption(FmtName());
     ColumnModel::define(*d->grid, d->state);
 
+    d->setUpEditing();
     RowCommands::offer(d->commands, *d->grid);
     LedgerCommands::offer(d->commands, *d->grid, d->state, *d);
     JournalCommands::offer(*d);
@@ -53,7 +56,19 @@ Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_unique<JournalP
             [this, option] { d->menu->popup(option->mapToGlobal(QPoint(0, option->height()))); });
 }
 
-Journal::~Journal() = default;
+Journal::~Journal()
+{
+    // An editor still open is dropped, and the grid's view goes while the
+    // state its handlers use is still here: closing the window later would
+    // commit the editor into a control half destroyed.
+    d->grid->editCycle()->cancel();
+    delete d->frame;
+    d->frame = nullptr;
+    d->view = nullptr;
+    QObject::disconnect(d->grid, nullptr, this, nullptr);
+    delete d->edit;
+    d->edit = nullptr;
+}
 
 void Journal::announce(const QString &name)
 {
@@ -188,7 +203,7 @@ void Journal::setRow(int value)
                                                               : QAbstractItemView::EnsureVisible);
 }
 
-bool Journal::AllowModify() const { return d->state.allowModify; }
+bool Journal::AllowModify() const { return d->state.mayModify(); }
 void Journal::setAllowModify(bool value) { d->state.allowModify = d->state.book.docId < 1 ? false : value; }
 bool Journal::AllowAudit() const { return d->state.allowAudit; }
 int Journal::Rows() const { return d->grid->rows() - 1; }
@@ -233,6 +248,10 @@ bool Journal::Load(int rDocID)
 {
     return d->exclusive(QStringLiteral("Load"), false, [&] {
         const BookLoader::Outcome outcome = BookLoader(*d->grid, d->state, *d, d->context()).load(rDocID);
+        d->edit->context().forgetBook();
+        if (outcome == BookLoader::Loaded)
+            d->edit->keepBlankRow();
+        d->edit->clearHistory();
         if (outcome == BookLoader::Loaded)
             Q_EMIT AfterLoaded();
         return outcome == BookLoader::Loaded || outcome == BookLoader::Empty;
@@ -244,6 +263,7 @@ bool Journal::Save()
     return d->exclusive(QStringLiteral("Save"), false, [&] {
         BookSaver saver(*d->grid, d->state, *d, d->context());
         const bool saved = saver.save(Caption(), d->instanceNumber());
+        d->edit->clearHistory();
         if (saver.reloaded())
             Q_EMIT AfterLoaded();
         return saved;

@@ -11,6 +11,10 @@
 
 namespace kx {
 
+class AccountPicker;
+class CalculatorPopup;
+class DatePicker;
+class EditSession;
 class GridModel;
 class GridView;
 class Journal;
@@ -37,6 +41,7 @@ public:
     void saved() override;
     void captionChanged(const QString &caption) override;
     void layoutChanged(bool consolidated) override;
+    void dirtyRestored(bool dirty) override;
 
     /// Runs \a work as operation \a name unless another one runs; then says
     /// so and returns \a refused. Long operations show the wait cursor.
@@ -66,6 +71,16 @@ public:
     void refresh();
     /// Lays the columns down again after asking the host.
     void defaultFormatCommand();
+    /// Sets up editing: the rules on the grid's edit cycle, the pickers, the
+    /// calculator, the keys.
+    void setUpEditing();
+    /// Opens the picker or calculator of (\a row, \a col) next to the cell.
+    void openPicker(int row, int col, const QString &key);
+    /// Enters \a text chosen in a picker into (\a row, \a col): into the
+    /// open editor when one is open there, else as a whole edit.
+    bool enterChosen(int row, int col, const QString &text);
+    /// Places \a popup below the cell (\a row, \a col), inside the control.
+    void place(QWidget *popup, int row, int col);
 
     Journal *q;
     LedgerState state;
@@ -74,6 +89,12 @@ public:
     GridView *view = nullptr;
     JournalFrame *frame = nullptr;
     JournalMenu *menu = nullptr;
+    EditSession *edit = nullptr;
+    AccountPicker *accountPicker = nullptr;
+    CalculatorPopup *calculator = nullptr;
+    DatePicker *datePicker = nullptr;
+    int pickerRow = -1;  ///< the cell the account picker or calculator was opened for
+    int pickerCol = -1;
     QString message;
     QString caption;
     bool sidePanel = false;

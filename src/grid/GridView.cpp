@@ -5,6 +5,7 @@
 #include "kxjournal/GridModel.h"
 
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
 
@@ -158,6 +159,9 @@ bool GridView::edit(const QModelIndex &index, EditTrigger trigger, QEvent *event
     EditCycle *cycle = m_model->editCycle();
     if (!cycle->begin(m_model->gridRow(index), m_model->gridCol(index)))
         return false;
+    // Typing on a cell replaces what it holds, as in any spreadsheet.
+    if (trigger == AnyKeyPressed)
+        cycle->setEditText(QString());
     if (!QTableView::edit(index, trigger, event)) {
         cycle->cancel();
         return false;
@@ -198,13 +202,71 @@ void GridView::closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint h
     m_activeEditor = nullptr;
     if (m_model)
         m_model->editCycle()->finish();
-    if (hint == QAbstractItemDelegate::EditNextItem || hint == QAbstractItemDelegate::EditPreviousItem) {
-        const QModelIndex next =
-            moveCursor(hint == QAbstractItemDelegate::EditNextItem ? MoveNext : MovePrevious, Qt::NoModifier);
-        if (next.isValid())
-            setCurrentIndex(next);
+    if (m_committing) {
+        setFocus();
+        return;
     }
+    QModelIndex next;
+    if (hint == QAbstractItemDelegate::EditNextItem || hint == QAbstractItemDelegate::EditPreviousItem)
+        next = moveCursor(hint == QAbstractItemDelegate::EditNextItem ? MoveNext : MovePrevious, Qt::NoModifier);
+    else if (hint == QAbstractItemDelegate::SubmitModelCache)
+        next = navigate(false, true);
+    if (next.isValid())
+        setCurrentIndex(next);
     setFocus();
+}
+
+bool GridView::commitEditor()
+{
+    QWidget *editor = m_activeEditor;
+    if (!editor || !m_model)
+        return false;
+    QScopedValueRollback<bool> committing(m_committing, true);
+    commitData(editor);
+    if (m_rejectedEditor == editor) {
+        m_rejectedEditor = nullptr;
+        return false;
+    }
+    closeEditor(editor, QAbstractItemDelegate::SubmitModelCache);
+    return true;
+}
+
+QModelIndex GridView::navigate(bool backwards, bool enter)
+{
+    if (!m_navigator || !m_model)
+        return {};
+    const QModelIndex cur = currentIndex();
+    if (!cur.isValid())
+        return {};
+    const auto [row, col] = m_navigator(m_model->gridRow(cur), m_model->gridCol(cur), backwards, enter);
+    if (row < 0 || col < 0)
+        return {};
+    return m_model->indexAt(row, col);
+}
+
+QModelIndex GridView::moveCursor(CursorAction cursorAction, Qt::KeyboardModifiers modifiers)
+{
+    if (cursorAction == MoveNext || cursorAction == MovePrevious) {
+        const QModelIndex to = navigate(cursorAction == MovePrevious, false);
+        if (to.isValid())
+            return to;
+    }
+    return QTableView::moveCursor(cursorAction, modifiers);
+}
+
+void GridView::keyPressEvent(QKeyEvent *event)
+{
+    // Enter on a cell that is not being edited moves on, as after an edit.
+    if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && state() != EditingState &&
+        event->modifiers() == Qt::NoModifier) {
+        const QModelIndex next = navigate(false, true);
+        if (next.isValid()) {
+            setCurrentIndex(next);
+            event->accept();
+            return;
+        }
+    }
+    QTableView::keyPressEvent(event);
 }
 
 void GridView::trackMouse(const QPoint &pos)
