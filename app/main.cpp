@@ -2,7 +2,10 @@
 
 #include <kxjournal/SampleBooks.h>
 
+#include <kxjournal/AccountPicker.h>
 #include <kxjournal/Database.h>
+#include <kxjournal/EditCycle.h>
+#include <kxjournal/GridModel.h>
 #include <kxjournal/GridView.h>
 #include <kxjournal/Journal.h>
 #include <kxjournal/SqlAccContext.h>
@@ -113,7 +116,7 @@ private:
 };
 
 int runDemo(QCoreApplication &app, const QString &url, const QString &screenshot, const QString &book, bool packed,
-            const QElapsedTimer &clock, bool firstFrame)
+            const QElapsedTimer &clock, bool firstFrame, const QString &pickerSearch)
 {
     const bool fresh = isNewSqliteFile(url);
     kx::Database db = kx::Database::open(url);
@@ -163,7 +166,17 @@ int runDemo(QCoreApplication &app, const QString &url, const QString &screenshot
     int rc = 1;
     QTimer::singleShot(400, &window, [&] {
         // Show the latest records, as a bookkeeper opening the book would see them.
-        window.journal()->setRow(window.journal()->Rows());
+        kx::Journal *journal = window.journal();
+        journal->setRow(journal->Rows());
+        if (!pickerSearch.isNull()) {
+            // The account picker open on the empty row, with a search typed.
+            kx::GridModel *grid = journal->Grid();
+            const int col = grid->colIndex(QStringLiteral("AccName"));
+            grid->setCursor(journal->Rows(), col);
+            journal->gridView()->edit(grid->indexAt(journal->Rows(), col));
+            grid->editCycle()->clickButton();
+            journal->accountPicker()->setSearchText(pickerSearch);
+        }
         QCoreApplication::processEvents();
         rc = window.grab().save(screenshot) ? 0 : 1;
         if (rc != 0)
@@ -208,7 +221,10 @@ int main(int argc, char **argv)
                                         QStringLiteral("Print the time to the grid's first frame and the memory held, then quit (demo)."));
     const QCommandLineOption append(QStringLiteral("append"),
                                     QStringLiteral("Write samples into a database that already holds books (sample)."));
-    parser.addOptions({dbOption, screenshot, records, books, book, packed, firstFrame, append});
+    const QCommandLineOption picker(QStringLiteral("picker"),
+                                    QStringLiteral("With --screenshot: show the account picker searching TEXT (demo)."),
+                                    QStringLiteral("TEXT"));
+    parser.addOptions({dbOption, screenshot, records, books, book, packed, firstFrame, append, picker});
     parser.process(app);
     const QStringList args = parser.positionalArguments();
     const QString command = args.isEmpty() ? QStringLiteral("demo") : args.first();
@@ -233,7 +249,7 @@ int main(int argc, char **argv)
     if (command == QLatin1String("demo")) {
         const QString url = parser.isSet(dbOption) ? parser.value(dbOption) : defaultDatabaseUrl();
         return runDemo(app, url, parser.value(screenshot), parser.value(book), parser.isSet(packed), clock,
-                       parser.isSet(firstFrame));
+                       parser.isSet(firstFrame), parser.isSet(picker) ? parser.value(picker) : QString());
     }
     std::fprintf(stderr, "kxjournal: unknown command '%s'\n", qPrintable(command));
     return 2;

@@ -213,32 +213,30 @@ bool CellStore::setText(int row, int col, const QString &text)
     Cell next = Cell::classify(text, isText);
     if (isText)
         next = Cell::text(m_pool.intern(text));
-    Cell &slot = m_rows[std::size_t(row)].cells[std::size_t(col)];
-    if (slot == next) {
+    if (m_rows[std::size_t(row)].cells[std::size_t(col)] == next) {
         release(next);
         return false;
     }
-    if (m_log)
-        logValue(row, col, slot);
-    release(slot);
-    slot = next;
-    m_rows[std::size_t(row)].flags |= Touched;
+    put(row, col, next);
     return true;
 }
 
 bool CellStore::setTyped(int row, int col, Cell next)
 {
-    if (!contains(row, col) || next.kind() == Cell::Text)
+    if (!contains(row, col) || next.kind() == Cell::Text || m_rows[std::size_t(row)].cells[std::size_t(col)] == next)
         return false;
+    put(row, col, next);
+    return true;
+}
+
+void CellStore::put(int row, int col, Cell next)
+{
     Cell &slot = m_rows[std::size_t(row)].cells[std::size_t(col)];
-    if (slot == next)
-        return false;
     if (m_log)
         logValue(row, col, slot);
     release(slot);
     slot = next;
     m_rows[std::size_t(row)].flags |= Touched;
-    return true;
 }
 
 Currency CellStore::textAmount(Cell c) const

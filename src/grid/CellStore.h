@@ -137,6 +137,8 @@ private:
     void releaseRow(Row &row);
     void release(Cell cell);
     void logValue(int row, int col, Cell before);
+    /// Replaces the cell at (row, col), which differs from \a next.
+    void put(int row, int col, Cell next);
     static bool irregular(const Row &row) { return row.height >= 0 || (row.flags & Hidden); }
     void countIrregular(const Row &row, int delta) { m_irregular += irregular(row) ? delta : 0; }
 

@@ -142,6 +142,11 @@ bool GridDelegate::eventFilter(QObject *object, QEvent *event)
     GridModel *model = m_view ? m_view->gridModel() : nullptr;
     if (editor && model && event->type() == QEvent::KeyPress) {
         auto *ke = static_cast<QKeyEvent *>(event);
+        // F4 presses the ellipsis button, so pickers need no mouse either.
+        if (ke->key() == Qt::Key_F4 && model->editCycle()->comboList().startsWith(QLatin1String("|..."))) {
+            model->editCycle()->clickButton();
+            return true;
+        }
         const int code = keyCodeOf(ke);
         if (code != 0) {
             const int out = model->editCycle()->keyPress(code);
