@@ -99,6 +99,10 @@ TEST(SqlDialect, ServerAndDesktopTextsAreTheProductsOwn)
         EXPECT_EQ(text(d->accountByAnyName(QStringLiteral("x"))),
                   QStringLiteral("Select * From kxAccClass Where AccName=? Or AccCode =? Or EnterCode=?"));
         EXPECT_EQ(text(d->voucherById(8)), QStringLiteral("Select * From kxDocDir Where DocID=8"));
+        EXPECT_EQ(text(d->chartOfAccounts()),
+                  QStringLiteral("Select AccID, AccCode, AccName, EnterCode From kxAccClass Order by AccCode"));
+        EXPECT_EQ(text(d->accountUse(3)),
+                  QStringLiteral("Select AccID, Count(*) As Uses From kxJournalRecs Where DocID=3 Group by AccID"));
     }
 }
 
