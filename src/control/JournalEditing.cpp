@@ -52,6 +52,16 @@ void JournalPrivate::setUpEditing()
             enterChosen(pickerRow, pickerCol, calculator->value());
         }
     });
+    // A picker belongs to the row it was opened for: when rows go or the
+    // book is read again, it closes rather than write into another record.
+    auto closePickers = [this] {
+        accountPicker->hide();
+        calculator->hide();
+        datePicker->hide();
+    };
+    QObject::connect(grid, &QAbstractItemModel::modelReset, q, closePickers);
+    QObject::connect(grid, &QAbstractItemModel::rowsRemoved, q, closePickers);
+    QObject::connect(grid, &QAbstractItemModel::rowsMoved, q, closePickers);
     view->setCellNavigator([this](int row, int col, bool backwards, bool enter) {
         return EntryOrder::next(edit->context(), row, col, backwards, enter);
     });
@@ -74,6 +84,10 @@ void JournalPrivate::place(QWidget *popup, int row, int col)
 
 void JournalPrivate::openPicker(int row, int col, const QString &key)
 {
+    // One picker at a time, so a pick lands in the cell it was opened for.
+    accountPicker->hide();
+    calculator->hide();
+    datePicker->hide();
     pickerRow = row;
     pickerCol = col;
     switch (JournalColumns::fromKey(key)) {

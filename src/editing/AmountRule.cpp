@@ -29,11 +29,11 @@ bool AmountRule::isPlainNumber(const QString &text)
     return plain.match(text).hasMatch() && Currency::fromStoredText(text).ok();
 }
 
-QString AmountRule::amountText(EditContext &ctx, const QString &text)
+QString AmountRule::amountText(EditContext &ctx, const QString &text, int decimals)
 {
     if (isPlainNumber(text))
         return text;
-    const Result<Currency> value = FormulaEvaluator::evaluate(text);
+    const Result<Currency> value = FormulaEvaluator::evaluate(text, decimals);
     if (!value.ok()) {
         ctx.host.prompt(value.error(), true);
         return QStringLiteral("0");

@@ -22,8 +22,9 @@ public:
     /// True when \a text is a plain number an amount cell keeps as it is.
     static bool isPlainNumber(const QString &text);
     /// The text an amount cell stores for \a text: the number itself, or the
-    /// formula's value (0, after saying so through \a ctx, when it fails).
-    static QString amountText(EditContext &ctx, const QString &text);
+    /// formula's value to \a decimals places (0, after saying so through
+    /// \a ctx, when it fails).
+    static QString amountText(EditContext &ctx, const QString &text, int decimals = 2);
     /// \a rate × \a amount, or invalid when it does not fit.
     static Currency times(Currency rate, Currency amount);
 };

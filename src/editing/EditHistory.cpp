@@ -21,34 +21,43 @@ void EditHistory::push(QUndoCommand *command, bool fitted)
 
 bool EditHistory::canUndo() const
 {
-    return fits() && m_stack.canUndo();
+    return fits() && !m_grid.isRecordingChanges() && m_stack.canUndo();
 }
 
 bool EditHistory::canRedo() const
 {
-    return fits() && m_stack.canRedo();
+    return fits() && !m_grid.isRecordingChanges() && m_stack.canRedo();
+}
+
+bool EditHistory::apply(bool undo)
+{
+    // Not in the middle of an edit (its record is still open) nor of
+    // another undo (a host's handler of the events it raises).
+    if (m_applying || m_grid.isRecordingChanges())
+        return false;
+    if (!fits())
+        clear();
+    if (undo ? !m_stack.canUndo() : !m_stack.canRedo())
+        return false;
+    m_applying = true;
+    undo ? m_stack.undo() : m_stack.redo();
+    m_applying = false;
+    m_revision = m_grid.revision();
+    if (m_clearLater) {
+        m_clearLater = false;
+        clear();
+    }
+    return true;
 }
 
 bool EditHistory::undo()
 {
-    if (!fits())
-        clear();
-    if (!m_stack.canUndo())
-        return false;
-    m_stack.undo();
-    m_revision = m_grid.revision();
-    return true;
+    return apply(true);
 }
 
 bool EditHistory::redo()
 {
-    if (!fits())
-        clear();
-    if (!m_stack.canRedo())
-        return false;
-    m_stack.redo();
-    m_revision = m_grid.revision();
-    return true;
+    return apply(false);
 }
 
 void EditHistory::adopt()
@@ -58,6 +67,10 @@ void EditHistory::adopt()
 
 void EditHistory::clear()
 {
+    if (m_applying) {
+        m_clearLater = true;
+        return;
+    }
     m_stack.clear();
     m_revision = m_grid.revision();
 }

@@ -29,7 +29,7 @@ public:
     bool undo();
     /// Makes the latest undone step again; false when there is none.
     bool redo();
-    /// Drops every step.
+    /// Drops every step (after the undo or redo under way, when one is).
     void clear();
     /// True while the steps fit the grid (nothing else changed it since).
     bool fits() const;
@@ -40,9 +40,12 @@ public:
     QUndoStack &stack() { return m_stack; }
 
 private:
+    bool apply(bool undo);
     GridModel &m_grid;
     QUndoStack m_stack;
     quint64 m_revision = 0;
+    bool m_applying = false;      ///< an undo or redo runs (its step must outlive it)
+    bool m_clearLater = false;
 };
 
 } // namespace kx

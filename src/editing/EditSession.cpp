@@ -158,6 +158,10 @@ void EditSession::onEnded(int row, int col, bool stored)
     if (!stored) {
         // A refused or abandoned edit leaves nothing behind (the account
         // check writes the id it found before it refuses).
+        if (!changes.isComplete()) {
+            m_history.clear();
+            return;
+        }
         m_ctx.grid.revertChanges(changes);
         if (m_historyFit)
             m_history.adopt();

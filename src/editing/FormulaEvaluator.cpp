@@ -2,6 +2,8 @@
 
 #include <limits>
 
+#include <algorithm>
+
 namespace kx {
 
 namespace {
@@ -204,21 +206,25 @@ private:
 
 } // namespace
 
-Result<Currency> FormulaEvaluator::evaluate(QStringView text)
+Result<Currency> FormulaEvaluator::evaluate(QStringView text, int decimals)
 {
     Fraction value;
     if (!Parser(text).parse(value))
         return Error(QStringLiteral("公式计算错误。"));
-    // Hundredths, a half going to the even neighbour.
+    decimals = std::clamp(decimals, 0, 4);
+    std::int64_t unit = 1;
+    for (int i = 0; i < decimals; ++i)
+        unit *= 10;
+    // Units of the last place kept, a half going to the even neighbour.
     const bool negative = value.num < 0;
     const Int magnitude = negative ? -value.num : value.num;
-    Int cents = magnitude * 100 / value.den;
-    const Int rest = magnitude * 100 % value.den;
+    Int cents = magnitude * unit / value.den;
+    const Int rest = magnitude * unit % value.den;
     if (rest * 2 > value.den || (rest * 2 == value.den && cents % 2 != 0))
         ++cents;
-    if (cents > Int(std::numeric_limits<std::int64_t>::max() / (Currency::Scale / 100)))
+    if (cents > Int(std::numeric_limits<std::int64_t>::max() / (Currency::Scale / unit)))
         return Error(QStringLiteral("公式计算错误。"));
-    const auto raw = static_cast<std::int64_t>(cents) * (Currency::Scale / 100);
+    const auto raw = static_cast<std::int64_t>(cents) * (Currency::Scale / unit);
     return Currency::fromRaw(negative ? -raw : raw);
 }
 

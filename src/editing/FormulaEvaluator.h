@@ -16,8 +16,8 @@ namespace kx {
 class FormulaEvaluator
 {
 public:
-    /// The value of \a text, rounded to two places.
-    static Result<Currency> evaluate(QStringView text);
+    /// The value of \a text, rounded to \a decimals places (0 to 4).
+    static Result<Currency> evaluate(QStringView text, int decimals = 2);
 };
 
 } // namespace kx

@@ -15,7 +15,11 @@ GridEditCommand::GridEditCommand(GridModel &grid, LedgerState &state, LedgerHost
 
 void GridEditCommand::flip(bool dirty)
 {
-    m_changes = m_grid.revertChanges(m_changes);
+    GridChanges back = m_grid.revertChanges(m_changes);
+    // A record the grid would not take back is kept, and the step stays where it is.
+    if (back.isEmpty() && !m_changes.isEmpty())
+        return;
+    m_changes = std::move(back);
     m_done = !m_done;
     m_state.dirty = dirty;
     m_host.dirtyRestored(dirty);

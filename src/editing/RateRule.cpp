@@ -15,7 +15,8 @@ bool RateRule::handles(JournalColumns::Column column) const
 
 bool RateRule::validate(EditContext &ctx, int, int, QString &text)
 {
-    text = AmountRule::amountText(ctx, text);
+    // A rate keeps every place a value can hold: "1/7.1" is 0.1408, not 0.14.
+    text = AmountRule::amountText(ctx, text, 4);
     return true;
 }
 

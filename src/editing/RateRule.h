@@ -4,7 +4,7 @@
 
 namespace kx {
 
-/// The exchange rate: a number or a formula; once stored, the foreign
+/// The exchange rate: a number or a formula (kept to four places); once stored, the foreign
 /// amount becomes rate × the row's amount (negative on the credit side) and
 /// the balances below are worked out again.
 class RateRule : public EditRule

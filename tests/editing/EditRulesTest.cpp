@@ -51,6 +51,9 @@ TEST(EditRules, RateAndForeignAmountFollowTheSide)
     ASSERT_TRUE(b.type(4, "Credit", QStringLiteral("60")));
     EXPECT_EQ(b.text(4, "Forex"), QStringLiteral("-30")) << "a foreign amount typed first takes the credit's sign";
 
+    ASSERT_TRUE(b.type(3, "Rate", QStringLiteral("1/8")));
+    EXPECT_EQ(b.text(3, "Rate"), QStringLiteral("0.125")) << "a rate keeps four places";
+
     ASSERT_TRUE(b.type(2, "Forex", QStringLiteral("7")));
     ASSERT_TRUE(b.type(2, "Debit", QStringLiteral("5")));
     ASSERT_TRUE(b.type(2, "Rate", QStringLiteral("2")));

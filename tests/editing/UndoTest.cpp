@@ -3,6 +3,8 @@
 #include "QtPrinters.h"
 #include "editing/EditingBook.h"
 
+#include <kxjournal/EditCycle.h>
+
 #include <QSignalSpy>
 #include <gtest/gtest.h>
 
@@ -107,4 +109,25 @@ TEST(Undo, ARefusedEditLeavesNoStepAndKeepsTheHistory)
     ASSERT_TRUE(b.journal->undo());
     EXPECT_EQ(b.text(2, "Explain"), QStringLiteral("收到货款"));
     EXPECT_EQ(b.journal->AccID(2), b.receivable);
+}
+
+TEST(Undo, AHostSavingFromTheUndoEventsOrAnOpenEditNeverBreaksAStep)
+{
+    EditingBook b;
+    ASSERT_TRUE(b.type(2, "Explain", QStringLiteral("一")));
+    ASSERT_TRUE(b.type(3, "Explain", QStringLiteral("二")));
+    // A host that stores on every change: the step being undone must outlive it.
+    const auto saving = QObject::connect(b.journal.get(), &kx::Journal::DataChanged, [&] { b.journal->Save(); });
+    EXPECT_TRUE(b.journal->undo());
+    EXPECT_EQ(b.text(3, "Explain"), QStringLiteral("付材料款"));
+    QObject::disconnect(saving);
+
+    ASSERT_TRUE(b.type(3, "Explain", QStringLiteral("三")));
+    kx::EditCycle *cycle = b.grid->editCycle();
+    ASSERT_TRUE(cycle->begin(2, b.col("Remark")));
+    EXPECT_FALSE(b.journal->canUndo()) << "not while an edit is open";
+    EXPECT_FALSE(b.journal->undo());
+    cycle->cancel();
+    EXPECT_TRUE(b.journal->undo());
+    EXPECT_EQ(b.text(3, "Explain"), QStringLiteral("付材料款"));
 }
