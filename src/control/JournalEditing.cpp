@@ -54,14 +54,9 @@ void JournalPrivate::setUpEditing()
     });
     // A picker belongs to the row it was opened for: when rows go or the
     // book is read again, it closes rather than write into another record.
-    auto closePickers = [this] {
-        accountPicker->hide();
-        calculator->hide();
-        datePicker->hide();
-    };
-    QObject::connect(grid, &QAbstractItemModel::modelReset, q, closePickers);
-    QObject::connect(grid, &QAbstractItemModel::rowsRemoved, q, closePickers);
-    QObject::connect(grid, &QAbstractItemModel::rowsMoved, q, closePickers);
+    QObject::connect(grid, &QAbstractItemModel::modelReset, q, [this] { closePickers(); });
+    QObject::connect(grid, &QAbstractItemModel::rowsRemoved, q, [this] { closePickers(); });
+    QObject::connect(grid, &QAbstractItemModel::rowsMoved, q, [this] { closePickers(); });
     view->setCellNavigator([this](int row, int col, bool backwards, bool enter) {
         return EntryOrder::next(edit->context(), row, col, backwards, enter);
     });
@@ -82,12 +77,17 @@ void JournalPrivate::place(QWidget *popup, int row, int col)
     popup->move(at);
 }
 
-void JournalPrivate::openPicker(int row, int col, const QString &key)
+void JournalPrivate::closePickers()
 {
-    // One picker at a time, so a pick lands in the cell it was opened for.
     accountPicker->hide();
     calculator->hide();
     datePicker->hide();
+}
+
+void JournalPrivate::openPicker(int row, int col, const QString &key)
+{
+    // One picker at a time, so a pick lands in the cell it was opened for.
+    closePickers();
     pickerRow = row;
     pickerCol = col;
     switch (JournalColumns::fromKey(key)) {

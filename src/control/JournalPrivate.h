@@ -74,6 +74,8 @@ public:
     /// Sets up editing: the rules on the grid's edit cycle, the pickers, the
     /// calculator, the keys.
     void setUpEditing();
+    /// Closes the pickers and the calculator without a pick.
+    void closePickers();
     /// Opens the picker or calculator of (\a row, \a col) next to the cell.
     void openPicker(int row, int col, const QString &key);
     /// Enters \a text chosen in a picker into (\a row, \a col): into the
