@@ -10,13 +10,14 @@ class GridChangesData;
 
 /// What a stretch of changes did to a grid, kept so that it can be put back:
 /// the earlier value of every cell written, every cell look and row colour
-/// changed, every row mark set, and rows added at the bottom.
+/// changed, every row mark and shape set, and rows inserted, removed (with
+/// all they held) and moved.
 ///
 /// Made by GridModel::endChanges() and GridModel::revertChanges(); putting
 /// one back gives the changes that undo the putting back, so an undo step
 /// and its redo are the same kind of object. Changes the grid cannot put
-/// back (rows inserted, removed or moved inside the grid, columns moved, a
-/// new book loaded) make it incomplete: such a record must not be reverted.
+/// back (columns moved or added, a new book loaded, rows cut off the
+/// bottom) make it incomplete: such a record must not be reverted.
 class KXJOURNAL_EXPORT GridChanges
 {
 public:

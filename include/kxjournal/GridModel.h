@@ -229,11 +229,20 @@ public:
     /// Marks every row clean (what the grid shows is what was stored).
     void markRowsClean();
     /// Inserts an empty row before grid row \a row (rows() appends).
-    void insertRowAt(int row);
+    void insertRowAt(int row) { insertRowsAt(row, 1); }
+    /// Inserts \a count empty rows before grid row \a row (rows() appends).
+    void insertRowsAt(int row, int count);
     /// Removes grid row \a row (a data row).
-    void removeRowAt(int row);
+    void removeRowAt(int row) { removeRowsAt(row, 1); }
+    /// Removes the data rows \a row … row + count − 1 (those that exist).
+    void removeRowsAt(int row, int count);
     /// Moves data row \a from so that it ends up at index \a to.
     void moveRowTo(int from, int to);
+    /// The row whose header shows the drag marker (-1: none).
+    int dragMarkRow() const;
+    /// Shows the drag marker on the header of \a row (-1: none). Not part of
+    /// the content: it is neither recorded nor saved.
+    void setDragMarkRow(int row);
     /// Adds a row from tab-separated texts, the first going to column 0;
     /// appended when \a at is -1, else inserted before row \a at.
     void addItem(const QString &text, int at = -1);

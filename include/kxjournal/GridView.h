@@ -74,6 +74,15 @@ public:
     /// the text was refused (the editor then stays open).
     bool commitEditor();
 
+    /// Decides whether row \a source may be dropped on grid (\a row, \a col),
+    /// column 0 being the row header: true refuses (the pointer says so).
+    using RowDropTest = std::function<bool(int source, int row, int col)>;
+    /// Lets rows be dragged by their header, with \a test deciding where
+    /// they may go; an empty test turns dragging off.
+    void setRowDropTest(RowDropTest test) { m_dropTest = std::move(test); }
+    /// True while a row is being dragged.
+    bool isDraggingRow() const { return m_dragSource >= 0 && m_dragging; }
+
     /// Re-reads every row's height and hidden flag from the model.
     void syncRows();
     /// Re-reads every column's width and hidden flag from the model.
@@ -87,6 +96,9 @@ Q_SIGNALS:
     void mouseMove(int button, int shift, float x, float y);
     /// A mouse button was released over the grid.
     void mouseUp(int button, int shift, float x, float y);
+    /// Row \a source was dragged by its header and let go over grid
+    /// (\a row, \a col) (column 0: the row header).
+    void rowDropped(int source, int row, int col);
 
 protected:
     bool edit(const QModelIndex &index, EditTrigger trigger, QEvent *event) override;
@@ -97,6 +109,7 @@ protected:
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void syncRow(int row);
@@ -105,6 +118,13 @@ private:
     void trackMouse(const QPoint &pos);
     void applyLook();
     QModelIndex navigate(bool backwards, bool enter);
+    bool rowHeaderMouse(QMouseEvent *event);
+    std::pair<int, int> dropCell(const QPoint &headerPos) const;
+
+    RowDropTest m_dropTest;
+    int m_dragSource = -1;  ///< the row pressed on in the row header (-1: none)
+    bool m_dragging = false;
+    QPoint m_pressPos;
 
     QPointer<GridModel> m_model;
     GridDelegate *m_delegate = nullptr;

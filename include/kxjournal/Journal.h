@@ -293,6 +293,22 @@ public:
     /// Writes the grid's records to the database in one transaction; true
     /// when they were stored (or there was nothing to store).
     Q_INVOKABLE bool Save();
+    /// Opens as many empty rows above the selection as are selected (never
+    /// above the opening row); true when rows were inserted.
+    Q_INVOKABLE bool InsertRows();
+    /// Asks, then removes the selected rows (\a Row > 0: that row); their
+    /// records are deleted by the next Save. True when rows were removed.
+    Q_INVOKABLE bool DeleteRows(int Row = 0);
+    /// Closes the month (a 本月结余 row under the last record), or un-closes
+    /// it when the last record row is a summary row.
+    Q_INVOKABLE bool CloseBook();
+    /// Checks the open period: records with amounts have dates, in order.
+    Q_INVOKABLE bool CheckBook();
+    /// The selected block as tab-separated text, as the clipboard gets it.
+    QString copyText() const;
+    /// Pastes tab-separated \a text at the cursor, each cell checked as if
+    /// typed; refused cells are listed in one message. True when a cell changed.
+    bool pasteText(const QString &text);
     /// Inserts a sub-total row below \a Row (0: the current row).
     Q_INVOKABLE bool InsSumRow(int Row = 0);
     /// Removes the summary row \a Row (0: the current row).

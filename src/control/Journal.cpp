@@ -1,6 +1,7 @@
 #include "kxjournal/Journal.h"
 
 #include "control/JournalCommands.h"
+#include "control/JournalRowCommands.h"
 #include "control/JournalFrame.h"
 #include "control/JournalMenu.h"
 #include "control/JournalPrivate.h"
@@ -14,9 +15,7 @@
 #include "ledger/BookRow.h"
 #include "ledger/BookSaver.h"
 #include "ledger/ColumnModel.h"
-#include "ledger/LedgerCommands.h"
 #include "ledger/SummaryRows.h"
-#include "rows/RowCommands.h"
 
 #include <QContextMenuEvent>
 #include <QMessageBox>
@@ -38,8 +37,8 @@ Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_unique<JournalP
     ColumnModel::define(*d->grid, d->state);
 
     d->setUpEditing();
-    RowCommands::offer(d->commands, *d->grid);
-    LedgerCommands::offer(d->commands, *d->grid, d->state, *d);
+    d->setUpRows();
+    JournalRowCommands::offer(*d);
     JournalCommands::offer(*d);
     d->commands.setGate([this](const Command &) { return d->mayStart(); });
     d->menu = new JournalMenu(d->commands, this);
@@ -272,14 +271,14 @@ bool Journal::Save()
 
 bool Journal::InsSumRow(int Row)
 {
-    return d->exclusive(QStringLiteral("InsSumRow"), false,
-                        [&] { return SummaryRows(*d->grid, d->state, *d).insert(Row); });
+    return d->step(QStringLiteral("InsSumRow"), QStringLiteral("插入汇总行"),
+                   [&] { return SummaryRows(*d->grid, d->state, *d).insert(Row); });
 }
 
 bool Journal::RemoveSumRow(int Row)
 {
-    return d->exclusive(QStringLiteral("RemoveSumRow"), false,
-                        [&] { return SummaryRows(*d->grid, d->state, *d).remove(Row); });
+    return d->step(QStringLiteral("RemoveSumRow"), QStringLiteral("删除汇总行"),
+                   [&] { return SummaryRows(*d->grid, d->state, *d).remove(Row); });
 }
 
 QString Journal::Statistics() const { return SummaryRows(*d->grid, d->state, *d).statistics(); }

@@ -76,9 +76,9 @@ bool JournalPrivate::cancels(const QString &command)
     return cancel;
 }
 
-bool JournalPrivate::ask(const QString &text)
+bool JournalPrivate::ask(const QString &text, const QString &title)
 {
-    return q->ask(text);
+    return q->ask(text, title);
 }
 
 void JournalPrivate::progress(int percent)

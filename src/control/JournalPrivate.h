@@ -35,7 +35,7 @@ public:
 
     void prompt(const QString &text, bool showBox) override;
     bool cancels(const QString &command) override;
-    bool ask(const QString &text) override;
+    bool ask(const QString &text, const QString &title = QString()) override;
     void progress(int percent) override;
     void markDirty() override;
     void saved() override;
@@ -81,6 +81,19 @@ public:
     /// Enters \a text chosen in a picker into (\a row, \a col): into the
     /// open editor when one is open there, else as a whole edit.
     bool enterChosen(int row, int col, const QString &text);
+    /// Stores what the open editor holds and closes the pickers, before rows
+    /// move; false when the editor's text was refused (it stays open).
+    bool settleEditor();
+    /// Runs \a work as operation \a name and as the undo step \a text.
+    bool step(const QString &name, const QString &text, const std::function<bool()> &work);
+    /// Sets up row work: dragging rows, the Insert and Delete keys, the clipboard keys.
+    void setUpRows();
+    /// Puts the selected block on the clipboard; \a cut empties it too.
+    void copyToClipboard(bool cut);
+    /// Pastes the clipboard's text at the cursor.
+    void pasteFromClipboard();
+    /// Asks, then empties the selected cells.
+    bool clearCells();
     /// Places \a popup below the cell (\a row, \a col), inside the control.
     void place(QWidget *popup, int row, int col);
 

@@ -21,6 +21,19 @@ QString AccountRule::comboList(EditContext &, int, int) const
 
 int AccountRule::resolve(EditContext &ctx, const QString &text)
 {
+    if (ctx.batch) {
+        const auto known = ctx.accountIds.constFind(text);
+        if (known != ctx.accountIds.constEnd())
+            return known.value();
+        const int id = find(ctx, text);
+        ctx.accountIds.insert(text, id);
+        return id;
+    }
+    return find(ctx, text);
+}
+
+int AccountRule::find(EditContext &ctx, const QString &text)
+{
     const Database *db = ctx.db();
     if (!db || text.trimmed().isEmpty())
         return 0;
@@ -50,7 +63,14 @@ void AccountRule::fillRow(EditContext &ctx, int row, int accId, const QString &c
     if (!db)
         return;
     const AccountLookup lookup(*db);
-    const AccountLookup::Account account = accId != 0 ? lookup.byId(accId) : lookup.byCode(code);
+    AccountLookup::Account account;
+    if (ctx.batch && accId != 0 && ctx.accountsById.contains(accId)) {
+        account = ctx.accountsById.value(accId);
+    } else {
+        account = accId != 0 ? lookup.byId(accId) : lookup.byCode(code);
+        if (ctx.batch && accId != 0)
+            ctx.accountsById.insert(accId, account);
+    }
     if (!account.isValid())
         return;
     const BookRow line(ctx.grid, ctx.columns, row);

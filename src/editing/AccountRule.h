@@ -22,6 +22,9 @@ public:
     /// of the account with code \a code) into \a row and tells the host
     /// ("AccNameChanged"). Leaves the row as it is when there is no such account.
     static void fillRow(EditContext &ctx, int row, int accId, const QString &code);
+
+private:
+    static int find(EditContext &ctx, const QString &text);
 };
 
 } // namespace kx

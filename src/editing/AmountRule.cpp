@@ -31,8 +31,9 @@ bool AmountRule::isPlainNumber(const QString &text)
 
 QString AmountRule::amountText(EditContext &ctx, const QString &text, int decimals)
 {
-    if (isPlainNumber(text))
-        return text;
+    // An emptied amount cell stays empty.
+    if (isPlainNumber(text) || text.trimmed().isEmpty())
+        return text.trimmed().isEmpty() ? QString() : text;
     const Result<Currency> value = FormulaEvaluator::evaluate(text, decimals);
     if (!value.ok()) {
         ctx.host.prompt(value.error(), true);
@@ -81,7 +82,8 @@ void AmountRule::afterEdit(EditContext &ctx, int row, int col)
                 ctx.grid.setAmount(row, forexCol, -forex);
         }
     }
-    BalanceCalculator(ctx.grid, ctx.state).calculate(row);
+    if (!ctx.batch)
+        BalanceCalculator(ctx.grid, ctx.state).calculate(row);
 }
 
 } // namespace kx

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "editing/AccountChart.h"
+#include "editing/AccountLookup.h"
 #include "ledger/JournalColumns.h"
 
+#include <QHash>
 #include <QString>
 #include <functional>
 
@@ -43,6 +45,11 @@ struct EditContext {
     JournalColumns columns;      ///< where the columns sit; refreshed when an edit begins
     bool cellChanged = false;    ///< the edit under way changed its cell
     bool fromPicker = false;     ///< the text comes from a picker, not the keyboard
+    /// Many cells are entered at once (a paste): balances wait for the end,
+    /// and accounts found are remembered for the next rows.
+    bool batch = false;
+    QHash<QString, int> accountIds;                   ///< in a batch: text typed → account id
+    QHash<int, AccountLookup::Account> accountsById;  ///< in a batch: accounts read
     QString explainHistory;      ///< explanations typed, newest first, each followed by "|"
     QString explainList;         ///< the book's explanation list, read once per book
     int explainListBook = -1;    ///< the book explainList was read for

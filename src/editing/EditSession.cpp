@@ -1,12 +1,8 @@
 #include "editing/EditSession.h"
 
-#include "editing/AccountRule.h"
-#include "editing/AmountRule.h"
-#include "editing/DateRule.h"
 #include "editing/EditGate.h"
-#include "editing/ExplainRule.h"
-#include "editing/GridEditCommand.h"
-#include "editing/RateRule.h"
+#include "editing/EditRule.h"
+#include "ledger/GridStepCommand.h"
 #include "kxjournal/EditCycle.h"
 #include "kxjournal/GridChanges.h"
 #include "kxjournal/GridModel.h"
@@ -21,11 +17,6 @@ namespace kx {
 EditSession::EditSession(EditContext ctx, QObject *parent)
     : QObject(parent), m_ctx(std::move(ctx)), m_history(m_ctx.grid)
 {
-    m_rules.push_back(std::make_unique<DateRule>());
-    m_rules.push_back(std::make_unique<AccountRule>());
-    m_rules.push_back(std::make_unique<AmountRule>());
-    m_rules.push_back(std::make_unique<RateRule>());
-    m_rules.push_back(std::make_unique<ExplainRule>());
     EditCycle *cycle = m_ctx.grid.editCycle();
     connect(cycle, &EditCycle::beforeEdit, this, &EditSession::onBeforeEdit);
     connect(cycle, &EditCycle::keyPressEdit, this, &EditSession::onKeyPress);
@@ -44,11 +35,7 @@ EditSession::~EditSession()
 
 EditRule *EditSession::ruleFor(int col) const
 {
-    const JournalColumns::Column column = m_ctx.columnAt(col);
-    for (const auto &rule : m_rules)
-        if (rule->handles(column))
-            return rule.get();
-    return nullptr;
+    return m_rules.forColumn(m_ctx.columnAt(col));
 }
 
 void EditSession::keepBlankRow()
@@ -94,7 +81,7 @@ void EditSession::onBeforeEdit(int row, int col, bool &cancel)
     if (!m_recording) {
         m_recording = true;
         m_dropStep = false;
-        m_dirtyBefore = m_ctx.state.dirty;
+        m_before = LedgerMarks::of(m_ctx.state);
         m_historyFit = m_history.fits();
         m_ctx.grid.beginChanges();
     }
@@ -171,7 +158,7 @@ void EditSession::onEnded(int row, int col, bool stored)
         m_history.clear();
         return;
     }
-    m_history.push(new GridEditCommand(m_ctx.grid, m_ctx.state, m_ctx.host, std::move(changes), m_dirtyBefore, row,
+    m_history.push(new GridStepCommand(m_ctx.grid, m_ctx.state, m_ctx.host, std::move(changes), m_before, row,
                                        col, QStringLiteral("输入")),
                    m_historyFit);
 }

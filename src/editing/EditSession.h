@@ -1,7 +1,9 @@
 #pragma once
 
 #include "editing/EditContext.h"
-#include "editing/EditHistory.h"
+#include "editing/EditRules.h"
+#include "ledger/EditHistory.h"
+#include "ledger/GridStepCommand.h"
 
 #include <QObject>
 #include <memory>
@@ -44,6 +46,8 @@ public:
     void keepBlankRow();
     /// Drops the undo history; a step being recorded is dropped too.
     void clearHistory();
+    /// The journal's edit rules.
+    const EditRules &rules() const { return m_rules; }
     /// Runs an edit of (\a row, \a col) with \a text chosen in a picker or
     /// the calculator: through the open editor's edit when one is under
     /// way for that cell, else as a whole edit. Dates chosen are not held
@@ -66,10 +70,10 @@ private:
 
     EditContext m_ctx;
     EditHistory m_history;
-    std::vector<std::unique_ptr<EditRule>> m_rules;
+    EditRules m_rules;
     bool m_recording = false;
     bool m_dropStep = false;
-    bool m_dirtyBefore = false;
+    LedgerMarks m_before;
     bool m_historyFit = false;
 };
 

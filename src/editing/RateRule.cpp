@@ -27,7 +27,8 @@ void RateRule::afterEdit(EditContext &ctx, int row, int)
     const Currency value = AmountRule::times(line.amount(JournalColumns::Rate), debit.isZero() ? -line.credit() : debit);
     if (value.isValid())
         ctx.grid.setAmount(row, ctx.columns[JournalColumns::Forex], value);
-    BalanceCalculator(ctx.grid, ctx.state).calculate(row);
+    if (!ctx.batch)
+        BalanceCalculator(ctx.grid, ctx.state).calculate(row);
 }
 
 } // namespace kx

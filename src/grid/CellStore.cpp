@@ -109,17 +109,25 @@ void CellStore::resizeCols(int n)
     m_cols = n;
 }
 
-void CellStore::insertRow(int at)
+void CellStore::insertRows(int at, int count)
 {
-    m_rows.insert(m_rows.begin() + std::clamp(at, 0, rows()), makeRow());
+    if (count <= 0)
+        return;
+    at = std::clamp(at, 0, rows());
+    std::vector<Row> fresh(static_cast<std::size_t>(count));
+    for (Row &r : fresh)
+        r = makeRow();
+    m_rows.insert(m_rows.begin() + at, std::make_move_iterator(fresh.begin()), std::make_move_iterator(fresh.end()));
 }
 
-void CellStore::removeRow(int at)
+void CellStore::removeRows(int at, int count)
 {
-    if (at < 0 || at >= rows())
+    count = std::min(count, rows() - at);
+    if (at < 0 || count <= 0)
         return;
-    releaseRow(m_rows[std::size_t(at)]);
-    m_rows.erase(m_rows.begin() + at);
+    for (int r = at; r < at + count; ++r)
+        releaseRow(m_rows[std::size_t(r)]);
+    m_rows.erase(m_rows.begin() + at, m_rows.begin() + at + count);
 }
 
 void CellStore::moveRow(int from, int to)

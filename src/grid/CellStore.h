@@ -5,6 +5,7 @@
 
 #include <QVariant>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace kx {
@@ -36,9 +37,40 @@ public:
     /// Grows or shrinks every row to \a n columns.
     void resizeCols(int n);
     /// Inserts an empty, touched row before \a at.
-    void insertRow(int at);
+    void insertRow(int at) { insertRows(at, 1); }
+    /// Inserts \a count empty, touched rows before \a at.
+    void insertRows(int at, int count);
     /// Removes row \a at.
-    void removeRow(int at);
+    void removeRow(int at) { removeRows(at, 1); }
+    /// Removes rows \a at … at + count − 1.
+    void removeRows(int at, int count);
+
+    /// A row apart from the store: its cells (texts held as texts, so that
+    /// it outlives the pool), hidden data, row data and marks.
+    struct RowCopy {
+        std::vector<Cell> cells;                   ///< typed cells; a text's slot is empty here
+        std::vector<std::pair<int, QString>> texts;  ///< (column, text) of the text cells
+        std::vector<QVariant> data;
+        QVariant rowData;
+        std::int16_t height = -1;
+        std::int8_t mark = 0;
+        std::uint8_t outline = 0;
+        std::uint8_t flags = 0;
+    };
+    /// A copy of row \a row.
+    RowCopy copyRow(int row) const;
+    /// Makes row \a row what \a copy holds (without recording it).
+    void restoreRow(int row, const RowCopy &copy);
+    /// The marks that shape a row: hidden, subtotal, height, outline.
+    struct RowShape {
+        std::int16_t height = -1;
+        std::uint8_t outline = 0;
+        std::uint8_t flags = 0;  ///< Hidden and Subtotal only
+    };
+    /// The shape of \a row.
+    RowShape shape(int row) const;
+    /// Gives \a row the shape \a shape.
+    void setShape(int row, RowShape shape);
     /// Moves row \a from so that it ends up at \a to.
     void moveRow(int from, int to);
     /// Moves column \a from so that it ends up at \a to.

@@ -175,9 +175,26 @@ QVariant GridModel::headerData(int section, Qt::Orientation orientation, int rol
     }
     case Qt::TextAlignmentRole:
         return orientation == Qt::Horizontal ? QVariant::fromValue(int(Qt::AlignCenter)) : QVariant();
+    case Qt::BackgroundRole:
+        // The row being dragged wears a yellow marker on its header.
+        return orientation == Qt::Vertical && r == d->dragMarkRow ? QVariant(QColor(Qt::yellow)) : QVariant();
     default:
         return {};
     }
+}
+
+int GridModel::dragMarkRow() const
+{
+    return d->dragMarkRow;
+}
+
+void GridModel::setDragMarkRow(int row)
+{
+    const int old = d->dragMarkRow;
+    d->dragMarkRow = isDataRow(row) ? row : -1;
+    for (int r : {old, d->dragMarkRow})
+        if (isDataRow(r))
+            Q_EMIT headerDataChanged(Qt::Vertical, r - d->fixedRows, r - d->fixedRows);
 }
 
 Qt::ItemFlags GridModel::flags(const QModelIndex &index) const
@@ -196,15 +213,16 @@ void GridModel::setRows(int n)
     const int old = rows();
     if (n == old)
         return;
+    // Rows cut off while recording are kept in the record with all they
+    // held, except when a revert removes rows it had emptied itself.
+    if (d->log && n < old && !d->reverting) {
+        removeRowsAt(n, old - n);
+        return;
+    }
     d->rowsShifted = true;
     ++d->revision;
-    if (d->log) {
-        // Rows cut off while recording take their cells with them, except
-        // when a revert removes rows it had emptied itself.
-        if (n < old && !d->reverting)
-            d->log->complete = false;
+    if (d->log)
         d->log->rowCount(old);
-    }
     if (n > old) {
         beginInsertRows({}, old - d->fixedRows, n - d->fixedRows - 1);
         d->resizeRows(n);
@@ -350,6 +368,14 @@ QVariant GridModel::cellData(int row, int col) const
 
 void GridModel::setCellData(int row, int col, const QVariant &value)
 {
+    if (!d->isCell(row, col))
+        return;
+    const QVariant before = d->store.cellData(row, col);
+    if (before == value && before.typeId() == value.typeId())
+        return;
+    ++d->revision;
+    if (d->log)
+        d->log->data(row, col, before);
     d->store.setCellData(row, col, value);
 }
 

@@ -73,6 +73,34 @@ GridChanges GridModel::revertChanges(const GridChanges &changes)
         case GridChangesData::RowCount:
             setRows(e.side);
             break;
+        case GridChangesData::RowsIn:
+            removeRowsAt(e.row, e.side);
+            break;
+        case GridChangesData::RowsOut: {
+            const GridChangesData::Removed &removed = log.removed[std::size_t(e.side)];
+            const int count = int(removed.cells.size());
+            insertRowsAt(e.row, count);
+            for (int i = 0; i < count; ++i) {
+                d->store.restoreRow(e.row + i, removed.cells[std::size_t(i)]);
+                d->styles.restoreRow(e.row + i, removed.looks[std::size_t(i)]);
+            }
+            notifyCells(e.row, 0, e.row + count - 1, cols() - 1);
+            notifyRowLayout(-1);
+            break;
+        }
+        case GridChangesData::RowMove:
+            moveRowTo(e.col, e.row);
+            break;
+        case GridChangesData::Shape:
+            if (e.row >= 0 && e.row < rows()) {
+                d->logShape(e.row);
+                d->store.setShape(e.row, log.shapes[std::size_t(e.side)]);
+                notifyRowLayout(e.row);
+            }
+            break;
+        case GridChangesData::Data:
+            setCellData(e.row, e.col, log.marks[std::size_t(e.side)]);
+            break;
         }
     }
     return endChanges();

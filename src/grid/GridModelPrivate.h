@@ -40,6 +40,7 @@ public:
     std::unique_ptr<GridChangesData> log;  ///< what changes are recorded into (null: none)
     int logDepth = 0;
     bool reverting = false;
+    int dragMarkRow = -1;  ///< the row a drag started on (not part of the content)
 
     /// Something changed that a record of changes cannot put back.
     void unrecordable()
@@ -53,6 +54,14 @@ public:
     {
         if (log)
             log->look(row, col, styles.at(row, col));
+    }
+
+    /// Notes the shape of \a row before it changes.
+    void logShape(int row)
+    {
+        ++revision;
+        if (log)
+            log->shape(row, store.shape(row));
     }
 
     bool isCell(int row, int col) const { return store.contains(row, col); }

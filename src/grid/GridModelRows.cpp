@@ -30,7 +30,9 @@ bool GridModel::isSubtotal(int row) const
 
 void GridModel::setSubtotal(int row, bool on)
 {
-    d->unrecordable();
+    if (row < 0 || row >= rows() || isSubtotal(row) == on)
+        return;
+    d->logShape(row);
     d->store.setRowFlag(row, CellStore::Subtotal, on);
 }
 
@@ -41,6 +43,9 @@ int GridModel::outlineLevel(int row) const
 
 void GridModel::setOutlineLevel(int row, int level)
 {
+    if (row < 0 || row >= rows() || outlineLevel(row) == level)
+        return;
+    d->logShape(row);
     d->store.setOutline(row, level);
 }
 
@@ -53,6 +58,7 @@ void GridModel::setRowHidden(int row, bool hidden)
 {
     if (row < 0 || row >= rows() || isRowHidden(row) == hidden)
         return;
+    d->logShape(row);
     d->store.setRowFlag(row, CellStore::Hidden, hidden);
     notifyRowLayout(row);
 }
@@ -68,8 +74,9 @@ int GridModel::rowHeight(int row) const
 
 void GridModel::setRowHeight(int row, int height)
 {
-    if (row < 0 || row >= rows())
+    if (row < 0 || row >= rows() || d->store.rowHeight(row) == std::max(height, -1))
         return;
+    d->logShape(row);
     d->store.setRowHeight(row, height);
     notifyRowLayout(row);
 }
@@ -108,47 +115,59 @@ void GridModel::markRowsClean()
     d->rowsShifted = false;
 }
 
-void GridModel::insertRowAt(int row)
+void GridModel::insertRowsAt(int row, int count)
 {
-    d->rowsShifted = true;
-    row = std::clamp(row, d->fixedRows, rows());
-    // A row added at the bottom is put back by cutting the grid short again.
-    if (row == rows()) {
-        ++d->revision;
-        if (d->log)
-            d->log->rowCount(rows());
-    } else {
-        d->unrecordable();
-    }
-    beginInsertRows({}, row - d->fixedRows, row - d->fixedRows);
-    d->store.insertRow(row);
-    d->styles.insertRow(row);
-    endInsertRows();
-    restoreCursor(this->row(), col());
-}
-
-void GridModel::removeRowAt(int row)
-{
-    d->rowsShifted = true;
-    d->unrecordable();
-    if (!isDataRow(row))
+    if (count <= 0)
         return;
+    d->rowsShifted = true;
+    ++d->revision;
+    row = std::clamp(row, d->fixedRows, rows());
+    if (d->log)
+        d->log->rowsInserted(row, count);
     const int cursorRow = this->row();
     const int cursorCol = col();
-    beginRemoveRows({}, row - d->fixedRows, row - d->fixedRows);
-    d->store.removeRow(row);
-    d->styles.removeRow(row);
+    beginInsertRows({}, row - d->fixedRows, row + count - 1 - d->fixedRows);
+    d->store.insertRows(row, count);
+    d->styles.insertRows(row, count);
+    endInsertRows();
+    restoreCursor(cursorRow >= row ? cursorRow + count : cursorRow, cursorCol);
+}
+
+void GridModel::removeRowsAt(int row, int count)
+{
+    count = std::min(count, rows() - row);
+    if (!isDataRow(row) || count <= 0)
+        return;
+    d->rowsShifted = true;
+    ++d->revision;
+    if (d->log) {
+        GridChangesData::Removed removed;
+        removed.cells.reserve(std::size_t(count));
+        removed.looks.reserve(std::size_t(count));
+        for (int r = row; r < row + count; ++r) {
+            removed.cells.push_back(d->store.copyRow(r));
+            removed.looks.push_back(d->styles.copyRow(r));
+        }
+        d->log->rowsRemoved(row, std::move(removed));
+    }
+    const int cursorRow = this->row();
+    const int cursorCol = col();
+    beginRemoveRows({}, row - d->fixedRows, row + count - 1 - d->fixedRows);
+    d->store.removeRows(row, count);
+    d->styles.removeRows(row, count);
     endRemoveRows();
-    // The cursor stays at its place, now on the row that moved up into it.
-    restoreCursor(cursorRow > row ? cursorRow - 1 : cursorRow, cursorCol);
+    // The cursor stays on its row when that row stays, else where the block was.
+    restoreCursor(cursorRow >= row + count ? cursorRow - count : std::min(cursorRow, row), cursorCol);
 }
 
 void GridModel::moveRowTo(int from, int to)
 {
-    d->rowsShifted = true;
-    d->unrecordable();
     if (!isDataRow(from) || !isDataRow(to) || from == to)
         return;
+    d->rowsShifted = true;
+    ++d->revision;
+    if (d->log)
+        d->log->rowMoved(from, to);
     // Qt counts the destination before the move; the grid counts it after.
     const int dest = (to > from ? to + 1 : to) - d->fixedRows;
     beginMoveRows({}, from - d->fixedRows, from - d->fixedRows, {}, dest);

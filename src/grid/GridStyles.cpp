@@ -76,15 +76,47 @@ void GridStyles::resizeCols(int n)
     m_cols = n;
 }
 
-void GridStyles::insertRow(int at)
+void GridStyles::insertRows(int at, int count)
 {
-    m_rows.emplace(m_rows.begin() + std::clamp(at, 0, int(m_rows.size())));
+    if (count <= 0)
+        return;
+    at = std::clamp(at, 0, int(m_rows.size()));
+    std::vector<RowLook> fresh(static_cast<std::size_t>(count));
+    m_rows.insert(m_rows.begin() + at, std::make_move_iterator(fresh.begin()), std::make_move_iterator(fresh.end()));
 }
 
-void GridStyles::removeRow(int at)
+void GridStyles::removeRows(int at, int count)
 {
-    if (at >= 0 && at < int(m_rows.size()))
-        m_rows.erase(m_rows.begin() + at);
+    count = std::min(count, int(m_rows.size()) - at);
+    if (at >= 0 && count > 0)
+        m_rows.erase(m_rows.begin() + at, m_rows.begin() + at + count);
+}
+
+GridStyles::RowCopy GridStyles::copyRow(int row) const
+{
+    RowCopy copy;
+    if (row < 0 || row >= int(m_rows.size()))
+        return copy;
+    const RowLook &r = m_rows[std::size_t(row)];
+    if (r.cells)
+        copy.cells.assign(r.cells.get(), r.cells.get() + m_cols);
+    copy.fore = r.fore;
+    copy.hasFore = r.hasFore;
+    return copy;
+}
+
+void GridStyles::restoreRow(int row, const RowCopy &copy)
+{
+    if (row < 0 || row >= int(m_rows.size()))
+        return;
+    RowLook &r = m_rows[std::size_t(row)];
+    r.cells.reset();
+    if (!copy.cells.empty()) {
+        r.cells = std::make_unique<CellStyle[]>(std::size_t(m_cols));
+        std::copy_n(copy.cells.begin(), std::min(std::size_t(m_cols), copy.cells.size()), r.cells.get());
+    }
+    r.fore = copy.fore;
+    r.hasFore = copy.hasFore;
 }
 
 void GridStyles::moveRow(int from, int to)

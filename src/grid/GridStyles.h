@@ -45,9 +45,23 @@ public:
     /// Column count kept in step with the cell store.
     void resizeCols(int n);
     /// A row inserted before \a at.
-    void insertRow(int at);
+    void insertRow(int at) { insertRows(at, 1); }
+    /// \a count rows inserted before \a at.
+    void insertRows(int at, int count);
     /// Row \a at removed.
-    void removeRow(int at);
+    void removeRow(int at) { removeRows(at, 1); }
+    /// Rows \a at … at + count − 1 removed.
+    void removeRows(int at, int count);
+    /// A row's looks apart from the grid.
+    struct RowCopy {
+        std::vector<CellStyle> cells;  ///< empty: no cell has a look of its own
+        QRgb fore = 0;
+        bool hasFore = false;
+    };
+    /// A copy of the looks of row \a row.
+    RowCopy copyRow(int row) const;
+    /// Gives row \a row the looks in \a copy.
+    void restoreRow(int row, const RowCopy &copy);
     /// Row \a from moved to \a to.
     void moveRow(int from, int to);
     /// Column \a from moved to \a to.

@@ -88,6 +88,12 @@ void BalanceCalculator::writeBalance(int row, const Totals &t)
     writeAmount(m_grid, row, m_fxBalance, t.fxBalance);
 }
 
+void BalanceCalculator::recalculateFrom(int row)
+{
+    const int first = m_grid.fixedRows();
+    calculate(row > m_state.lastSumRow && row > first ? row : first);
+}
+
 void BalanceCalculator::calculate(int startRow)
 {
     const int first = m_grid.fixedRows();
@@ -96,9 +102,14 @@ void BalanceCalculator::calculate(int startRow)
     GridBusy busy(m_grid, QStringLiteral("Calculate"));
     if (startRow == 0)
         startRow = m_grid.row();
+    // A change below the last summary row starts from its totals; one above
+    // it changes those totals too, so the pass starts from the top.
     if (startRow != m_state.lastSumRow && startRow > first)
-        startRow = m_state.lastSumRow;
+        startRow = startRow > m_state.lastSumRow ? m_state.lastSumRow : first;
     if (startRow < first || startRow >= m_grid.rows())
+        startRow = first;
+    // Totals are only read from a summary row; a stale anchor starts over.
+    if (startRow != first && (!BookRow::isSummaryCell(m_grid, startRow, m_tag) || m_grid.isEmpty(startRow, m_outline)))
         startRow = first;
 
     Totals t;

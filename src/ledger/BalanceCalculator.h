@@ -21,6 +21,9 @@ public:
 
     /// Recalculates from \a startRow (0: the current row) to the last row.
     void calculate(int startRow);
+    /// Recalculates after rows from \a row on changed: from the last summary
+    /// row when the change lies below it, else from the first data row.
+    void recalculateFrom(int row);
 
 private:
     struct Totals {

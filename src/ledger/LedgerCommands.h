@@ -7,8 +7,8 @@ class GridModel;
 class LedgerHost;
 struct LedgerState;
 
-/// The book commands: summary rows, statistics, closing, checking and the
-/// recalculation of every balance.
+/// The book commands that need nothing beyond the ledger: statistics and
+/// the recalculation of every balance.
 class LedgerCommands
 {
 public:

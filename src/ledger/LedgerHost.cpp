@@ -6,7 +6,7 @@ LedgerHost::~LedgerHost() = default;
 
 void LedgerHost::prompt(const QString &, bool) {}
 bool LedgerHost::cancels(const QString &) { return false; }
-bool LedgerHost::ask(const QString &) { return false; }
+bool LedgerHost::ask(const QString &, const QString &) { return false; }
 void LedgerHost::progress(int) {}
 void LedgerHost::markDirty() {}
 void LedgerHost::dirtyRestored(bool) {}

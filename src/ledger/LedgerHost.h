@@ -17,8 +17,8 @@ public:
     virtual void prompt(const QString &text, bool showBox);
     /// Asks before \a command runs; true when the host cancels it.
     virtual bool cancels(const QString &command);
-    /// A Yes/No question, No by default; true for Yes.
-    virtual bool ask(const QString &text);
+    /// A Yes/No question titled \a title, No by default; true for Yes.
+    virtual bool ask(const QString &text, const QString &title = QString());
     /// Progress of a long operation: 0 to 100, -1 at the end.
     virtual void progress(int percent);
     /// The grid now holds changes not yet stored.

@@ -68,6 +68,16 @@ struct LedgerState {
     bool isConsolidated() const { return isPacked && !book.isBottomClass; }
     /// The column whose empty cell marks a blank row (OutlineKey, else the date).
     int outlineColumn(const GridModel &grid) const;
+
+    /// Keeps lastSumRow on the row it names after \a count rows were
+    /// inserted before \a at.
+    void rowsInserted(int at, int count);
+    /// Keeps lastSumRow on the row it names after rows \a at … at + count − 1
+    /// were removed from \a grid; when that row went, the nearest summary
+    /// row above the removed ones takes its place (0 when there is none).
+    void rowsRemoved(const GridModel &grid, int at, int count);
+    /// Keeps lastSumRow on the row it names after row \a from moved to \a to.
+    void rowMoved(int from, int to);
 };
 
 } // namespace kx

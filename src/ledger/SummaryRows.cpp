@@ -7,7 +7,7 @@
 #include "ledger/LedgerState.h"
 #include "ledger/RowLook.h"
 
-#include <cstdlib>
+#include <algorithm>
 
 namespace kx {
 
@@ -32,6 +32,8 @@ int SummaryRows::insertBelow(int row)
     RowLook::markSummary(m_grid, m_state.looks, at);
     if (m_state.lastSumRow < at)
         m_state.lastSumRow = at;
+    else
+        m_state.rowsInserted(at, 1);
     for (int r = at; r >= m_grid.fixedRows(); --r)
         RowLook::setLocked(m_grid, columns, m_state.looks, r, true);
     return at;
@@ -45,8 +47,13 @@ bool SummaryRows::insert(int row)
         row = m_grid.row();
     if (row <= m_grid.fixedRows() || row >= m_grid.rows())
         return false;
+    // A sub-total closes records: below an empty row it would total nothing.
+    const JournalColumns columns(m_grid);
+    if (!BookRow(m_grid, columns, row).isDated())
+        return false;
     insertBelow(row);
     BalanceCalculator(m_grid, m_state).calculate(m_grid.fixedRows());
+    m_state.dirty = true;
     m_host.markDirty();
     m_host.prompt(QStringLiteral("已添加汇总行"), false);
     return true;
@@ -63,19 +70,18 @@ bool SummaryRows::remove(int row)
     if (row <= first || row >= m_grid.rows() || !BookRow(m_grid, columns, row).isSummary())
         return false;
     m_state.removedRecords << BookRow(m_grid, columns, row).recId();
+    const bool wasLast = row == m_state.lastSumRow;
     m_grid.removeRowAt(row);
-    if (std::abs(row - m_state.lastSumRow) <= 1) {
-        // Walk up from where the row was; the opening row is never reached,
-        // so it stays locked (unlike the walk that locks on insertion).
-        int walk = std::min(row, m_grid.rows() - 1);
-        for (; walk > first; --walk) {
-            if (BookRow(m_grid, columns, walk).isSummary())
-                break;
+    m_state.rowsRemoved(m_grid, row, 1);
+    if (wasLast) {
+        // Unlock up from where the row was to the summary row now last; the
+        // opening row is never reached, so it stays locked (unlike the walk
+        // that locks on insertion).
+        const int stop = m_state.lastSumRow > first ? m_state.lastSumRow : first;
+        for (int walk = std::min(row, m_grid.rows() - 1); walk > stop; --walk)
             RowLook::setLocked(m_grid, columns, m_state.looks, walk, false);
-        }
-        m_state.lastSumRow = walk > first ? walk : 0;
     }
-    BalanceCalculator(m_grid, m_state).calculate(m_state.lastSumRow > first ? m_state.lastSumRow : first);
+    BalanceCalculator(m_grid, m_state).recalculateFrom(row);
     m_host.markDirty();
     m_host.prompt(QStringLiteral("已删除汇总行。"), false);
     return true;

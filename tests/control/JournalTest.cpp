@@ -186,7 +186,7 @@ TEST(Journal, CommandsMatchExactlyAndUnknownOnesDoNothing)
     j.DoCommand(QStringLiteral("NoSuchCommand"), QStringLiteral("x"));
     EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("before"));
     j.DoCommand(QStringLiteral("Copy"));
-    EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("期初余额\t\n小结\t"));
+    EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("期初余额\t\r\n小结\t\r\n"));
     EXPECT_EQ(commands, 0);
     EXPECT_EQ(icon.count(), 0) << "DoCommand raises nothing itself";
     side->trigger();

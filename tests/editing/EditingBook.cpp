@@ -3,6 +3,7 @@
 #include <kxjournal/EditCycle.h>
 #include <kxjournal/Schema.h>
 
+#include <QMenu>
 #include <QVariantMap>
 
 namespace kxtest {
@@ -64,6 +65,13 @@ bool EditingBook::type(int row, const char *key, const QString &t) const
 {
     grid->setCursor(row, col(key));
     return grid->editCycle()->editCell(row, col(key), t);
+}
+
+void runMenuItem(kx::Journal &journal, const char *name)
+{
+    journal.contextMenu()->popup(QPoint(0, 0));
+    journal.menuAction(QString::fromLatin1(name))->trigger();
+    journal.contextMenu()->hide();
 }
 
 } // namespace kxtest

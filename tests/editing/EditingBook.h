@@ -36,4 +36,8 @@ struct EditingBook {
     int bank = 0, icbc = 0, ccb = 0, receivable = 0, codeAsName = 0, payable = 0, payableIcbc = 0, expenses = 0;
 };
 
+/// Runs the context-menu item \a name as a click would, its state brought
+/// up to date as the menu showing does.
+void runMenuItem(kx::Journal &journal, const char *name);
+
 } // namespace kxtest

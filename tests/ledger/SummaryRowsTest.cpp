@@ -68,7 +68,8 @@ TEST_F(SummaryRowsTest, InsertingLocksEverythingAboveAndKeepsTheLastRow)
     EXPECT_EQ(said, QStringList{QStringLiteral("已添加汇总行")});
 
     ASSERT_TRUE(j.InsSumRow(3));
-    EXPECT_EQ(j.LastSumRow(), 6) << "a sub-total above the last one does not move it";
+    EXPECT_EQ(j.LastSumRow(), 7) << "a sub-total above the last one leaves it naming the same row, one lower";
+    EXPECT_TRUE(g->isSubtotal(7));
     EXPECT_EQ(locks(), QStringLiteral("LLLLLLL...")) << "rows 1 to 4 are locked again, the rest as they were";
 
     bool cancel = true;

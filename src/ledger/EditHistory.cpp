@@ -1,4 +1,4 @@
-#include "editing/EditHistory.h"
+#include "ledger/EditHistory.h"
 
 #include "kxjournal/GridModel.h"
 

@@ -1,0 +1,128 @@
+// Journal: row work — inserting, deleting, closing, checking, the clipboard
+// and dragging rows — each change one step of the undo history.
+#include "kxjournal/Journal.h"
+
+#include "control/JournalPrivate.h"
+#include "editing/EditSession.h"
+#include "kxjournal/EditCycle.h"
+#include "kxjournal/GridModel.h"
+#include "kxjournal/GridView.h"
+#include "ledger/BookCheck.h"
+#include "ledger/LedgerStep.h"
+#include "rows/BlockPaste.h"
+#include "rows/GridClipboard.h"
+#include "rows/MonthClosing.h"
+#include "rows/RowMover.h"
+#include "rows/RowOperations.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QShortcut>
+
+namespace kx {
+
+bool JournalPrivate::settleEditor()
+{
+    // Rows are about to move under the cell being edited: what was typed
+    // is stored first, or, when it is refused, the operation waits.
+    if (view->activeEditor() && !view->commitEditor())
+        return false;
+    if (grid->editCycle()->isEditing())
+        grid->editCycle()->cancel();
+    closePickers();
+    return true;
+}
+
+bool JournalPrivate::step(const QString &name, const QString &text, const std::function<bool()> &work)
+{
+    return exclusive(name, false, [&] {
+        if (!settleEditor())
+            return false;
+        return LedgerStep::record(*grid, state, *this, &edit->history(), text, work);
+    });
+}
+
+void JournalPrivate::setUpRows()
+{
+    view->setRowDropTest([this](int source, int row, int col) {
+        return !state.mayModify() || state.isConsolidated() || RowMover(*grid, state, *this).isBadDropRow(source, row, col);
+    });
+    QObject::connect(view, &GridView::rowDropped, q, [this](int source, int row, int col) {
+        if (state.mayModify() && !state.isConsolidated())
+            step(QStringLiteral("MoveRow"), QStringLiteral("移动行"),
+                 [&] { return RowMover(*grid, state, *this).drop(source, row, col); });
+    });
+    const auto key = [this](const QKeySequence &sequence, std::function<void()> run) {
+        // On the grid itself only: an open editor keeps these keys for its text.
+        auto *shortcut = new QShortcut(sequence, view, std::move(run));
+        shortcut->setContext(Qt::WidgetShortcut);
+    };
+    key(QKeySequence(Qt::Key_Insert), [this] { q->InsertRows(); });
+    key(QKeySequence(Qt::Key_Delete), [this] { q->DeleteRows(); });
+    key(QKeySequence::Copy, [this] { copyToClipboard(false); });
+    key(QKeySequence::Cut, [this] { copyToClipboard(true); });
+    key(QKeySequence::Paste, [this] { pasteFromClipboard(); });
+}
+
+void JournalPrivate::copyToClipboard(bool cut)
+{
+    // A host without a screen has no clipboard.
+    if (!qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
+        return;
+    auto *data = new QMimeData;
+    data->setText(GridClipboard::selectedText(*grid));
+    data->setHtml(GridClipboard::selectedHtml(*grid));
+    QGuiApplication::clipboard()->setMimeData(data);
+    if (cut)
+        step(QStringLiteral("Cut"), QStringLiteral("剪切"), [&] { return BlockPaste(edit->context(), edit->rules()).clear(); });
+}
+
+void JournalPrivate::pasteFromClipboard()
+{
+    if (qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
+        q->pasteText(QGuiApplication::clipboard()->text());
+}
+
+bool JournalPrivate::clearCells()
+{
+    if (!state.mayModify() || state.isConsolidated())
+        return false;
+    if (!ask(QStringLiteral("是否清除选定单元格的内容？"), QStringLiteral("清除")))
+        return false;
+    return step(QStringLiteral("Clear"), QStringLiteral("清除"),
+                [&] { return BlockPaste(edit->context(), edit->rules()).clear(); });
+}
+
+bool Journal::InsertRows()
+{
+    return d->step(QStringLiteral("InsertRows"), QStringLiteral("插入行"),
+                   [&] { return RowOperations(*d->grid, d->state, *d).insertRows(); });
+}
+
+bool Journal::DeleteRows(int Row)
+{
+    return d->step(QStringLiteral("DeleteRows"), QStringLiteral("删除行"),
+                   [&] { return RowOperations(*d->grid, d->state, *d).deleteRows(Row); });
+}
+
+bool Journal::CloseBook()
+{
+    return d->step(QStringLiteral("CloseBook"), QStringLiteral("结账"),
+                   [&] { return MonthClosing(*d->grid, d->state, *d).closeBook(); });
+}
+
+bool Journal::CheckBook()
+{
+    return d->exclusive(QStringLiteral("CheckBook"), false, [&] { return BookCheck(*d->grid, d->state, *d).check(); });
+}
+
+QString Journal::copyText() const { return GridClipboard::selectedText(*d->grid); }
+
+bool Journal::pasteText(const QString &text)
+{
+    return d->step(QStringLiteral("Paste"), QStringLiteral("粘贴"),
+                   [&] { return BlockPaste(d->edit->context(), d->edit->rules()).paste(text); });
+}
+
+} // namespace kx

@@ -1,0 +1,29 @@
+#pragma once
+
+namespace kx {
+
+class GridModel;
+class LedgerHost;
+struct LedgerState;
+
+/// The check of the open period: every record after the last summary row
+/// that carries an amount has a date, and the dates never go backwards.
+class BookCheck
+{
+public:
+    /// Works on \a grid for the book in \a state, reporting to \a host.
+    BookCheck(GridModel &grid, const LedgerState &state, LedgerHost &host);
+    /// True when every examined record passes; else says why in a message
+    /// box and puts the cursor on the first offending row.
+    bool check();
+    /// The first offending row of the last check (0: none).
+    int offendingRow() const { return m_offending; }
+
+private:
+    GridModel &m_grid;
+    const LedgerState &m_state;
+    LedgerHost &m_host;
+    int m_offending = 0;
+};
+
+} // namespace kx

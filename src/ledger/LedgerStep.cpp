@@ -1,0 +1,40 @@
+#include "ledger/LedgerStep.h"
+
+#include "kxjournal/GridChanges.h"
+#include "kxjournal/GridModel.h"
+#include "ledger/EditHistory.h"
+#include "ledger/GridStepCommand.h"
+#include "ledger/LedgerState.h"
+
+namespace kx {
+
+bool LedgerStep::record(GridModel &grid, LedgerState &state, LedgerHost &host, EditHistory *history,
+                        const QString &text, const std::function<bool()> &work)
+{
+    // Inside another record (an edit under way) the work belongs to that step.
+    if (!history || grid.isRecordingChanges())
+        return work();
+    const bool fitted = history->fits();
+    LedgerMarks before = LedgerMarks::of(state);
+    const int row = grid.row();
+    const int col = grid.col();
+    grid.beginChanges();
+    const bool ok = work();
+    GridChanges changes = grid.endChanges();
+    const LedgerMarks after = LedgerMarks::of(state);
+    if (changes.isEmpty() && after.dirty == before.dirty && after.lastSumRow == before.lastSumRow &&
+        after.removedRecords == before.removedRecords) {
+        if (fitted)
+            history->adopt();
+        return ok;
+    }
+    if (!changes.isComplete()) {
+        history->clear();
+        return ok;
+    }
+    history->push(new GridStepCommand(grid, state, host, std::move(changes), std::move(before), row, col, text),
+                  fitted);
+    return ok;
+}
+
+} // namespace kx

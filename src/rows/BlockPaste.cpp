@@ -1,0 +1,174 @@
+#include "rows/BlockPaste.h"
+
+#include "editing/EditContext.h"
+#include "editing/EditRules.h"
+#include "kxjournal/GridModel.h"
+#include "ledger/BalanceCalculator.h"
+#include "ledger/BookRow.h"
+#include "ledger/LedgerHost.h"
+#include "ledger/LedgerState.h"
+#include "rows/GridClipboard.h"
+
+#include <QScopedValueRollback>
+
+namespace kx {
+
+namespace {
+
+// Takes the rules' messages down instead of showing them one by one; the
+// rest goes to the real host.
+class CollectingHost : public LedgerHost
+{
+public:
+    explicit CollectingHost(LedgerHost &host) : m_host(host) {}
+    void prompt(const QString &text, bool) override { last = text; }
+    bool cancels(const QString &command) override { return m_host.cancels(command); }
+    QString last;
+
+private:
+    LedgerHost &m_host;
+};
+
+// Runs \a work on a context like \a ctx that reports to \a host, keeping
+// what the context learns about the chart.
+template <typename Work>
+bool withHost(EditContext &ctx, LedgerHost &host, Work work)
+{
+    EditContext batch(ctx.grid, ctx.state, host, ctx.context);
+    batch.accounts = ctx.accounts;
+    batch.accountsBook = ctx.accountsBook;
+    batch.batch = true;
+    const bool changed = work(batch);
+    ctx.accounts = std::move(batch.accounts);
+    ctx.accountsBook = batch.accountsBook;
+    return changed;
+}
+
+} // namespace
+
+BlockPaste::BlockPaste(EditContext &ctx, const EditRules &rules) : m_ctx(ctx), m_rules(rules) {}
+
+void BlockPaste::finish(int firstRow, bool changed)
+{
+    GridModel &grid = m_ctx.grid;
+    if (!changed)
+        return;
+    // One empty row waits at the bottom for the next record.
+    const int last = grid.rows() - 1;
+    for (int c = grid.fixedCols(); c < grid.cols(); ++c)
+        if (!grid.isEmpty(last, c)) {
+            grid.setRows(last + 2);
+            grid.setRowData(last + 1, int(BookRow::Unchanged));
+            break;
+        }
+    BalanceCalculator(grid, m_ctx.state).recalculateFrom(firstRow);
+    m_ctx.state.dirty = true;
+    m_ctx.host.markDirty();
+}
+
+bool BlockPaste::paste(const QString &text)
+{
+    m_rejected.clear();
+    GridModel &grid = m_ctx.grid;
+    const QList<QStringList> block = GridClipboard::parse(text);
+    if (block.isEmpty() || !m_ctx.state.mayModify() || m_ctx.state.isConsolidated() || !grid.isDataRow(grid.row()))
+        return false;
+    m_ctx.columns = JournalColumns(grid);
+    const int top = std::max(grid.row(), grid.fixedRows() + 1);
+    QList<int> targets;
+    for (int c = grid.col(); c < grid.cols(); ++c)
+        if (!grid.isColHidden(c))
+            targets << c;
+    // The date goes in first: the other columns' checks read the row's day.
+    const int dateCol = m_ctx.columns[JournalColumns::ShowName];
+    QList<int> order;
+    for (int j = 0; j < targets.size(); ++j)
+        (targets.at(j) == dateCol ? order.prepend(j) : order.append(j));
+
+    const int count = int(block.size());
+    if (top + count > grid.rows()) {
+        const int old = grid.rows();
+        grid.setRows(top + count);
+        for (int r = old; r < grid.rows(); ++r)
+            grid.setRowData(r, int(BookRow::Unchanged));
+    }
+    CollectingHost host(m_ctx.host);
+    const bool big = count >= 200;
+    int reported = -1;
+    if (big)
+        m_ctx.host.progress(0);
+    const bool changed = withHost(m_ctx, host, [&](EditContext &ctx) {
+        bool any = false;
+        for (int i = 0; i < count; ++i) {
+            const int row = top + i;
+            const QStringList &cells = block.at(i);
+            for (int j : std::as_const(order)) {
+                if (j >= cells.size() || cells.at(j).trimmed().isEmpty())
+                    continue;
+                const int col = targets.at(j);
+                host.last.clear();
+                const Result<bool> entered = m_rules.enter(ctx, row, col, cells.at(j));
+                if (entered.ok() && host.last.isEmpty()) {
+                    any = entered.value() || any;
+                    continue;
+                }
+                // A formula the rule could not work out is refused, not taken as 0.
+                if (entered.ok() && entered.value())
+                    any = true;
+                m_rejected << QStringLiteral("第%1行 %2“%3”：%4")
+                                  .arg(row)
+                                  .arg(grid.text(0, col))
+                                  .arg(cells.at(j), host.last.isEmpty() ? entered.error() : host.last);
+            }
+            const int percent = int(qint64(i + 1) * 100 / count);
+            if (big && percent != reported && percent < 100) {
+                reported = percent;
+                m_ctx.host.progress(percent);
+            }
+        }
+        return any;
+    });
+    finish(top, changed);
+    grid.select(top, targets.isEmpty() ? grid.col() : targets.first(), top + count - 1,
+                targets.isEmpty() ? grid.col() : targets.at(std::min(int(targets.size()), int(block.first().size())) - 1));
+    if (big)
+        m_ctx.host.progress(-1);
+    if (!m_rejected.isEmpty()) {
+        QStringList shown = m_rejected.mid(0, 20);
+        if (m_rejected.size() > 20)
+            shown << QStringLiteral("……共 %1 个单元格。").arg(m_rejected.size());
+        m_ctx.host.prompt(QStringLiteral("以下单元格没有粘贴：\r\n") + shown.join(QStringLiteral("\r\n")), true);
+    }
+    return changed;
+}
+
+bool BlockPaste::clear()
+{
+    m_rejected.clear();
+    GridModel &grid = m_ctx.grid;
+    if (!m_ctx.state.mayModify() || m_ctx.state.isConsolidated())
+        return false;
+    m_ctx.columns = JournalColumns(grid);
+    int r1, c1, r2, c2;
+    grid.selection(r1, c1, r2, c2);
+    if (!grid.isDataRow(r1))
+        return false;
+    const int dateCol = m_ctx.columns[JournalColumns::ShowName];
+    const int accCol = m_ctx.columns[JournalColumns::AccName];
+    CollectingHost host(m_ctx.host);
+    const bool changed = withHost(m_ctx, host, [&](EditContext &ctx) {
+        bool any = false;
+        for (int r = r1; r <= r2; ++r)
+            for (int c = c1; c <= c2; ++c) {
+                if (c == dateCol || c == accCol || grid.isColHidden(c) || grid.isEmpty(r, c))
+                    continue;
+                const Result<bool> entered = m_rules.enter(ctx, r, c, QString());
+                any = (entered.ok() && entered.value()) || any;
+            }
+        return any;
+    });
+    finish(r1, changed);
+    return changed;
+}
+
+} // namespace kx

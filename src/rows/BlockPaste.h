@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+namespace kx {
+
+class EditRules;
+struct EditContext;
+
+/// Pasting a tab-separated block into the grid, and clearing a block.
+///
+/// A paste starts at the cursor and fills the visible columns to its right,
+/// row under row, adding rows at the bottom as needed. Every cell goes
+/// through the same checks as typing it (dates in any accepted form,
+/// accounts by code, name, path or initials, amounts as formulas); a cell
+/// refused keeps what it held and is named in one message at the end.
+/// Columns that take no typing (balances, keys) and empty cells of the
+/// block are passed over; rows that may not change (closed, summary or
+/// linked to a voucher) are never written. Balances are recalculated once.
+class BlockPaste
+{
+public:
+    /// Works with the rules \a rules on what \a ctx holds.
+    BlockPaste(EditContext &ctx, const EditRules &rules);
+    /// Pastes \a text at the cursor. True when a cell changed.
+    bool paste(const QString &text);
+    /// Empties the editable cells of the selected block (dates and accounts
+    /// stay: a record needs both). True when a cell changed.
+    bool clear();
+    /// The cells refused by the last paste: "第12行 日期“2025-13-01”：输入的日期错误；".
+    const QStringList &rejected() const { return m_rejected; }
+
+private:
+    void finish(int firstRow, bool changed);
+    EditContext &m_ctx;
+    const EditRules &m_rules;
+    QStringList m_rejected;
+};
+
+} // namespace kx

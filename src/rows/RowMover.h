@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QString>
+
+namespace kx {
+
+class GridModel;
+class LedgerHost;
+struct LedgerState;
+
+/// Moving a record within its month by dragging its row: the silent drop
+/// test that decides, and the drop that explains a refusal, moves the row,
+/// marks the stored rows below it for rewriting and recalculates.
+class RowMover
+{
+public:
+    /// Works on \a grid for the book in \a state, reporting to \a host.
+    RowMover(GridModel &grid, LedgerState &state, LedgerHost &host);
+    /// True when row \a source may not be dropped on grid row \a row over
+    /// grid column \a col (0: the row header): above the rows, off the row
+    /// header, onto a summary row, into another month, or onto an empty row
+    /// that does not follow a dated one.
+    bool isBadDropRow(int source, int row, int col) const;
+    /// Drops row \a source on (\a row, \a col). Says why a drop upward onto
+    /// a summary row or into another month is refused; true when the row
+    /// moved (a drop on itself counts: its rows are marked and recalculated).
+    bool drop(int source, int row, int col);
+
+private:
+    QString monthOf(int row) const;
+    GridModel &m_grid;
+    LedgerState &m_state;
+    LedgerHost &m_host;
+};
+
+} // namespace kx

@@ -1,0 +1,217 @@
+#include "rows/RowOperations.h"
+
+#include "grid/GridBusy.h"
+#include "kxjournal/AccContext.h"
+#include "kxjournal/Database.h"
+#include "kxjournal/GridModel.h"
+#include "kxjournal/SqlDialect.h"
+#include "kxjournal/Transaction.h"
+#include "ledger/BalanceCalculator.h"
+#include "ledger/BookRow.h"
+#include "ledger/LedgerHost.h"
+#include "ledger/LedgerState.h"
+
+#include <QDate>
+
+namespace kx {
+
+namespace {
+
+// A record number splits at its last non-digit: "A0099" is "A" and 99.
+void splitNumber(const QString &text, QString &prefix, qint64 &number)
+{
+    qsizetype cut = text.size();
+    while (cut > 0 && text.at(cut - 1).isDigit() && text.at(cut - 1).unicode() < 128)
+        --cut;
+    prefix = text.left(cut);
+    const QString digits = text.mid(cut).right(15);
+    number = digits.isEmpty() ? 0 : digits.toLongLong();
+}
+
+} // namespace
+
+RowOperations::RowOperations(GridModel &grid, LedgerState &state, LedgerHost &host)
+    : m_grid(grid), m_state(state), m_host(host)
+{
+}
+
+bool RowOperations::insertRows()
+{
+    if (!m_state.mayModify() || m_state.isConsolidated() || m_grid.rows() <= m_grid.fixedRows())
+        return false;
+    const int row = m_grid.row();
+    const int col = m_grid.col();
+    int r1, c1, r2, c2;
+    m_grid.selection(r1, c1, r2, c2);
+    // Nothing is ever opened above the opening balance.
+    if (r1 == m_grid.fixedRows())
+        ++r1;
+    const int count = r2 - r1 + 1;
+    if (count <= 0 || !m_grid.isDataRow(r1))
+        return false;
+    m_grid.insertRowsAt(r1, count);
+    for (int r = r1; r < r1 + count; ++r)
+        m_grid.setRowData(r, int(BookRow::Unchanged));
+    m_state.rowsInserted(r1, count);
+    m_grid.setCursor(row, col);
+    m_host.prompt(QStringLiteral("已插入 %1行。").arg(count), false);
+    return true;
+}
+
+bool RowOperations::deleteRows(int row)
+{
+    int r1, c1, r2, c2;
+    if (row > 0) {
+        r1 = r2 = row;
+    } else {
+        m_grid.selection(r1, c1, r2, c2);
+    }
+    const int selected = r2 - r1 + 1;
+    const QString middle = selected > 1 ? QStringLiteral("被选中的 %1 ").arg(selected) : QString();
+    if (!m_host.ask(QStringLiteral("是否删除当前%1行？").arg(middle), QStringLiteral("删除行")))
+        return false;
+    if (!m_state.mayModify() || m_state.isConsolidated())
+        return false;
+    const int removed = removeRows(r1, r2);
+    if (removed <= 0)
+        return false;
+    m_host.prompt(QStringLiteral("已删除 %1 行；").arg(removed), false);
+    m_host.cancels(QStringLiteral("AfterDeleted"));
+    return true;
+}
+
+int RowOperations::removeRows(int r1, int r2)
+{
+    const int first = m_grid.fixedRows();
+    if (r1 == first)
+        ++r1;
+    r1 = std::max(r1, first + 1);
+    r2 = std::min(r2, m_grid.rows() - 1);
+    const int count = r2 - r1 + 1;
+    if (count <= 0)
+        return 0;
+    GridBusy busy(m_grid, QStringLiteral("Remove"));
+    const JournalColumns columns(m_grid);
+    const int recCol = columns[JournalColumns::RecID];
+    m_state.removedRecords.reserve(m_state.removedRecords.size() + count);
+    for (int r = r1; r <= r2; ++r)
+        m_state.removedRecords << int(m_grid.number(r, recCol));
+    m_grid.removeRowsAt(r1, count);
+    const int lastBefore = m_state.lastSumRow;
+    m_state.rowsRemoved(m_grid, r1, count);
+    // When the closing row went, the rows it had closed are open again.
+    if (lastBefore >= r1 && lastBefore <= r2) {
+        const int stop = m_state.lastSumRow > first ? m_state.lastSumRow : first;
+        for (int r = std::min(r1, m_grid.rows()) - 1; r > stop; --r)
+            if (!BookRow(m_grid, columns, r).isLocked())
+                m_grid.setRowForeColor(r, QColor());
+    }
+    m_host.markDirty();
+    m_state.dirty = true;
+    BalanceCalculator(m_grid, m_state).recalculateFrom(std::min(r1, m_grid.rows() - 1));
+    return count;
+}
+
+bool RowOperations::renumber()
+{
+    if (!m_state.mayModify() || m_state.isConsolidated())
+        return false;
+    int r1, c1, r2, c2;
+    m_grid.selection(r1, c1, r2, c2);
+    const int first = m_grid.fixedRows();
+    if (!m_grid.isDataRow(r1))
+        return false;
+    const JournalColumns columns(m_grid);
+    const int noCol = columns[JournalColumns::JnlNo];
+    if (noCol < 0)
+        return false;
+    QString prefix;
+    qint64 number = 0;
+    int width = 0;
+    if (r1 > first) {
+        const QString above = m_grid.text(r1 - 1, noCol);
+        splitNumber(above, prefix, number);
+        width = int(above.size() - prefix.size());
+    }
+    bool changed = false;
+    for (int r = r1; r <= r2; ++r) {
+        if (m_grid.isSubtotal(r))
+            continue;
+        ++number;
+        if (QString::number(number).size() > width)
+            ++width;
+        const QString text = prefix + QStringLiteral("%1").arg(number, width, 10, QLatin1Char('0'));
+        if (m_grid.text(r, noCol) == text)
+            continue;
+        m_grid.setText(r, noCol, text);
+        m_grid.setCellForeColor(r, noCol, m_state.looks.modifiedForeColor);
+        BookRow(m_grid, columns, r).setChangeMark(BookRow::Modified);
+        changed = true;
+    }
+    if (changed) {
+        m_host.markDirty();
+        m_state.dirty = true;
+    }
+    return changed;
+}
+
+Result<int> RowOperations::deleteHistory(AccContext *acc)
+{
+    if (!acc)
+        return Error(QStringLiteral("没有连接到账套。"));
+    if (m_host.cancels(QStringLiteral("DelHistory")))
+        return 0;
+    const QDate cutOff = acc->BeginDate();
+    if (!cutOff.isValid())
+        return Error(QStringLiteral("账套没有建账日期，无法删除以前的记录。"));
+    if (!m_host.ask(QStringLiteral("将从数据库中删除 %1 以前的全部记录，删除后不能恢复。是否继续？")
+                        .arg(cutOff.toString(Qt::ISODate)),
+                    QStringLiteral("删除以前记录")))
+        return 0;
+    const Database &db = acc->Connection();
+    const JournalColumns columns(m_grid);
+    QList<int> doomed;
+    // The opening row carries the balance brought in, not a record of the
+    // past: it stays, and the grid keeps its first row for it.
+    for (int r = m_grid.fixedRows() + 1; r < m_grid.rows(); ++r) {
+        const QDate date = BookRow::of(m_grid, columns, r).date();
+        if (date.isValid() && date < cutOff)
+            doomed << r;
+    }
+    if (doomed.isEmpty()) {
+        m_host.prompt(QStringLiteral("删除以前记录共 0 条;"), false);
+        return 0;
+    }
+    {
+        // All of them or none: the grid changes only once the deletion is stored.
+        Transaction tx(db);
+        if (!tx.ok())
+            return Error(tx.error());
+        for (int r : std::as_const(doomed)) {
+            const int key = BookRow::of(m_grid, columns, r).recId();
+            if (key <= 0)
+                continue;
+            if (const Result<void> gone = db.run(db.dialect().deleteRecord(key)); !gone.ok())
+                return Error(gone.error());
+        }
+        if (const Result<void> committed = tx.commit(); !committed.ok())
+            return Error(committed.error());
+    }
+    GridBusy busy(m_grid, QStringLiteral("Remove"));
+    // Bottom up, a run at a time, so the indexes above stay true.
+    for (int i = int(doomed.size()) - 1; i >= 0;) {
+        int j = i;
+        while (j > 0 && doomed.at(j - 1) == doomed.at(j) - 1)
+            --j;
+        for (int k = j; k <= i; ++k)
+            if (const int key = BookRow::of(m_grid, columns, doomed.at(k)).recId(); key > 0)
+                m_state.stored.forget(key);
+        m_grid.removeRowsAt(doomed.at(j), i - j + 1);
+        m_state.rowsRemoved(m_grid, doomed.at(j), i - j + 1);
+        i = j - 1;
+    }
+    m_host.prompt(QStringLiteral("删除以前记录共 %1 条;").arg(doomed.size()), false);
+    return int(doomed.size());
+}
+
+} // namespace kx

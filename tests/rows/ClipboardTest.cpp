@@ -1,0 +1,139 @@
+// Copying blocks out as spreadsheet text, pasting them back through the
+// same checks as typing, clearing.
+#include "editing/EditingBook.h"
+#include "rows/GridClipboard.h"
+
+#include <kxjournal/Database.h>
+#include <kxjournal/Journal.h>
+
+#include <QRandomGenerator>
+#include <gtest/gtest.h>
+
+using kxtest::EditingBook;
+
+namespace {
+
+// One line of a paste: the texts for the visible columns from ShowName on.
+QString line(const EditingBook &b, const QMap<QString, QString> &cells)
+{
+    QStringList out;
+    for (int c = b.col("ShowName"); c < b.grid->cols(); ++c)
+        if (!b.grid->isColHidden(c))
+            out << cells.value(b.grid->colKey(c));
+    return out.join(QLatin1Char('\t'));
+}
+
+} // namespace
+
+TEST(Clipboard, AThousandRowsPasteWithTheTwoBadCellsNamed)
+{
+    EditingBook b;
+    QStringList lines;
+    for (int i = 0; i < 1000; ++i) {
+        QMap<QString, QString> cells{{QStringLiteral("ShowName"), QStringLiteral("2025-01-%1").arg(16 + i % 15)},
+                                     {QStringLiteral("AccName"), i % 2 ? QStringLiteral("1122") : QStringLiteral("glfy")},
+                                     {QStringLiteral("Explain"), QStringLiteral("导入%1").arg(i)},
+                                     {i % 2 ? QStringLiteral("Debit") : QStringLiteral("Credit"), QStringLiteral("10+2.5")}};
+        if (i == 100)
+            cells[QStringLiteral("ShowName")] = QStringLiteral("2025-13-40");
+        if (i == 700)
+            cells[QStringLiteral("AccName")] = QStringLiteral("没有这个科目");
+        lines << line(b, cells);
+    }
+    QList<int> progress;
+    QObject::connect(b.journal.get(), &kx::Journal::Process, [&](int p) { progress << p; });
+    b.grid->setCursor(5, b.col("ShowName"));
+    ASSERT_TRUE(b.journal->pasteText(lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n")));
+
+    EXPECT_EQ(b.grid->rows(), 5 + 1000 + 1) << "the book grew by the block and keeps its empty row";
+    EXPECT_EQ(b.text(6, "AccName"), QStringLiteral("应收账款"));
+    EXPECT_EQ(b.text(6, "Debit"), QStringLiteral("12.5")) << "formulas are worked out";
+    EXPECT_EQ(b.text(5, "AccName"), QStringLiteral("管理费用")) << "entry codes find accounts";
+    EXPECT_TRUE(b.text(105, "JnlDate").isEmpty()) << "the refused date was not written";
+    EXPECT_EQ(b.text(105, "Explain"), QStringLiteral("导入100")) << "the rest of that row was";
+    ASSERT_EQ(b.boxes.size(), 1);
+    EXPECT_TRUE(b.boxes.first().contains(QStringLiteral("第105行"))) << qPrintable(b.boxes.first());
+    EXPECT_TRUE(b.boxes.first().contains(QStringLiteral("2025-13-40")));
+    EXPECT_TRUE(b.boxes.first().contains(QStringLiteral("第705行")));
+    EXPECT_TRUE(b.boxes.first().contains(QStringLiteral("没有这个科目")));
+    ASSERT_FALSE(progress.isEmpty());
+    EXPECT_EQ(progress.first(), 0);
+    EXPECT_EQ(progress.last(), -1);
+
+    // 1250 brought down; debits and credits of 12.5 cancel, except the credit
+    // of the undated row, which no balance counts yet.
+    const int last = 1004;
+    EXPECT_EQ(b.grid->amount(last, b.col("Balance")), kx::Currency::fromRaw(12625000));
+    EXPECT_TRUE(b.journal->IsDirty());
+
+    ASSERT_TRUE(b.journal->Save());
+    kx::Database db = b.db->open();
+    EXPECT_EQ(db.scalar({QStringLiteral("Select count(*) From kxJournalRecs"), {}}).value().toInt(), 4 + 999)
+        << "the row left without a date waits, as any undated row";
+
+    ASSERT_TRUE(b.journal->Load(b.book));
+    b.grid->setCursor(5, b.col("ShowName"));
+    const int rows = b.grid->rows();
+    ASSERT_TRUE(b.journal->pasteText(line(b, {{QStringLiteral("Explain"), QStringLiteral("改")}})));
+    ASSERT_TRUE(b.journal->undo());
+    EXPECT_EQ(b.grid->rows(), rows);
+    EXPECT_EQ(b.text(5, "Explain"), QStringLiteral("导入0")) << "a paste is one undo step";
+}
+
+TEST(Clipboard, ClosedAndSummaryRowsAreNeverWritten)
+{
+    EditingBook b;
+    ASSERT_TRUE(b.journal->InsSumRow(3));  // rows 1–4 closed, row 4 the sub-total
+    b.grid->setCursor(3, b.col("Explain"));
+    EXPECT_TRUE(b.journal->pasteText(QStringLiteral("甲\n乙\n丙")));
+    EXPECT_EQ(b.text(3, "Explain"), QStringLiteral("付材料款"));
+    EXPECT_EQ(b.text(4, "Explain").right(2), QStringLiteral("小结"));
+    EXPECT_EQ(b.text(5, "Explain"), QStringLiteral("丙")) << "the open row below takes its line";
+    EXPECT_TRUE(b.boxes.last().contains(QStringLiteral("第3行"))) << qPrintable(b.boxes.last());
+
+    bool yes = false;
+    b.journal->setAsker([&](const QString &, const QString &title) { return title == QStringLiteral("清除") && yes; });
+    b.grid->select(3, b.col("Explain"), 5, b.col("Explain"));
+    kxtest::runMenuItem(*b.journal, "mnuClear");
+    EXPECT_EQ(b.text(5, "Explain"), QStringLiteral("丙")) << "No keeps everything";
+    yes = true;
+    kxtest::runMenuItem(*b.journal, "mnuClear");
+    EXPECT_TRUE(b.text(5, "Explain").isEmpty());
+    EXPECT_EQ(b.text(3, "Explain"), QStringLiteral("付材料款"));
+}
+
+TEST(Clipboard, CopiedBlocksReadBackCellForCell)
+{
+    kx::GridModel g;
+    g.setCols(6);
+    g.setRows(9);
+    QRandomGenerator rng(11);
+    const QString alphabet = QStringLiteral("ab1 \t\n\r\"，,摘要");
+    for (int round = 0; round < 300; ++round) {
+        for (int r = 1; r < 9; ++r)
+            for (int c = 1; c < 6; ++c) {
+                QString t;
+                for (int k = int(rng.bounded(6)); k > 0; --k)
+                    t += alphabet.at(int(rng.bounded(int(alphabet.size()))));
+                g.setText(r, c, t);
+            }
+        g.select(1, 1, 8, 5);
+        const QList<QStringList> back = kx::GridClipboard::parse(kx::GridClipboard::selectedText(g));
+        ASSERT_EQ(back.size(), 8) << "round " << round;
+        for (int r = 1; r < 9; ++r)
+            for (int c = 1; c < 6; ++c) {
+                // A lone CR inside a cell comes back as it went.
+                ASSERT_EQ(back.at(r - 1).value(c - 1), g.text(r, c)) << "round " << round << " cell " << r << "," << c;
+            }
+    }
+    EXPECT_TRUE(kx::GridClipboard::parse(QString()).isEmpty());
+    EXPECT_EQ(kx::GridClipboard::parse(QStringLiteral("a\tb\r\nc")),
+              (QList<QStringList>{{QStringLiteral("a"), QStringLiteral("b")}, {QStringLiteral("c")}}));
+    // Whatever a clipboard holds reads without harm.
+    for (int round = 0; round < 2000; ++round) {
+        QString t;
+        for (int k = int(rng.bounded(40)); k > 0; --k)
+            t += alphabet.at(int(rng.bounded(int(alphabet.size()))));
+        kx::GridClipboard::parse(t);
+    }
+}
