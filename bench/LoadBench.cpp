@@ -6,6 +6,11 @@
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookLoader.h"
 #include "editing/EditSession.h"
+#include "ledger/EditHistory.h"
+#include "ledger/LedgerStep.h"
+#include "rows/BlockPaste.h"
+#include "rows/GridClipboard.h"
+#include "rows/RowOperations.h"
 #include "kxjournal/EditCycle.h"
 
 #include <kxjournal/Database.h>
@@ -252,8 +257,141 @@ void BM_EditAmountRow2(benchmark::State &state)
     state.counters["undo"] = session.history().stack().count();
 }
 
+// Ten thousand rows pasted below a 100k-row book, every cell checked as if
+// typed (date, account, explanation, amount), the book grown, balances
+// worked out once, the whole paste one undo step. Its baseline writes the
+// same cells unchecked and recalculates once.
+struct PasteBook {
+    kx::GridModel grid;
+    kx::LedgerState book;
+    QString text;
+    QStringList dates, codes;
+    int top = 0;
+};
+
+void preparePaste(Fixture &f, PasteBook &p, int rows)
+{
+    prepareBook(f, p.book);
+    kx::BookLoader(p.grid, p.book, kx::LedgerHost::none(), f.acc.get()).load(0);
+    const kx::JournalColumns columns(p.grid);
+    // Pasted below the book, on the empty row that waits there.
+    p.top = p.grid.rows();
+    p.grid.setRows(p.top + 1);
+    const QString day = p.grid.text(p.top - 1, columns[kx::JournalColumns::JnlDate]);
+    const QString code = p.grid.text(p.grid.fixedRows() + 1, columns[kx::JournalColumns::AccCode]);
+    QStringList lines;
+    for (int i = 0; i < rows; ++i) {
+        QStringList cells;
+        for (int c = columns[kx::JournalColumns::ShowName]; c < p.grid.cols(); ++c) {
+            if (p.grid.isColHidden(c))
+                continue;
+            const QString key = p.grid.colKey(c);
+            cells << (key == QLatin1String("ShowName") ? day
+                      : key == QLatin1String("AccName") ? code
+                      : key == QLatin1String("Explain") ? QStringLiteral("粘贴%1").arg(i % 97)
+                      : key == QLatin1String((i % 2) ? "Debit" : "Credit") ? QString::number(10 + i % 300)
+                                                                          : QString());
+        }
+        lines << cells.join(QLatin1Char('\t'));
+    }
+    p.text = lines.join(QStringLiteral("\r\n"));
+}
+
+void BM_Paste10kInto100k(benchmark::State &state)
+{
+    Fixture &f = fixture(int(state.range(0)));
+    PasteBook p;
+    preparePaste(f, p, 10000);
+    kx::EditSession session(kx::EditContext(p.grid, p.book, kx::LedgerHost::none(), [&f] { return f.acc.get(); }));
+    const int col = p.grid.colIndex(QStringLiteral("ShowName"));
+    for (auto _ : state) {
+        p.grid.setCursor(p.top, col);
+        const bool pasted = kx::LedgerStep::record(p.grid, p.book, kx::LedgerHost::none(), &session.history(),
+                                                   QStringLiteral("粘贴"), [&] {
+                                                       kx::BlockPaste paste(session.context(), session.rules());
+                                                       const bool changed = paste.paste(p.text);
+                                                       if (!paste.rejected().isEmpty())
+                                                           state.SkipWithError("cells refused");
+                                                       return changed;
+                                                   });
+        if (!pasted)
+            state.SkipWithError("nothing pasted");
+        if (state.error_occurred())
+            break;
+        state.PauseTiming();
+        session.history().undo();
+        state.ResumeTiming();
+    }
+}
+
+void BM_PasteBaselineBareWrites(benchmark::State &state)
+{
+    Fixture &f = fixture(int(state.range(0)));
+    PasteBook p;
+    preparePaste(f, p, 10000);
+    const QList<QStringList> block = kx::GridClipboard::parse(p.text);
+    QList<int> targets;
+    for (int c = p.grid.colIndex(QStringLiteral("ShowName")); c < p.grid.cols(); ++c)
+        if (!p.grid.isColHidden(c))
+            targets << c;
+    for (auto _ : state) {
+        p.grid.setRows(p.top + int(block.size()) + 1);
+        for (int i = 0; i < block.size(); ++i)
+            for (int j = 0; j < block.at(i).size(); ++j)
+                p.grid.setText(p.top + i, targets.at(j), block.at(i).at(j));
+        kx::BalanceCalculator(p.grid, p.book).calculate(p.grid.fixedRows());
+        state.PauseTiming();
+        p.grid.setRows(p.top + 1);
+        state.ResumeTiming();
+    }
+}
+
+// Ten thousand selected rows deleted from a 100k-row book: keys collected,
+// rows kept for undo, balances worked out again. Its baseline removes the
+// same rows from the grid alone.
+void BM_Delete10kFrom100k(benchmark::State &state)
+{
+    Fixture &f = fixture(int(state.range(0)));
+    kx::GridModel grid;
+    kx::LedgerState book;
+    prepareBook(f, book);
+    kx::BookLoader(grid, book, kx::LedgerHost::none(), f.acc.get()).load(0);
+    kx::EditHistory history(grid);
+    const int from = grid.rows() / 2;
+    for (auto _ : state) {
+        kx::LedgerStep::record(grid, book, kx::LedgerHost::none(), &history, QStringLiteral("删除行"),
+                               [&] { return kx::RowOperations(grid, book, kx::LedgerHost::none()).removeRows(from, from + 9999) > 0; });
+        state.PauseTiming();
+        history.undo();
+        book.removedRecords.clear();
+        state.ResumeTiming();
+    }
+}
+
+void BM_DeleteBaselineBareRemove(benchmark::State &state)
+{
+    Fixture &f = fixture(int(state.range(0)));
+    kx::GridModel grid;
+    kx::LedgerState book;
+    prepareBook(f, book);
+    kx::BookLoader(grid, book, kx::LedgerHost::none(), f.acc.get()).load(0);
+    const int from = grid.rows() / 2;
+    for (auto _ : state) {
+        state.PauseTiming();
+        kx::GridModel copy;
+        copy.setCols(grid.cols());
+        copy.setRows(grid.rows());
+        state.ResumeTiming();
+        copy.removeRowsAt(from, 10000);
+    }
+}
+
 } // namespace
 
+BENCHMARK(BM_Paste10kInto100k)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(BM_PasteBaselineBareWrites)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(BM_Delete10kFrom100k)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(10);
+BENCHMARK(BM_DeleteBaselineBareRemove)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(10);
 BENCHMARK(BM_EditAmountRow2)->Arg(100000)->Unit(benchmark::kMillisecond)->Iterations(40);
 BENCHMARK(BM_FetchSqliteC)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_FetchQtSql)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);

@@ -6,6 +6,7 @@
 #include "kxjournal/GridModel.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerHost.h"
+#include "ledger/LedgerState.h"
 
 namespace kx {
 
@@ -21,7 +22,12 @@ QString DateRule::comboList(EditContext &, int, int) const
 
 QDate DateRule::firstAllowed(const EditContext &ctx, int row)
 {
-    for (int r = row - 1; r > ctx.grid.fixedRows(); --r) {
+    // Below the last summary row there is none nearer: start there, not
+    // at every row of a long paste.
+    int start = row - 1;
+    if (ctx.state.lastSumRow > ctx.grid.fixedRows() && ctx.state.lastSumRow < row)
+        start = ctx.state.lastSumRow;
+    for (int r = start; r > ctx.grid.fixedRows(); --r) {
         const BookRow above = BookRow::of(ctx.grid, ctx.columns, r);
         if (!above.isSummary())
             continue;
