@@ -96,6 +96,10 @@ Q_SIGNALS:
     void mouseMove(int button, int shift, float x, float y);
     /// A mouse button was released over the grid.
     void mouseUp(int button, int shift, float x, float y);
+    /// A key that asks for a command was pressed on the grid (not in an
+    /// editor): "InsertRows" (Ins), "DeleteRows" (Del), "Copy", "Cut",
+    /// "Paste" (the platform's keys for them).
+    void commandKey(const QString &command);
     /// Row \a source was dragged by its header and let go over grid
     /// (\a row, \a col) (column 0: the row header).
     void rowDropped(int source, int row, int col);

@@ -18,7 +18,6 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
-#include <QShortcut>
 
 namespace kx {
 
@@ -53,16 +52,16 @@ void JournalPrivate::setUpRows()
             step(QStringLiteral("MoveRow"), QStringLiteral("移动行"),
                  [&] { return RowMover(*grid, state, *this).drop(source, row, col); });
     });
-    const auto key = [this](const QKeySequence &sequence, std::function<void()> run) {
-        // On the grid itself only: an open editor keeps these keys for its text.
-        auto *shortcut = new QShortcut(sequence, view, std::move(run));
-        shortcut->setContext(Qt::WidgetShortcut);
-    };
-    key(QKeySequence(Qt::Key_Insert), [this] { q->InsertRows(); });
-    key(QKeySequence(Qt::Key_Delete), [this] { q->DeleteRows(); });
-    key(QKeySequence::Copy, [this] { copyToClipboard(false); });
-    key(QKeySequence::Cut, [this] { copyToClipboard(true); });
-    key(QKeySequence::Paste, [this] { pasteFromClipboard(); });
+    QObject::connect(view, &GridView::commandKey, q, [this](const QString &command) {
+        if (command == QLatin1String("InsertRows"))
+            q->InsertRows();
+        else if (command == QLatin1String("DeleteRows"))
+            q->DeleteRows();
+        else if (command == QLatin1String("Paste"))
+            pasteFromClipboard();
+        else
+            copyToClipboard(command == QLatin1String("Cut"));
+    });
 }
 
 void JournalPrivate::copyToClipboard(bool cut)

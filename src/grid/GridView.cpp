@@ -258,6 +258,24 @@ QModelIndex GridView::moveCursor(CursorAction cursorAction, Qt::KeyboardModifier
 
 void GridView::keyPressEvent(QKeyEvent *event)
 {
+    if (state() != EditingState) {
+        QString command;
+        if (event->key() == Qt::Key_Insert && event->modifiers() == Qt::NoModifier)
+            command = QStringLiteral("InsertRows");
+        else if (event->key() == Qt::Key_Delete && event->modifiers() == Qt::NoModifier)
+            command = QStringLiteral("DeleteRows");
+        else if (event->matches(QKeySequence::Copy))
+            command = QStringLiteral("Copy");
+        else if (event->matches(QKeySequence::Cut))
+            command = QStringLiteral("Cut");
+        else if (event->matches(QKeySequence::Paste))
+            command = QStringLiteral("Paste");
+        if (!command.isEmpty()) {
+            event->accept();
+            Q_EMIT commandKey(command);
+            return;
+        }
+    }
     // Enter on a cell that is not being edited moves on, as after an edit.
     if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && state() != EditingState &&
         event->modifiers() == Qt::NoModifier) {

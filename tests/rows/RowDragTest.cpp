@@ -99,3 +99,27 @@ TEST(RowDrag, OtherMonthsAndSummaryRowsRefuseTheDrop)
     EXPECT_EQ(b.text(3, "Tag"), QStringLiteral("-1"));
     EXPECT_EQ(b.text(2, "Explain"), QStringLiteral("收到货款"));
 }
+
+TEST(RowKeys, InsertDeleteAndTheClipboardKeysWorkOnTheGrid)
+{
+    EditingBook b;
+    b.journal->setAsker([](const QString &, const QString &) { return true; });
+    b.journal->resize(900, 500);
+    b.journal->show();
+    kx::GridView *view = b.journal->gridView();
+    view->setFocus();
+    b.grid->setCursor(3, b.col("Explain"));
+    QTest::keyClick(view, Qt::Key_Insert);
+    EXPECT_EQ(b.grid->rows(), 7);
+    EXPECT_TRUE(b.text(3, "Explain").isEmpty());
+    QTest::keyClick(view, Qt::Key_Delete);
+    EXPECT_EQ(b.grid->rows(), 6);
+    EXPECT_EQ(b.text(3, "Explain"), QStringLiteral("付材料款"));
+
+    b.grid->select(2, b.col("Explain"), 3, b.col("Explain"));
+    QTest::keyClick(view, Qt::Key_C, Qt::ControlModifier);
+    b.grid->setCursor(5, b.col("Explain"));
+    QTest::keyClick(view, Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(b.text(5, "Explain"), QStringLiteral("收到货款"));
+    EXPECT_EQ(b.text(6, "Explain"), QStringLiteral("付材料款"));
+}
