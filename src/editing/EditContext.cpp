@@ -3,6 +3,7 @@
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Database.h"
 #include "kxjournal/GridModel.h"
+#include "ledger/BookRow.h"
 #include "ledger/LedgerState.h"
 
 namespace kx {
@@ -36,6 +37,20 @@ void EditContext::forgetBook()
 JournalColumns::Column EditContext::columnAt(int col) const
 {
     return JournalColumns::fromKey(grid.colKey(col));
+}
+
+void EditContext::keepBlankRow()
+{
+    GridModel &g = grid;
+    if (!state.mayModify() || state.isConsolidated() || g.rows() <= g.fixedRows())
+        return;
+    const int last = g.rows() - 1;
+    for (int c = g.fixedCols(); c < g.cols(); ++c)
+        if (!g.isEmpty(last, c)) {
+            g.setRows(last + 2);
+            g.setRowData(last + 1, int(BookRow::Unchanged));
+            return;
+        }
 }
 
 } // namespace kx

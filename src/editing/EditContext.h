@@ -33,6 +33,9 @@ struct EditContext {
     /// The chart of accounts with the use counts of the book shown, read
     /// when first needed for this book.
     const AccountChart &chart();
+    /// Adds an empty row at the bottom, for the next record, when the last
+    /// row is not empty and the book may be changed.
+    void keepBlankRow();
     /// Forgets what was read for the book shown (a new book was loaded).
     void forgetBook();
     /// The key of grid column \a col as a journal column (Count: none).

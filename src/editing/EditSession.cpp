@@ -40,16 +40,7 @@ EditRule *EditSession::ruleFor(int col) const
 
 void EditSession::keepBlankRow()
 {
-    GridModel &g = m_ctx.grid;
-    if (!m_ctx.state.mayModify() || m_ctx.state.isConsolidated() || g.rows() <= g.fixedRows())
-        return;
-    const int last = g.rows() - 1;
-    for (int c = g.fixedCols(); c < g.cols(); ++c)
-        if (!g.isEmpty(last, c)) {
-            g.setRows(last + 2);
-            g.setRowData(last + 1, int(BookRow::Unchanged));
-            return;
-        }
+    m_ctx.keepBlankRow();
 }
 
 void EditSession::clearHistory()

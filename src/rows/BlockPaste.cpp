@@ -53,14 +53,7 @@ void BlockPaste::finish(int firstRow, bool changed)
     GridModel &grid = m_ctx.grid;
     if (!changed)
         return;
-    // One empty row waits at the bottom for the next record.
-    const int last = grid.rows() - 1;
-    for (int c = grid.fixedCols(); c < grid.cols(); ++c)
-        if (!grid.isEmpty(last, c)) {
-            grid.setRows(last + 2);
-            grid.setRowData(last + 1, int(BookRow::Unchanged));
-            break;
-        }
+    m_ctx.keepBlankRow();
     BalanceCalculator(grid, m_ctx.state).recalculateFrom(firstRow);
     m_ctx.state.dirty = true;
     m_ctx.host.markDirty();
