@@ -1,4 +1,5 @@
 #include "DemoWindow.h"
+#include "VoucherTool.h"
 
 #include <kxjournal/SampleBooks.h>
 
@@ -194,18 +195,25 @@ int main(int argc, char **argv)
     QElapsedTimer clock;
     clock.start();
     // The command-line tool needs no screen; only the demo builds widgets.
+    // Making a voucher runs the control itself, drawn nowhere.
     bool tool = false;
-    for (int i = 1; i < argc; ++i)
-        tool = tool || qstrcmp(argv[i], "sample") == 0;
+    for (int i = 1; i < argc; ++i) {
+        tool = tool || qstrcmp(argv[i], "sample") == 0 || qstrcmp(argv[i], "voucher") == 0;
+        if (qstrcmp(argv[i], "make") == 0 && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
     std::unique_ptr<QCoreApplication> instance(tool ? new QCoreApplication(argc, argv) : new QApplication(argc, argv));
     QCoreApplication &app = *instance;
     QCoreApplication::setApplicationName(QStringLiteral("kxjournal"));
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("kxAccJournal demo host and tool.\n\n"
                                                     "  demo     open the demo host (the default)\n"
-                                                    "  sample   write sample books into a database"));
+                                                    "  sample   write sample books into a database\n"
+                                                    "  voucher FILE\n"
+                                                    "           print a voucher exchange file as a table\n"
+                                                    "  make     make a voucher file of a book's records of some days"));
     parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("demo or sample"));
+    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("demo, sample, voucher or make"));
     const QCommandLineOption dbOption(QStringLiteral("db"), QStringLiteral("Database URL (sqlite:PATH, postgresql://…)."),
                                       QStringLiteral("URL"));
     const QCommandLineOption screenshot(QStringLiteral("screenshot"), QStringLiteral("Write a PNG of the window to FILE and quit."),
@@ -224,7 +232,22 @@ int main(int argc, char **argv)
     const QCommandLineOption picker(QStringLiteral("picker"),
                                     QStringLiteral("With --screenshot: show the account picker searching TEXT (demo)."),
                                     QStringLiteral("TEXT"));
-    parser.addOptions({dbOption, screenshot, records, books, book, packed, firstFrame, append, picker});
+    const QCommandLineOption from(QStringLiteral("from"), QStringLiteral("First record date, yyyy-MM-dd (make)."),
+                                  QStringLiteral("DATE"));
+    const QCommandLineOption to(QStringLiteral("to"), QStringLiteral("Last record date, yyyy-MM-dd (make)."),
+                                QStringLiteral("DATE"));
+    const QCommandLineOption out(QStringLiteral("out"), QStringLiteral("Folder the voucher file goes into (make)."),
+                                 QStringLiteral("DIR"), QStringLiteral("."));
+    const QCommandLineOption types(QStringLiteral("types"), QStringLiteral("Voucher types, the first used (make)."),
+                                   QStringLiteral("TYPES"), QStringLiteral("记|收|付|转"));
+    const QCommandLineOption user(QStringLiteral("user"), QStringLiteral("Who makes the voucher (make)."),
+                                  QStringLiteral("NAME"), QStringLiteral("kxjournal"));
+    const QCommandLineOption director(QStringLiteral("director"), QStringLiteral("The accounting director (make)."),
+                                      QStringLiteral("NAME"));
+    const QCommandLineOption codec(QStringLiteral("codec"), QStringLiteral("Code page of the voucher file (voucher, make)."),
+                                   QStringLiteral("NAME"), QStringLiteral("GBK"));
+    parser.addOptions({dbOption, screenshot, records, books, book, packed, firstFrame, append, picker, from, to, out, types,
+                       user, director, codec});
     parser.process(app);
     const QStringList args = parser.positionalArguments();
     const QString command = args.isEmpty() ? QStringLiteral("demo") : args.first();
@@ -245,6 +268,31 @@ int main(int argc, char **argv)
             return 2;
         }
         return runSample(parser.value(dbOption), recordCount, bookTotal, parser.isSet(append));
+    }
+    if (command == QLatin1String("voucher")) {
+        if (args.size() != 2) {
+            std::fprintf(stderr, "kxjournal: voucher needs the file to print\n");
+            return 2;
+        }
+        return VoucherTool::print(args.at(1), parser.value(codec));
+    }
+    if (command == QLatin1String("make")) {
+        VoucherTool::MakeOptions o;
+        o.url = parser.value(dbOption);
+        o.book = parser.value(book);
+        o.from = QDate::fromString(parser.value(from), Qt::ISODate);
+        o.to = QDate::fromString(parser.value(to), Qt::ISODate);
+        o.out = parser.value(out);
+        o.types = parser.value(types);
+        o.user = parser.value(user);
+        o.director = parser.value(director);
+        o.codec = parser.value(codec);
+        if (o.url.isEmpty() || !o.from.isValid() || !o.to.isValid() || o.to < o.from) {
+            std::fprintf(stderr, "kxjournal: make needs --db URL, --book CODE, --from DATE and --to DATE "
+                                 "(yyyy-MM-dd, --from not after --to)\n");
+            return 2;
+        }
+        return VoucherTool::make(o);
     }
     if (command == QLatin1String("demo")) {
         const QString url = parser.isSet(dbOption) ? parser.value(dbOption) : defaultDatabaseUrl();

@@ -83,6 +83,13 @@ public:
     /// True while a row is being dragged.
     bool isDraggingRow() const { return m_dragSource >= 0 && m_dragging; }
 
+    /// Decides what a double-click on grid cell (\a row, \a col) does before
+    /// it opens the cell's editor: true when it was handled (no editor opens).
+    using DoubleClickHandler = std::function<bool(int row, int col)>;
+    /// Sets what a double-click does first; an empty handler lets every
+    /// double-click open the editor.
+    void setDoubleClickHandler(DoubleClickHandler handler) { m_doubleClick = std::move(handler); }
+
     /// Re-reads every row's height and hidden flag from the model.
     void syncRows();
     /// Re-reads every column's width and hidden flag from the model.
@@ -126,6 +133,7 @@ private:
     std::pair<int, int> dropCell(const QPoint &headerPos) const;
 
     RowDropTest m_dropTest;
+    DoubleClickHandler m_doubleClick;
     int m_dragSource = -1;  ///< the row pressed on in the row header (-1: none)
     bool m_dragging = false;
     QPoint m_pressPos;

@@ -18,6 +18,7 @@ class AccountPicker;
 class CalculatorPopup;
 class GridView;
 class JournalPrivate;
+class VoucherPicker;
 
 /// The journal book control: an editable grid of one book's records with
 /// running balances, for a host program to place on a screen.
@@ -148,6 +149,13 @@ public:
     GridView *gridView() const;
     /// True when the current row has an account (a voucher may be linked to it).
     bool AllowAccDoc() const;
+    /// The voucher row \a Row is linked to (0: none); -1 for a summary row
+    /// or a row not stored yet.
+    Q_INVOKABLE int DirID(int Row = 0) const;
+    /// Links row \a Row to voucher \a value (a DocID of the voucher
+    /// directory), written to the record at once. A row that has a voucher
+    /// already, or no account, is refused with a message.
+    Q_INVOKABLE void setDirID(int value, int Row = 0);
 
     // ---- looks ----
     /// Background of the frame around the grid.
@@ -309,6 +317,24 @@ public:
     /// Pastes tab-separated \a text at the cursor, each cell checked as if
     /// typed; refused cells are listed in one message. True when a cell changed.
     bool pasteText(const QString &text);
+    /// Links every selected row that may take a voucher to voucher \a v;
+    /// each other row says why it was not linked.
+    Q_INVOKABLE void SetDirID(int v);
+    /// Makes a voucher of the selected records and writes it as a voucher
+    /// exchange file into voucherFolder(), then raises AfterMaked with its
+    /// path. True when a file was written.
+    Q_INVOKABLE bool Make();
+    /// The folder Make writes into (default: the system's temporary folder).
+    QString voucherFolder() const;
+    /// Sets the folder Make writes into; empty: the temporary folder.
+    void setVoucherFolder(const QString &path);
+    /// The code page of the voucher file (default "GBK").
+    QString voucherCodec() const;
+    /// Sets the voucher file's code page; an unknown name is refused with a
+    /// message and the present one kept.
+    void setVoucherCodec(const QString &name);
+    /// The voucher picker the voucher cell's ellipsis opens.
+    VoucherPicker *voucherPicker() const;
     /// Inserts a sub-total row below \a Row (0: the current row).
     Q_INVOKABLE bool InsSumRow(int Row = 0);
     /// Removes the summary row \a Row (0: the current row).

@@ -4,6 +4,7 @@
 #include "kxjournal/Result.h"
 #include "kxjournal/SqlStatement.h"
 
+#include <QDate>
 #include <QList>
 #include <QString>
 #include <QVariant>
@@ -103,6 +104,14 @@ public:
     // ---- kxDocDir: vouchers ----
     /// The voucher with id \a docId.
     SqlStatement voucherById(int docId) const;
+    /// The date of one voucher of accounting period \a period (the period bound).
+    SqlStatement voucherDateOfPeriod(const QString &period) const;
+    /// The highest voucher number of type \a type (empty: of every type)
+    /// dated from \a start to \a end (dates bound).
+    SqlStatement highestVoucherNo(const QString &type, const QDate &start, const QDate &end) const;
+    /// Id, date, type and number of the vouchers dated from \a start to
+    /// \a end, newest first; with an invalid date, the \a limit newest of all.
+    SqlStatement vouchersBetween(const QDate &start, const QDate &end, int limit) const;
 
     /// Columns of the record table that updateRecordField() accepts.
     static const QStringList &recordFields();

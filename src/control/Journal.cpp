@@ -38,6 +38,7 @@ Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_unique<JournalP
 
     d->setUpEditing();
     d->setUpRows();
+    d->setUpVouchers();
     JournalRowCommands::offer(*d);
     JournalCommands::offer(*d);
     d->commands.setGate([this](const Command &) { return d->mayStart(); });
@@ -183,7 +184,7 @@ int Journal::LastSumRow() const { return d->state.lastSumRow; }
 void Journal::setLastSumRow(int value) { d->state.lastSumRow = value; }
 GridModel *Journal::Grid() const { return d->grid; }
 GridView *Journal::gridView() const { return d->view; }
-bool Journal::AllowAccDoc() const { return AccID() != 0; }
+bool Journal::AllowAccDoc() const { return AccID() > 0; }
 int Journal::Row() const { return d->grid->row(); }
 
 void Journal::setRow(int value)

@@ -1,6 +1,7 @@
 #include "control/JournalCommands.h"
 
 #include "control/JournalPrivate.h"
+#include "control/JournalVoucherCommands.h"
 #include "kxjournal/Journal.h"
 #include "ledger/ColumnModel.h"
 
@@ -10,14 +11,12 @@ void JournalCommands::offer(JournalPrivate &d)
 {
     CommandRegistry &r = d.commands;
     JournalPrivate *p = &d;
-    const QString voucher = QStringLiteral("voucher");
     const QString output = QStringLiteral("output");
     const QString view = QStringLiteral("view");
     const QString side = QStringLiteral("side");
 
-    // Vouchers and output come with their own folders; until then their items show, disabled.
-    r.add({QStringLiteral("mnuLookAccDoc"), {}, QStringLiteral("凭证"), voucher, {}, {}, {}});
-    r.add({QStringLiteral("mnuMakeDoc"), {}, QStringLiteral("生成凭证"), voucher, {}, {}, {}});
+    JournalVoucherCommands::offer(d);
+    // Output comes with its own folder; until then its items show, disabled.
     r.add({QStringLiteral("mnuFind"), {}, QStringLiteral("查找"), output, {}, {}, {}});
     r.add({QStringLiteral("mnuExport"), {}, QStringLiteral("导出"), output, {}, {}, {}});
     r.add({QStringLiteral("mnuPrint"), {}, QStringLiteral("打印"), output, {}, {}, {}});

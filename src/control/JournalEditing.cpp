@@ -13,6 +13,7 @@
 #include "kxjournal/EditCycle.h"
 #include "kxjournal/GridModel.h"
 #include "kxjournal/GridView.h"
+#include "kxjournal/VoucherPicker.h"
 #include "ledger/BookRow.h"
 
 #include <QScopedValueRollback>
@@ -82,6 +83,7 @@ void JournalPrivate::closePickers()
     accountPicker->hide();
     calculator->hide();
     datePicker->hide();
+    voucherPicker->hide();
 }
 
 void JournalPrivate::openPicker(int row, int col, const QString &key)
@@ -102,6 +104,9 @@ void JournalPrivate::openPicker(int row, int col, const QString &key)
         accountPicker->setSearchText(QString());
         place(accountPicker, row, col);
         accountPicker->show();
+        break;
+    case JournalColumns::AccDoc:
+        openVoucherPicker(row, col);
         break;
     case JournalColumns::Debit:
     case JournalColumns::Credit:

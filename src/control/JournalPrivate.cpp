@@ -24,7 +24,7 @@ QString operationText(const QString &name)
 
 bool isLong(const QString &name)
 {
-    return name == QLatin1String("Load") || name == QLatin1String("Save");
+    return name == QLatin1String("Load") || name == QLatin1String("Save") || name == QLatin1String("MakeAccDoc");
 }
 
 bool hasScreen()

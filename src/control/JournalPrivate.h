@@ -20,6 +20,7 @@ class GridView;
 class Journal;
 class JournalFrame;
 class JournalMenu;
+class VoucherPicker;
 
 /// The control's state and the host its ledger classes report to: messages,
 /// questions and progress become the control's events. It also keeps one
@@ -94,6 +95,13 @@ public:
     void pasteFromClipboard();
     /// Asks, then empties the selected cells.
     bool clearCells();
+    /// Sets up voucher work: the picker, the double-click on a voucher cell.
+    void setUpVouchers();
+    /// Opens the voucher picker next to (\a row, \a col), its list read afresh.
+    void openVoucherPicker(int row, int col);
+    /// The voucher menu item: asks the host to show the current row's
+    /// voucher, or makes one of the selected rows when it has none.
+    void lookAtVoucher();
     /// Places \a popup below the cell (\a row, \a col), inside the control.
     void place(QWidget *popup, int row, int col);
 
@@ -108,6 +116,9 @@ public:
     AccountPicker *accountPicker = nullptr;
     CalculatorPopup *calculator = nullptr;
     DatePicker *datePicker = nullptr;
+    VoucherPicker *voucherPicker = nullptr;
+    QString voucherFolder;                        ///< where Make writes (empty: the temporary folder)
+    QString voucherCodec = QStringLiteral("GBK");  ///< the voucher file's code page
     int pickerRow = -1;  ///< the cell the account picker or calculator was opened for
     int pickerCol = -1;
     QString message;

@@ -294,4 +294,28 @@ SqlStatement SqlDialect::voucherById(int docId) const
     return {QStringLiteral("Select * From kxDocDir Where DocID=%1").arg(docId), {}};
 }
 
+SqlStatement SqlDialect::voucherDateOfPeriod(const QString &period) const
+{
+    // Any voucher of the period will do; the engine decides which.
+    return {selectTop(1, QStringLiteral("DocDate From kxDocDir Where AccPeriod=? Order by AccPeriod DESC")), {period}};
+}
+
+SqlStatement SqlDialect::highestVoucherNo(const QString &type, const QDate &start, const QDate &end) const
+{
+    if (type.isEmpty())
+        return {selectTop(1, QStringLiteral("DocNo From kxDocDir Where DocDate Between ? and ? Order by DocNo DESC ")),
+                {start, end}};
+    return {selectTop(1, QStringLiteral("DocNo From kxDocDir Where DocType=? And DocDate Between ? and ? Order by DocNo DESC ")),
+            {type, start, end}};
+}
+
+SqlStatement SqlDialect::vouchersBetween(const QDate &start, const QDate &end, int limit) const
+{
+    const QString columns = QStringLiteral("DocID, DocDate, DocType, DocNo From kxDocDir");
+    const QString order = QStringLiteral(" Order by DocDate DESC, DocNo DESC, DocID DESC");
+    if (!start.isValid() || !end.isValid())
+        return {selectTop(limit, columns + order), {}};
+    return {QStringLiteral("Select ") + columns + QStringLiteral(" Where DocDate Between ? and ?") + order, {start, end}};
+}
+
 } // namespace kx

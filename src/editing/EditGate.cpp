@@ -53,6 +53,9 @@ int EditGate::filterKey(const EditContext &ctx, int col, int key)
     default:
         break;
     }
+    // The voucher cell shows a link; it changes only through the voucher picker.
+    if (ctx.columnAt(col) == JournalColumns::AccDoc)
+        return 0;
     if (!isNumericColumn(ctx, col))
         return key;
     static const QString allowed = QStringLiteral("0123456789./*-+()×÷−");

@@ -89,7 +89,11 @@ void EditSession::onValidate(int row, int col, bool &cancel)
     QString text = EditGate::stripControlChars(cycle->editText());
     const BookRow line(m_ctx.grid, m_ctx.columns, row);
     m_ctx.cellChanged = m_ctx.grid.text(row, col) != text || (!text.isEmpty() && line.accId() == 0);
-    if (m_ctx.cellChanged) {
+    if (m_ctx.columnAt(col) == JournalColumns::AccDoc) {
+        // Nothing typed reaches the voucher cell; the picker links a voucher.
+        m_ctx.cellChanged = false;
+        text = m_ctx.grid.text(row, col);
+    } else if (m_ctx.cellChanged) {
         // Only the voucher and account pickers open on a row that may not
         // change; what is typed there is not taken.
         if (!EditGate::canEditRow(m_ctx, row)) {

@@ -152,6 +152,9 @@ void GridView::syncCols()
 bool GridView::edit(const QModelIndex &index, EditTrigger trigger, QEvent *event)
 {
     const bool opens = trigger == AllEditTriggers || (editTriggers() & trigger);
+    if (trigger == DoubleClicked && m_model && index.isValid() && state() != EditingState && m_doubleClick &&
+        m_doubleClick(m_model->gridRow(index), m_model->gridCol(index)))
+        return false;
     if (!m_model || !index.isValid() || !opens || state() == EditingState || m_activeEditor ||
         !(m_model->flags(index) & Qt::ItemIsEditable))
         return QTableView::edit(index, trigger, event);

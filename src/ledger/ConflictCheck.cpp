@@ -35,14 +35,13 @@ Result<QList<int>> ConflictCheck::changedElsewhere(const QList<int> &keys, int d
     return changed;
 }
 
-Result<void> ConflictCheck::compare(const SqlStatement &statement, QSet<int> &keys, QList<int> &changed) const
+Result<void> ConflictCheck::readStored(const Database &db, const SqlStatement &statement, const StoredVisit &visit)
 {
     // Read into a grid of their own, so the fingerprints come from cells typed
     // as a load types them. Only the stored fields count, so the records are
     // read from their table alone, without a load's joins and labels.
     GridModel scratch;
-    Result<FetchedRows> fetched =
-        RecordFetcher::fetch(m_db, statement, BookLoader::amountFields(), 0, scratch.fixedCols());
+    Result<FetchedRows> fetched = RecordFetcher::fetch(db, statement, BookLoader::amountFields(), 0, scratch.fixedCols());
     if (!fetched.ok())
         return Error(fetched.error());
     const QStringList names = fetched.value().fieldNames;
@@ -57,19 +56,28 @@ Result<void> ConflictCheck::compare(const SqlStatement &statement, QSet<int> &ke
     }
     const JournalColumns columns(scratch);
     for (int r = scratch.fixedRows(); r < scratch.rows(); ++r) {
-        const BookRow row(scratch, columns, r);
         StoredForms::readDate(scratch, columns, r);
-        if (!keys.remove(row.recId()))
-            continue;
-        const int docId = int(row.number(JournalColumns::DocID));
-        const int storedRow = int(row.number(JournalColumns::Row));
-        // Whether the record was its book's first row decides only whether
-        // a total row's amounts count; either reading will do.
-        if (!m_stored.holds(row.recId(), StoredRecords::fingerprint(row, docId, storedRow, false)) &&
-            !m_stored.holds(row.recId(), StoredRecords::fingerprint(row, docId, storedRow, true)))
-            changed << row.recId();
+        visit(BookRow(scratch, columns, r));
     }
     return {};
+}
+
+bool ConflictCheck::unchanged(const StoredRecords &stored, const BookRow &row)
+{
+    const int docId = int(row.number(JournalColumns::DocID));
+    const int storedRow = int(row.number(JournalColumns::Row));
+    // Whether the record was its book's first row decides only whether a
+    // total row's amounts count; either reading will do.
+    return stored.holds(row.recId(), StoredRecords::fingerprint(row, docId, storedRow, false)) ||
+           stored.holds(row.recId(), StoredRecords::fingerprint(row, docId, storedRow, true));
+}
+
+Result<void> ConflictCheck::compare(const SqlStatement &statement, QSet<int> &keys, QList<int> &changed) const
+{
+    return readStored(m_db, statement, [&](const BookRow &row) {
+        if (keys.remove(row.recId()) && !unchanged(m_stored, row))
+            changed << row.recId();
+    });
 }
 
 } // namespace kx

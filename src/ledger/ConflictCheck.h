@@ -4,9 +4,11 @@
 
 #include <QList>
 #include <QSet>
+#include <functional>
 
 namespace kx {
 
+class BookRow;
 class Database;
 class StoredRecords;
 struct SqlStatement;
@@ -26,6 +28,14 @@ public:
     /// differs from what was remembered. A key not remembered, or whose record
     /// is gone, is no conflict: a new row, or one the save adds again.
     Result<QList<int>> changedElsewhere(const QList<int> &keys, int docId) const;
+
+    /// Called with each record read back, as a row of a grid of its own
+    /// (the visit may change its cells).
+    using StoredVisit = std::function<void(const BookRow &row)>;
+    /// Reads the records \a statement selects from their table, typed as a load types them.
+    static Result<void> readStored(const Database &db, const SqlStatement &statement, const StoredVisit &visit);
+    /// True when \a row, read back by readStored(), is what \a stored remembers of it.
+    static bool unchanged(const StoredRecords &stored, const BookRow &row);
 
 private:
     static constexpr int WholeBookFrom = 2000;

@@ -1,0 +1,125 @@
+#include "VoucherTool.h"
+
+#include <kxjournal/Database.h>
+#include <kxjournal/GridModel.h>
+#include <kxjournal/Journal.h>
+#include <kxjournal/SqlAccContext.h>
+#include <kxjournal/VoucherFile.h>
+
+#include <QStringList>
+#include <cstdio>
+
+namespace {
+
+// Columns a terminal gives \a text: CJK characters take two.
+int displayWidth(const QString &text)
+{
+    int width = 0;
+    for (const uint c : text.toUcs4())
+        width += c >= 0x2E80 && !(c >= 0xFF61 && c <= 0xFFDC) ? 2 : 1;
+    return width;
+}
+
+QString padded(const QString &text, int width, bool right)
+{
+    const QString fill(std::max(0, width - displayWidth(text)), QLatin1Char(' '));
+    return right ? fill + text : text + fill;
+}
+
+void printTable(const QList<QStringList> &rows, const QList<bool> &rightAligned)
+{
+    QList<int> widths(rightAligned.size(), 0);
+    for (const QStringList &row : rows)
+        for (int c = 0; c < row.size() && c < widths.size(); ++c)
+            widths[c] = std::max(widths[c], displayWidth(row.at(c)));
+    for (const QStringList &row : rows) {
+        QStringList cells;
+        for (int c = 0; c < row.size() && c < widths.size(); ++c)
+            cells << padded(row.at(c), widths[c], rightAligned[c]);
+        std::printf("%s\n", qPrintable(cells.join(QStringLiteral("  ")).trimmed()));
+    }
+}
+
+} // namespace
+
+int VoucherTool::print(const QString &path, const QString &codec)
+{
+    const kx::Result<kx::Voucher> read = kx::VoucherFile::read(path, codec);
+    if (!read.ok()) {
+        std::fprintf(stderr, "kxjournal: %s\n", qPrintable(read.error()));
+        return 1;
+    }
+    const kx::Voucher &v = read.value();
+    std::printf("%s\n", qPrintable(QStringLiteral("凭证 %1 %2 号  日期 %3  所选行 %4  制单 %5  主管 %6")
+                                       .arg(v.docType)
+                                       .arg(v.docNo)
+                                       .arg(v.docDate.toString(Qt::ISODate))
+                                       .arg(v.addQty)
+                                       .arg(v.inputor, v.director)));
+    QList<QStringList> rows{{QStringLiteral("行"), QStringLiteral("摘要"), QStringLiteral("科目编码"), QStringLiteral("科目名称"),
+                             QStringLiteral("借方"), QStringLiteral("贷方"), QStringLiteral("外币")}};
+    for (const kx::Voucher::Line &l : v.lines)
+        rows << QStringList{QString::number(l.row), l.explain,           l.accCode,          l.accName,
+                            l.debit.toString(),     l.credit.toString(), l.forex.toString()};
+    rows << QStringList{QString(), QStringLiteral("合计"), QString(), QString(), v.debitTotal().toString(),
+                        v.creditTotal().toString(), QString()};
+    printTable(rows, {true, false, false, false, true, true, true});
+    return 0;
+}
+
+int VoucherTool::make(const MakeOptions &o)
+{
+    kx::Database db = kx::Database::open(o.url);
+    if (!db.isOpen()) {
+        std::fprintf(stderr, "kxjournal: %s\n", qPrintable(db.lastError()));
+        return 1;
+    }
+    const int bookId =
+        db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {o.book}}).valueOr(QVariant()).toInt();
+    if (bookId <= 0) {
+        std::fprintf(stderr, "kxjournal: no book with code %s\n", qPrintable(o.book));
+        return 1;
+    }
+    kx::SqlAccContext context(std::move(db));
+    context.setUserName(o.user);
+    context.setDirectorName(o.director);
+    context.setDocTypes(o.types);
+    context.setCurPeriod(o.from.toString(QStringLiteral("yyyyMM")));
+    context.setPeriodStart(QDate(o.from.year(), o.from.month(), 1));
+    context.setPeriodEnd(QDate(o.to.year(), o.to.month(), o.to.daysInMonth()));
+    kx::Journal journal;
+    QObject::connect(&journal, &kx::Journal::Notify, [](const QString &message, bool) {
+        if (!message.isEmpty())
+            std::fprintf(stderr, "kxjournal: %s\n", qPrintable(message));
+    });
+    QString written;
+    QObject::connect(&journal, &kx::Journal::AfterMaked, [&written](const QString &path) { written = path; });
+    journal.setAcc(&context);
+    if (!journal.Load(bookId))
+        return 1;
+    journal.setVoucherFolder(o.out);
+    journal.setVoucherCodec(o.codec);
+    if (journal.voucherCodec() != o.codec)
+        return 2;
+    // The records of those days lie together: a book is kept in date order.
+    kx::GridModel *grid = journal.Grid();
+    const int dateCol = grid->colIndex(QStringLiteral("JnlDate"));
+    int first = -1, last = -1;
+    for (int r = grid->fixedRows(); r < grid->rows(); ++r) {
+        const QDate day = QDate::fromString(grid->text(r, dateCol), Qt::ISODate);
+        if (day.isValid() && day >= o.from && day <= o.to) {
+            first = first < 0 ? r : first;
+            last = r;
+        }
+    }
+    if (first < 0) {
+        std::fprintf(stderr, "kxjournal: book %s has no records from %s to %s\n", qPrintable(o.book),
+                     qPrintable(o.from.toString(Qt::ISODate)), qPrintable(o.to.toString(Qt::ISODate)));
+        return 1;
+    }
+    grid->select(first, grid->fixedCols(), last, grid->cols() - 1);
+    if (!journal.Make())
+        return 1;
+    std::printf("%s\n", qPrintable(written));
+    return 0;
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+namespace kx {
+
+class JournalPrivate;
+
+/// The voucher group of the context menu: look at a voucher (or make one),
+/// pick one, remove links, make a voucher.
+class JournalVoucherCommands
+{
+public:
+    /// Adds the voucher entries to \a d's command registry.
+    static void offer(JournalPrivate &d);
+};
+
+} // namespace kx

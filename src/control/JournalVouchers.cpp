@@ -1,0 +1,109 @@
+// Journal: vouchers — links, the picker, making a voucher file.
+#include "kxjournal/Journal.h"
+
+#include "control/JournalPrivate.h"
+#include "kxjournal/GridModel.h"
+#include "kxjournal/GridView.h"
+#include "kxjournal/VoucherFile.h"
+#include "kxjournal/VoucherPicker.h"
+#include "ledger/BookRow.h"
+#include "voucher/VoucherLink.h"
+#include "voucher/VoucherMaker.h"
+
+#include <QDir>
+
+namespace kx {
+
+void JournalPrivate::setUpVouchers()
+{
+    voucherPicker = new VoucherPicker(q);
+    QObject::connect(voucherPicker, &VoucherPicker::voucherChosen, q, [this](int id) { q->SetDirID(id); });
+    // A double-click on a linked voucher cell asks the host for the voucher's records.
+    view->setDoubleClickHandler([this](int row, int col) {
+        const JournalColumns columns(*grid);
+        if (col != columns[JournalColumns::AccDoc] || BookRow::of(*grid, columns, row).dirId() <= 0)
+            return false;
+        cancels(QStringLiteral("DocRecs"));
+        return true;
+    });
+}
+
+void JournalPrivate::openVoucherPicker(int row, int col)
+{
+    if (!grid->isDataRow(row))
+        return;
+    closePickers();
+    if (!voucherPicker->context())
+        voucherPicker->setContext(context());
+    // Read afresh each time: the host may have made vouchers since.
+    prompt(QStringLiteral("装入会计科目..."), false);
+    voucherPicker->load();
+    prompt(QString(), false);
+    pickerRow = row;
+    pickerCol = col;
+    place(voucherPicker, row, std::max(col, grid->fixedCols()));
+    voucherPicker->setSearchText(QString());
+    voucherPicker->show();
+    voucherPicker->setFocus();
+}
+
+void JournalPrivate::lookAtVoucher()
+{
+    const JournalColumns columns(*grid);
+    if (grid->isDataRow(grid->row()) && BookRow::of(*grid, columns, grid->row()).dirId() > 0)
+        cancels(QStringLiteral("LookAccDoc"));
+    else if (!state.isConsolidated())
+        q->Make();
+}
+
+int Journal::DirID(int Row) const
+{
+    return VoucherLink(*d->grid, d->state, *d, d->context()).dirId(d->rowOr(Row));
+}
+
+void Journal::setDirID(int value, int Row)
+{
+    d->exclusive(QStringLiteral("DirID"), false, [&] {
+        return d->settleEditor() && VoucherLink(*d->grid, d->state, *d, d->context()).link(d->rowOr(Row), value);
+    });
+}
+
+void Journal::SetDirID(int v)
+{
+    d->exclusive(QStringLiteral("DirID"), 0, [&] {
+        return d->settleEditor() ? VoucherLink(*d->grid, d->state, *d, d->context()).linkSelection(v) : 0;
+    });
+}
+
+bool Journal::Make()
+{
+    const QString path = d->exclusive(QStringLiteral("MakeAccDoc"), QString(), [&] {
+        if (!d->settleEditor())
+            return QString();
+        const Result<QString> made = VoucherMaker(*d->grid, d->state, *d, d->context()).make(voucherFolder(), d->voucherCodec);
+        if (!made.ok())
+            d->prompt(made.error(), false);
+        return made.valueOr(QString());
+    });
+    // Raised once the operation is over, so the host's handler may use the control.
+    if (path.isEmpty())
+        return false;
+    Q_EMIT AfterMaked(path);
+    return true;
+}
+
+QString Journal::voucherFolder() const { return d->voucherFolder.isEmpty() ? QDir::tempPath() : d->voucherFolder; }
+void Journal::setVoucherFolder(const QString &path) { d->voucherFolder = path; }
+QString Journal::voucherCodec() const { return d->voucherCodec; }
+
+void Journal::setVoucherCodec(const QString &name)
+{
+    if (VoucherFile::isKnownCodec(name))
+        d->voucherCodec = name;
+    else
+        Prompt(QStringLiteral("不认识的编码“%1”，凭证文件仍用 %2 编码。").arg(name, d->voucherCodec));
+}
+
+VoucherPicker *Journal::voucherPicker() const { return d->voucherPicker; }
+
+} // namespace kx

@@ -1,0 +1,174 @@
+#include "kxjournal/VoucherPicker.h"
+
+#include "kxjournal/AccContext.h"
+#include "voucher/VoucherDirectory.h"
+
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPointer>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+namespace kx {
+
+namespace {
+
+// A search shows at most this many vouchers; more words narrow it further.
+constexpr int ShownAtMost = 500;
+
+bool matches(const VoucherPicker::Entry &e, const QString &word)
+{
+    const QString number = QString::number(e.number);
+    const QString iso = e.date.toString(Qt::ISODate);
+    return iso.contains(word) || e.date.toString(QStringLiteral("MMdd")) == word ||
+           (!e.type.isEmpty() && e.type.startsWith(word)) || number.startsWith(word) ||
+           (e.type + number).startsWith(word);
+}
+
+} // namespace
+
+class VoucherPicker::Private
+{
+public:
+    QPointer<AccContext> acc;
+    QList<Entry> entries;
+    QLineEdit *search = nullptr;
+    QTreeWidget *list = nullptr;
+
+    void fill(const QString &text);
+};
+
+void VoucherPicker::Private::fill(const QString &text)
+{
+    list->clear();
+    const QStringList words = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    QList<QTreeWidgetItem *> items;
+    for (const Entry &e : std::as_const(entries)) {
+        if (items.size() >= ShownAtMost)
+            break;
+        bool all = true;
+        for (const QString &w : words)
+            all = all && matches(e, w);
+        if (!all)
+            continue;
+        auto *item = new QTreeWidgetItem({e.date.toString(Qt::ISODate), e.type + QLatin1Char(' ') + QString::number(e.number)});
+        item->setData(0, Qt::UserRole, e.id);
+        items << item;
+    }
+    list->addTopLevelItems(items);
+    if (!items.isEmpty())
+        list->setCurrentItem(items.first());
+}
+
+VoucherPicker::VoucherPicker(QWidget *parent) : QFrame(parent), d(std::make_unique<Private>())
+{
+    setObjectName(QStringLiteral("VoucherPicker"));
+    setFrameShape(QFrame::Box);
+    setAutoFillBackground(true);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(2, 2, 2, 2);
+    d->search = new QLineEdit(this);
+    d->search->setObjectName(QStringLiteral("search"));
+    d->search->setPlaceholderText(QStringLiteral("日期、凭证字或凭证号"));
+    d->list = new QTreeWidget(this);
+    d->list->setObjectName(QStringLiteral("vouchers"));
+    d->list->setHeaderLabels({QStringLiteral("日期"), QStringLiteral("凭证字号")});
+    d->list->setRootIsDecorated(false);
+    d->list->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    d->list->setFocusPolicy(Qt::NoFocus);
+    layout->addWidget(d->search);
+    layout->addWidget(d->list);
+    resize(260, 300);
+    d->search->installEventFilter(this);
+    connect(d->search, &QLineEdit::textChanged, this, [this](const QString &t) { d->fill(t); });
+    connect(d->list, &QTreeWidget::itemActivated, this,
+            [this](QTreeWidgetItem *item) { choose(item->data(0, Qt::UserRole).toInt()); });
+    hide();
+}
+
+VoucherPicker::~VoucherPicker() = default;
+
+AccContext *VoucherPicker::context() const { return d->acc.data(); }
+void VoucherPicker::setContext(AccContext *acc) { d->acc = acc; }
+
+bool VoucherPicker::load()
+{
+    AccContext *acc = d->acc.data();
+    if (!acc)
+        return false;
+    const Result<QList<Entry>> got = VoucherDirectory(acc->Connection()).vouchers(acc->PeriodStart(), acc->PeriodEnd());
+    if (!got.ok())
+        return false;
+    setEntries(got.value());
+    return true;
+}
+
+void VoucherPicker::setEntries(const QList<Entry> &entries)
+{
+    d->entries = entries;
+    d->fill(d->search->text());
+}
+
+int VoucherPicker::count() const { return int(d->entries.size()); }
+QString VoucherPicker::searchText() const { return d->search->text(); }
+void VoucherPicker::setSearchText(const QString &text) { d->search->setText(text); }
+
+QList<int> VoucherPicker::listedVouchers() const
+{
+    QList<int> ids;
+    for (int i = 0; i < d->list->topLevelItemCount(); ++i)
+        ids << d->list->topLevelItem(i)->data(0, Qt::UserRole).toInt();
+    return ids;
+}
+
+int VoucherPicker::currentVoucher() const
+{
+    const QTreeWidgetItem *item = d->list->currentItem();
+    return item ? item->data(0, Qt::UserRole).toInt() : 0;
+}
+
+void VoucherPicker::choose(int id)
+{
+    hide();
+    if (id > 0)
+        Q_EMIT voucherChosen(id);
+}
+
+void VoucherPicker::showEvent(QShowEvent *event)
+{
+    QFrame::showEvent(event);
+    raise();
+    d->search->setFocus();
+    d->search->selectAll();
+}
+
+bool VoucherPicker::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched != d->search || event->type() != QEvent::KeyPress)
+        return QFrame::eventFilter(watched, event);
+    auto *ke = static_cast<QKeyEvent *>(event);
+    switch (ke->key()) {
+    case Qt::Key_Up:
+    case Qt::Key_Down: {
+        QTreeWidgetItem *now = d->list->currentItem();
+        QTreeWidgetItem *next = now ? (ke->key() == Qt::Key_Up ? d->list->itemAbove(now) : d->list->itemBelow(now))
+                                    : d->list->topLevelItem(0);
+        if (next)
+            d->list->setCurrentItem(next);
+        return true;
+    }
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        choose(currentVoucher());
+        return true;
+    case Qt::Key_Escape:
+        hide();
+        Q_EMIT dismissed();
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace kx

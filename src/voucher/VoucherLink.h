@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QHash>
+#include <QList>
+#include <QString>
+
+namespace kx {
+
+class AccContext;
+class BookRow;
+class GridModel;
+class LedgerHost;
+class LedgerState;
+
+/// Links between journal records and vouchers: the DirID of a record and
+/// the short voucher label in its AccDoc cell.
+///
+/// A link is written to the record in the database at once, apart from a
+/// save; the control's memory of what the database holds follows it, so
+/// the next save neither rewrites the record nor takes the link for
+/// somebody else's change. A record somebody else linked or deleted since
+/// it was read is not overwritten: the user is told to read the book again.
+class VoucherLink
+{
+public:
+    /// Works on \a grid with the book's \a state, reporting to \a host,
+    /// writing through \a acc's connection.
+    VoucherLink(GridModel &grid, LedgerState &state, LedgerHost &host, AccContext *acc)
+        : m_grid(grid), m_state(state), m_host(host), m_acc(acc)
+    {
+    }
+
+    /// The voucher row \a row is linked to (0: none); -1 for a summary row
+    /// or a row not yet stored.
+    int dirId(int row) const;
+    /// True when \a row may take a voucher: no summary row, not linked yet,
+    /// and an account of its own or the book's relative account.
+    static bool isCandidate(const BookRow &row, int relativeAccId);
+    /// Links \a row to voucher \a voucherId, or says why it cannot be linked;
+    /// true when it was linked.
+    bool link(int row, int voucherId);
+    /// Links every row of the selected block, each judged alone (an unfit
+    /// row says why and the others are linked); how many were linked.
+    int linkSelection(int voucherId);
+    /// Asks, then takes the voucher links off every selected row but the
+    /// summary rows; true when they were removed.
+    bool removeLinks();
+
+private:
+    // Writes \a voucherId as the link of each of \a rows (grid and database);
+    // how many were written.
+    int write(const QList<int> &rows, int voucherId);
+    // Writes the stored ones among \a rows in one transaction; the rows
+    // written come back in \a done.
+    bool writeStored(const QList<int> &rows, int voucherId, QList<int> &done);
+
+    GridModel &m_grid;
+    LedgerState &m_state;
+    LedgerHost &m_host;
+    AccContext *m_acc;
+};
+
+} // namespace kx
