@@ -325,14 +325,15 @@ QString VoucherFile::unencodable(const QString &text, const QString &codec)
     QStringEncoder whole(name.constData());
     if (!whole.isValid())
         return {};
-    (void)whole.encode(text);
+    // The encoder works when its result is taken, so it is taken.
+    const QByteArray all = whole.encode(text);
     if (!whole.hasError())
         return {};
     // Find the culprit one character (a surrogate pair counts as one) at a time.
     for (qsizetype i = 0; i < text.size();) {
         const qsizetype n = text.at(i).isHighSurrogate() && i + 1 < text.size() ? 2 : 1;
         QStringEncoder one(name.constData());
-        (void)one.encode(QStringView(text).mid(i, n));
+        const QByteArray bytes = one.encode(QStringView(text).mid(i, n));
         if (one.hasError())
             return text.mid(i, n);
         i += n;

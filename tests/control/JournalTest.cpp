@@ -80,7 +80,8 @@ TEST(Journal, MetaObjectCarriesTheWholeThinInterface)
         EXPECT_TRUE(mo.property(mo.indexOfProperty(name)).hasNotifySignal()) << name;
     for (const char *m : {"AccID(int)", "setAccID(int,int)", "Initial()", "Get_AccCodeField(QString,int)",
                           "Prompt(QString,bool)", "DoCommand(QString,QString)", "Load(int)", "Save()",
-                          "InsSumRow(int)", "RemoveSumRow(int)", "SetDefaultFormat()"}) {
+                          "InsSumRow(int)", "RemoveSumRow(int)", "SetDefaultFormat()", "DirID(int)",
+                          "setDirID(int,int)", "SetDirID(int)", "Make()"}) {
         const int i = mo.indexOfMethod(QMetaObject::normalizedSignature(m));
         ASSERT_GE(i, 0) << "missing method " << m;
         EXPECT_EQ(mo.method(i).methodType(), QMetaMethod::Method) << m;

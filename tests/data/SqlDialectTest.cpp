@@ -106,6 +106,33 @@ TEST(SqlDialect, ServerAndDesktopTextsAreTheProductsOwn)
     }
 }
 
+TEST(SqlDialect, VoucherNumberingBindsTheTypeAndThePeriod)
+{
+    const QDate start(2025, 1, 1), end(2025, 1, 31);
+    const QString type = QStringLiteral("记' Or '1'='1");
+    for (SqlDialect::Kind kind : {SqlDialect::Server, SqlDialect::Desktop}) {
+        const auto d = SqlDialect::create(kind);
+        const kx::SqlStatement typed = d->highestVoucherNo(type, start, end);
+        EXPECT_EQ(typed.text, QStringLiteral("Select Top 1 DocNo From kxDocDir Where DocType=? And DocDate Between ? and ? "
+                                             "Order by DocNo DESC "));
+        EXPECT_EQ(typed.binds, (QVariantList{type, start, end}));
+        EXPECT_EQ(d->highestVoucherNo(QString(), start, end).text,
+                  QStringLiteral("Select Top 1 DocNo From kxDocDir Where DocDate Between ? and ? Order by DocNo DESC "));
+        const kx::SqlStatement dated = d->voucherDateOfPeriod(QStringLiteral("202501"));
+        EXPECT_EQ(dated.text, QStringLiteral("Select Top 1 DocDate From kxDocDir Where AccPeriod=? Order by AccPeriod DESC"));
+        EXPECT_EQ(dated.binds, QVariantList{QStringLiteral("202501")});
+    }
+    for (SqlDialect::Kind kind : {SqlDialect::Sqlite, SqlDialect::Postgres}) {
+        const auto d = SqlDialect::create(kind);
+        EXPECT_EQ(d->highestVoucherNo(type, start, end).text,
+                  QStringLiteral("Select DocNo From kxDocDir Where DocType=? And DocDate Between ? and ? Order by DocNo DESC  Limit 1"));
+        const kx::SqlStatement listed = d->vouchersBetween(start, end, 100);
+        EXPECT_FALSE(listed.text.contains(QStringLiteral("2025")));
+        EXPECT_EQ(listed.binds, (QVariantList{start, end}));
+        EXPECT_TRUE(d->vouchersBetween(QDate(), QDate(), 100).text.endsWith(QStringLiteral(" Limit 100")));
+    }
+}
+
 TEST(SqlDialect, SingleFieldUpdatesBindEverythingButIntegers)
 {
     for (SqlDialect::Kind kind : {SqlDialect::Server, SqlDialect::Desktop, SqlDialect::Sqlite, SqlDialect::Postgres}) {
