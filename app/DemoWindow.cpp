@@ -71,6 +71,16 @@ DemoWindow::DemoWindow(kx::SqlAccContext *context, QWidget *parent)
         if (n >= 0)
             m_progress->setValue(n);
     });
+    // What a host's voucher module would do, shown as messages here.
+    connect(m_journal, &kx::Journal::AfterMaked, this, [this](const QString &path) {
+        m_message->setText(QStringLiteral("凭证文件已生成：%1").arg(path));
+    });
+    connect(m_journal, &kx::Journal::CommandExecute, this, [this](const QString &command, bool &) {
+        if (command == QLatin1String("LookAccDoc") || command == QLatin1String("DocRecs"))
+            m_message->setText(QStringLiteral("%1：凭证 DocID %2（由宿主程序显示）")
+                                   .arg(command == QLatin1String("DocRecs") ? QStringLiteral("凭证的记录") : QStringLiteral("查看凭证"))
+                                   .arg(m_journal->DirID()));
+    });
     resize(1280, 760);
 }
 

@@ -147,6 +147,10 @@ int runDemo(QCoreApplication &app, const QString &url, const QString &screenshot
     context.setDirectorName(QStringLiteral("王会计"));
     context.setBeginDate(QDate(QDate::currentDate().year(), 1, 1));
     context.setDocTypes(QStringLiteral("记|收|付|转"));
+    const QDate today = QDate::currentDate();
+    context.setCurPeriod(today.toString(QStringLiteral("yyyyMM")));
+    context.setPeriodStart(QDate(today.year(), today.month(), 1));
+    context.setPeriodEnd(QDate(today.year(), today.month(), today.daysInMonth()));
     if (!book.isEmpty() &&
         context.Connection()
                 .scalar({QStringLiteral("Select count(*) From kxJournal Where AssistCode=?"), {book}})

@@ -1,13 +1,12 @@
 #include "kxjournal/AccountPicker.h"
 
+#include "control/PickerList.h"
 #include "editing/AccountChart.h"
 
-#include <QHeaderView>
 #include <functional>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QTreeWidget>
-#include <QVBoxLayout>
 
 namespace kx {
 
@@ -58,21 +57,12 @@ void AccountPicker::Private::fill(const QString &text)
 AccountPicker::AccountPicker(QWidget *parent) : QFrame(parent), d(std::make_unique<Private>())
 {
     setObjectName(QStringLiteral("AccountPicker"));
-    setFrameShape(QFrame::Box);
-    setAutoFillBackground(true);
-    auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(2, 2, 2, 2);
-    d->search = new QLineEdit(this);
-    d->search->setObjectName(QStringLiteral("search"));
-    d->search->setPlaceholderText(QStringLiteral("科目编码、名称、助记码或拼音首字母"));
-    d->tree = new QTreeWidget(this);
+    const PickerList parts = PickerList::build(this, QStringLiteral("科目编码、名称、助记码或拼音首字母"),
+                                               {QStringLiteral("编码"), QStringLiteral("科目名称")});
+    d->search = parts.search;
+    d->tree = parts.list;
     d->tree->setObjectName(QStringLiteral("accounts"));
-    d->tree->setHeaderLabels({QStringLiteral("编码"), QStringLiteral("科目名称")});
     d->tree->setRootIsDecorated(true);
-    d->tree->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
-    d->tree->setFocusPolicy(Qt::NoFocus);
-    layout->addWidget(d->search);
-    layout->addWidget(d->tree);
     resize(360, 300);
     d->search->installEventFilter(this);
     connect(d->search, &QLineEdit::textChanged, this, [this](const QString &t) { d->fill(t); });
@@ -130,28 +120,12 @@ bool AccountPicker::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched != d->search || event->type() != QEvent::KeyPress)
         return QFrame::eventFilter(watched, event);
-    auto *ke = static_cast<QKeyEvent *>(event);
-    switch (ke->key()) {
-    case Qt::Key_Up:
-    case Qt::Key_Down: {
-        QTreeWidgetItem *now = d->tree->currentItem();
-        QTreeWidgetItem *next = now ? (ke->key() == Qt::Key_Up ? d->tree->itemAbove(now) : d->tree->itemBelow(now))
-                                    : d->tree->topLevelItem(0);
-        if (next)
-            d->tree->setCurrentItem(next);
-        return true;
-    }
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        choose(currentAccount());
-        return true;
-    case Qt::Key_Escape:
-        hide();
-        Q_EMIT dismissed();
-        return true;
-    default:
-        return false;
-    }
+    return PickerList{d->search, d->tree}.key(
+        static_cast<QKeyEvent *>(event), [this] { choose(currentAccount()); },
+        [this] {
+            hide();
+            Q_EMIT dismissed();
+        });
 }
 
 } // namespace kx

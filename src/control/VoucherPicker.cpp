@@ -1,14 +1,13 @@
 #include "kxjournal/VoucherPicker.h"
 
+#include "control/PickerList.h"
 #include "kxjournal/AccContext.h"
 #include "voucher/VoucherDirectory.h"
 
-#include <QHeaderView>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPointer>
 #include <QTreeWidget>
-#include <QVBoxLayout>
 
 namespace kx {
 
@@ -64,21 +63,12 @@ void VoucherPicker::Private::fill(const QString &text)
 VoucherPicker::VoucherPicker(QWidget *parent) : QFrame(parent), d(std::make_unique<Private>())
 {
     setObjectName(QStringLiteral("VoucherPicker"));
-    setFrameShape(QFrame::Box);
-    setAutoFillBackground(true);
-    auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(2, 2, 2, 2);
-    d->search = new QLineEdit(this);
-    d->search->setObjectName(QStringLiteral("search"));
-    d->search->setPlaceholderText(QStringLiteral("日期、凭证字或凭证号"));
-    d->list = new QTreeWidget(this);
+    const PickerList parts =
+        PickerList::build(this, QStringLiteral("日期、凭证字或凭证号"), {QStringLiteral("日期"), QStringLiteral("凭证字号")});
+    d->search = parts.search;
+    d->list = parts.list;
     d->list->setObjectName(QStringLiteral("vouchers"));
-    d->list->setHeaderLabels({QStringLiteral("日期"), QStringLiteral("凭证字号")});
     d->list->setRootIsDecorated(false);
-    d->list->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
-    d->list->setFocusPolicy(Qt::NoFocus);
-    layout->addWidget(d->search);
-    layout->addWidget(d->list);
     resize(260, 300);
     d->search->installEventFilter(this);
     connect(d->search, &QLineEdit::textChanged, this, [this](const QString &t) { d->fill(t); });
@@ -147,28 +137,12 @@ bool VoucherPicker::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched != d->search || event->type() != QEvent::KeyPress)
         return QFrame::eventFilter(watched, event);
-    auto *ke = static_cast<QKeyEvent *>(event);
-    switch (ke->key()) {
-    case Qt::Key_Up:
-    case Qt::Key_Down: {
-        QTreeWidgetItem *now = d->list->currentItem();
-        QTreeWidgetItem *next = now ? (ke->key() == Qt::Key_Up ? d->list->itemAbove(now) : d->list->itemBelow(now))
-                                    : d->list->topLevelItem(0);
-        if (next)
-            d->list->setCurrentItem(next);
-        return true;
-    }
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        choose(currentVoucher());
-        return true;
-    case Qt::Key_Escape:
-        hide();
-        Q_EMIT dismissed();
-        return true;
-    default:
-        return false;
-    }
+    return PickerList{d->search, d->list}.key(
+        static_cast<QKeyEvent *>(event), [this] { choose(currentVoucher()); },
+        [this] {
+            hide();
+            Q_EMIT dismissed();
+        });
 }
 
 } // namespace kx

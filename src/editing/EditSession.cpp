@@ -90,8 +90,10 @@ void EditSession::onValidate(int row, int col, bool &cancel)
     const BookRow line(m_ctx.grid, m_ctx.columns, row);
     m_ctx.cellChanged = m_ctx.grid.text(row, col) != text || (!text.isEmpty() && line.accId() == 0);
     if (m_ctx.columnAt(col) == JournalColumns::AccDoc) {
-        // Nothing typed reaches the voucher cell; the picker links a voucher.
+        // Nothing typed reaches the voucher cell (the picker links a
+        // voucher): a changed text is refused and the link's text put back.
         m_ctx.cellChanged = false;
+        cancel = text != m_ctx.grid.text(row, col);
         text = m_ctx.grid.text(row, col);
     } else if (m_ctx.cellChanged) {
         // Only the voucher and account pickers open on a row that may not

@@ -94,8 +94,13 @@ int VoucherLink::write(const QList<int> &rows, int voucherId)
     }
     const JournalColumns columns(m_grid);
     QList<int> stored, unsaved;
-    for (int r : rows)
-        (BookRow(m_grid, columns, r).recId() > 0 ? stored : unsaved) << r;
+    for (int r : rows) {
+        const BookRow line(m_grid, columns, r);
+        if (line.recId() > 0)
+            stored << r;
+        else if (line.dirId() != voucherId)  // an empty row losing no link stays as it is
+            unsaved << r;
+    }
     QList<int> done;
     if (!stored.isEmpty() && !writeStored(stored, voucherId, done))
         return 0;

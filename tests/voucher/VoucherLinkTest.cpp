@@ -229,7 +229,7 @@ TEST_P(VoucherLinks, TheVoucherCellOpensTheVoucherAndTakesNoTyping)
     EXPECT_EQ(view->activeEditor(), nullptr) << "the double-click asked the host and opened no editor";
 
     // Typing on a voucher cell changes nothing and marks nothing.
-    b.type(4, "AccDoc", QStringLiteral("05-03记 99"));
+    b.type(4, "AccDoc", QStringLiteral("05-03记 99"));  // every key is held back
     EXPECT_EQ(b.text(4, "AccDoc"), QString());
     EXPECT_FALSE(b.journal->IsDirty());
 }
