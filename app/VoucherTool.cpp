@@ -51,11 +51,8 @@ int VoucherTool::print(const QString &path, const QString &codec)
     }
     const kx::Voucher &v = read.value();
     std::printf("%s\n", qPrintable(QStringLiteral("凭证 %1 %2 号  日期 %3  所选行 %4  制单 %5  主管 %6")
-                                       .arg(v.docType)
-                                       .arg(v.docNo)
-                                       .arg(v.docDate.toString(Qt::ISODate))
-                                       .arg(v.addQty)
-                                       .arg(v.inputor, v.director)));
+                                       .arg(v.docType, QString::number(v.docNo), v.docDate.toString(Qt::ISODate),
+                                            QString::number(v.addQty), v.inputor, v.director)));
     QList<QStringList> rows{{QStringLiteral("行"), QStringLiteral("摘要"), QStringLiteral("科目编码"), QStringLiteral("科目名称"),
                              QStringLiteral("借方"), QStringLiteral("贷方"), QStringLiteral("外币")}};
     for (const kx::Voucher::Line &l : v.lines)

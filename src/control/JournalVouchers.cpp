@@ -23,7 +23,8 @@ void JournalPrivate::setUpVouchers()
         const JournalColumns columns(*grid);
         if (col != columns[JournalColumns::AccDoc] || BookRow::of(*grid, columns, row).dirId() <= 0)
             return false;
-        cancels(QStringLiteral("DocRecs"));
+        if (mayStart())
+            cancels(QStringLiteral("DocRecs"));
         return true;
     });
 }
@@ -33,12 +34,12 @@ void JournalPrivate::openVoucherPicker(int row, int col)
     if (!grid->isDataRow(row))
         return;
     closePickers();
-    if (!voucherPicker->context())
-        voucherPicker->setContext(context());
-    // Read afresh each time: the host may have made vouchers since.
+    // Read afresh each time, from the context in use now: the host may have
+    // made vouchers since, or changed the context.
+    voucherPicker->setContext(context());
     prompt(QStringLiteral("装入会计科目..."), false);
-    voucherPicker->load();
-    prompt(QString(), false);
+    const bool loaded = voucherPicker->load();
+    prompt(loaded ? QString() : QStringLiteral("不能读出凭证目录。"), false);
     pickerRow = row;
     pickerCol = col;
     place(voucherPicker, row, std::max(col, grid->fixedCols()));

@@ -19,8 +19,8 @@ constexpr int ShownAtMost = 500;
 bool matches(const VoucherPicker::Entry &e, const QString &word)
 {
     const QString number = QString::number(e.number);
-    const QString iso = e.date.toString(Qt::ISODate);
-    return iso.contains(word) || e.date.toString(QStringLiteral("MMdd")) == word ||
+    return e.date.toString(Qt::ISODate).startsWith(word) || e.date.toString(QStringLiteral("MM-dd")).startsWith(word) ||
+           e.date.toString(QStringLiteral("MMdd")) == word ||
            (!e.type.isEmpty() && e.type.startsWith(word)) || number.startsWith(word) ||
            (e.type + number).startsWith(word);
 }

@@ -82,4 +82,9 @@ bool BookRow::isSummaryCell(const GridModel &grid, int row, int tagCol)
     return n < 0 || (n == 0 && grid.amount(row, tagCol).sign() < 0);
 }
 
+bool BookRow::isOpening() const
+{
+    return m_row == m_grid->fixedRows();
+}
+
 } // namespace kx

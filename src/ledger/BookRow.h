@@ -39,6 +39,8 @@ public:
 
     /// The grid row.
     int index() const { return m_row; }
+    /// True for the book's first row, the opening balance.
+    bool isOpening() const;
 
     /// The cell text of \a column.
     QString text(JournalColumns::Column column) const;

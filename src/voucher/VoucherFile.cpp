@@ -135,7 +135,7 @@ QString setValue(const Element<Owner> &e, Owner &owner, const QString &text)
         const qlonglong low = e.kind == Kind::ShortNumber ? -32768 : std::numeric_limits<int>::min();
         const qlonglong high = e.kind == Kind::ShortNumber ? 32767 : std::numeric_limits<int>::max();
         if (!ok || n < low || n > high)
-            return QStringLiteral("%1 的值“%2”不是 %3 到 %4 之间的整数").arg(name, text).arg(low).arg(high);
+            return QStringLiteral("%1 的值“%2”不是 %3 到 %4 之间的整数").arg(name, text, QString::number(low), QString::number(high));
         owner.*std::get<int Owner::*>(e.member) = int(n);
         return {};
     }
@@ -264,7 +264,7 @@ private:
     }
     Result<Voucher> fail() const
     {
-        return Error(QStringLiteral("第%1行：%2。").arg(std::min<qsizetype>(m_at, m_lines.size() + 1)).arg(m_error));
+        return Error(QStringLiteral("第%1行：%2。").arg(QString::number(std::max<qsizetype>(1, std::min<qsizetype>(m_at, m_lines.size()))), m_error));
     }
 
     const QStringList &m_lines;
@@ -322,7 +322,9 @@ bool VoucherFile::isKnownCodec(const QString &codec)
 QString VoucherFile::unencodable(const QString &text, const QString &codec)
 {
     const QByteArray name = codec.toLatin1();
-    QStringEncoder whole(name.constData());
+    // Stateless: a half of a surrogate pair at the end is an error, not
+    // something kept back for text that never comes.
+    QStringEncoder whole(name.constData(), QStringConverter::Flag::Stateless);
     if (!whole.isValid())
         return {};
     // The encoder works when its result is taken, so it is taken.
@@ -331,8 +333,8 @@ QString VoucherFile::unencodable(const QString &text, const QString &codec)
         return {};
     // Find the culprit one character (a surrogate pair counts as one) at a time.
     for (qsizetype i = 0; i < text.size();) {
-        const qsizetype n = text.at(i).isHighSurrogate() && i + 1 < text.size() ? 2 : 1;
-        QStringEncoder one(name.constData());
+        const qsizetype n = text.at(i).isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate() ? 2 : 1;
+        QStringEncoder one(name.constData(), QStringConverter::Flag::Stateless);
         const QByteArray bytes = one.encode(QStringView(text).mid(i, n));
         if (one.hasError())
             return text.mid(i, n);
@@ -364,10 +366,17 @@ Result<QByteArray> VoucherFile::encode(const Voucher &voucher, const QString &co
         put("/Row", {}, false);
     }
     put("/Voucher", {}, false);
+    if (!voucher.docDate.isValid())
+        bad = QStringLiteral("凭证日期无效。");
+    if (!voucher.debitTotal().isValid() || !voucher.creditTotal().isValid())
+        bad = QStringLiteral("凭证的金额超出了能表示的范围。");
     if (!bad.isEmpty())
         return Error(bad);
-    QStringEncoder encoder(codec.toLatin1().constData());
-    return QByteArray(encoder.encode(out));
+    QStringEncoder encoder(codec.toLatin1().constData(), QStringConverter::Flag::Stateless);
+    const QByteArray bytes = encoder.encode(out);
+    if (encoder.hasError())
+        return Error(QStringLiteral("凭证含有 %1 编码不能表示的字符。").arg(codec));
+    return bytes;
 }
 
 Result<Voucher> VoucherFile::decode(const QByteArray &bytes, const QString &codec)
@@ -375,19 +384,22 @@ Result<Voucher> VoucherFile::decode(const QByteArray &bytes, const QString &code
     const QByteArray name = codec.toLatin1();
     if (!isKnownCodec(codec))
         return Error(QStringLiteral("不认识的编码“%1”。").arg(codec));
-    QStringDecoder decoder(name.constData());
-    const QString text = decoder.decode(bytes);
+    // A byte-order mark some editors put before UTF-8 text is no part of the voucher.
+    const bool utf8 = QStringConverter::encodingForName(name.constData()) == QStringConverter::Utf8;
+    const QByteArray body = utf8 && bytes.startsWith("\xEF\xBB\xBF") ? bytes.mid(3) : bytes;
+    QStringDecoder decoder(name.constData(), QStringConverter::Flag::Stateless);
+    const QString text = decoder.decode(body);
     // The decoder passes some bad bytes over quietly; text that does not
     // come back byte for byte was not written in this code page.
     QStringEncoder check(name.constData());
-    if (decoder.hasError() || QByteArray(check.encode(text)) != bytes) {
-        const QList<QByteArray> raw = bytes.split('\n');
+    if (decoder.hasError() || QByteArray(check.encode(text)) != body) {
+        const QList<QByteArray> raw = body.split('\n');
         for (qsizetype i = 0; i < raw.size(); ++i) {
             QStringDecoder one(name.constData());
             QStringEncoder back(name.constData());
             const QString line = one.decode(raw.at(i));
             if (one.hasError() || QByteArray(back.encode(line)) != raw.at(i))
-                return Error(QStringLiteral("第%1行：不是 %2 编码的文本。").arg(i + 1).arg(codec));
+                return Error(QStringLiteral("第%1行：不是 %2 编码的文本。").arg(QString::number(i + 1), codec));
         }
         return Error(QStringLiteral("第1行：不是 %1 编码的文本。").arg(codec));
     }

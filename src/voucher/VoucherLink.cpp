@@ -24,9 +24,20 @@ const QString NoContext = QStringLiteral("没有连接到账套。");
 
 bool VoucherLink::isCandidate(const BookRow &row, int relativeAccId)
 {
-    if (row.tag() < 0 || row.dirId() > 0)
+    // A voucher books records: not a summary row, not the opening balance,
+    // not a row without a date (it is never stored).
+    if (row.tag() < 0 || row.isSummary() || row.dirId() > 0 || !row.isDated() || row.isOpening())
         return false;
     return row.accId() > 0 || relativeAccId > 0;
+}
+
+bool VoucherLink::mayChange(int row) const
+{
+    const JournalColumns columns(m_grid);
+    if (m_state.mayModify() && !m_state.unwritable.contains(BookRow(m_grid, columns, row).recId()))
+        return true;
+    m_host.prompt(QStringLiteral("第%1行的记录不能修改，凭证链接没有改变。").arg(row), false);
+    return false;
 }
 
 int VoucherLink::dirId(int row) const
@@ -42,10 +53,14 @@ bool VoucherLink::link(int row, int voucherId)
 {
     if (!m_grid.isDataRow(row))
         return false;
+    if (voucherId <= 0) {
+        m_host.prompt(QStringLiteral("没有指定凭证。"), false);
+        return false;
+    }
     const JournalColumns columns(m_grid);
     const BookRow line(m_grid, columns, row);
     if (isCandidate(line, m_state.book.relativeAccId))
-        return write({row}, voucherId) == 1;
+        return mayChange(row) && write({row}, voucherId) == 1;
     m_host.prompt(line.dirId() <= 0 ? NoAccount : AlreadyLinked, false);
     return false;
 }
@@ -54,12 +69,20 @@ int VoucherLink::linkSelection(int voucherId)
 {
     int r1 = 0, c1 = 0, r2 = 0, c2 = 0;
     m_grid.selection(r1, c1, r2, c2);
+    if (voucherId <= 0) {
+        m_host.prompt(QStringLiteral("没有指定凭证。"), false);
+        return 0;
+    }
     const JournalColumns columns(m_grid);
     QList<int> fit;
     for (int r = std::max(r1, m_grid.fixedRows()); r <= r2 && r < m_grid.rows(); ++r) {
         const BookRow line(m_grid, columns, r);
-        if (isCandidate(line, m_state.book.relativeAccId))
-            fit << r;
+        if (isCandidate(line, m_state.book.relativeAccId)) {
+            if (mayChange(r))
+                fit << r;
+        } else if (!line.isDated() && line.tag() >= 0) {
+            continue;  // the empty row waiting at the bottom is no record
+        }
         else
             m_host.prompt(line.dirId() <= 0 ? NoAccount : AlreadyLinked, false);
     }
@@ -79,9 +102,11 @@ bool VoucherLink::removeLinks()
         return false;
     const JournalColumns columns(m_grid);
     QList<int> rows;
-    for (int r = r1; r <= r2; ++r)
-        if (BookRow(m_grid, columns, r).tag() >= 0)
+    for (int r = r1; r <= r2; ++r) {
+        const BookRow line(m_grid, columns, r);
+        if (line.tag() >= 0 && !line.isSummary() && (line.dirId() != 0 || line.recId() > 0) && mayChange(r))
             rows << r;
+    }
     return !rows.isEmpty() && write(rows, 0) > 0;
 }
 
@@ -102,8 +127,15 @@ int VoucherLink::write(const QList<int> &rows, int voucherId)
             unsaved << r;
     }
     QList<int> done;
-    if (!stored.isEmpty() && !writeStored(stored, voucherId, done))
-        return 0;
+    QStringList refused;
+    if (!stored.isEmpty()) {
+        const Result<void> written = writeStored(stored, voucherId, done, refused);
+        // Said once the transaction is over, so a host's handler works on a quiet database.
+        if (!written.ok()) {
+            m_host.prompt(written.error(), false);
+            return 0;
+        }
+    }
     // A row not stored yet takes its link with it at the next save.
     if (!unsaved.isEmpty()) {
         for (int r : unsaved)
@@ -118,10 +150,12 @@ int VoucherLink::write(const QList<int> &rows, int voucherId)
         line.setText(JournalColumns::AccDoc, label);
         line.setText(JournalColumns::DirID, QString::number(voucherId));
     }
+    if (!refused.isEmpty())
+        m_host.prompt(refused.join(QStringLiteral("；")) + QStringLiteral("，这些记录的凭证链接没有写入，请刷新后再试。"), false);
     return int(done.size());
 }
 
-bool VoucherLink::writeStored(const QList<int> &rows, int voucherId, QList<int> &done)
+Result<void> VoucherLink::writeStored(const QList<int> &rows, int voucherId, QList<int> &done, QStringList &refused)
 {
     const Database &db = m_acc->Connection();
     const JournalColumns columns(m_grid);
@@ -131,9 +165,14 @@ bool VoucherLink::writeStored(const QList<int> &rows, int voucherId, QList<int> 
     QList<int> keys = rowOf.keys();
 
     Transaction tx(db);
-    if (!tx.ok()) {
-        m_host.prompt(tx.error(), false);
-        return false;
+    if (!tx.ok())
+        return Error(tx.error());
+    // One snapshot for the read and the writes: a link another user stores
+    // in between fails this write instead of being overwritten.
+    if (db.engine() == Database::PostgresEngine) {
+        if (const Result<void> snapshot = db.run({QStringLiteral("SET TRANSACTION ISOLATION LEVEL REPEATABLE READ"), {}});
+            !snapshot.ok())
+            return snapshot;
     }
     // What each record holds now decides whether it may be written, and
     // what the control will remember of it afterwards.
@@ -144,7 +183,6 @@ bool VoucherLink::writeStored(const QList<int> &rows, int voucherId, QList<int> 
     };
     QHash<int, Seen> seen;
     QSet<int> found;
-    QStringList refused;
     constexpr int Chunk = 500;
     for (int from = 0; from < keys.size(); from += Chunk) {
         const Result<void> read = ConflictCheck::readStored(
@@ -165,10 +203,8 @@ bool VoucherLink::writeStored(const QList<int> &rows, int voucherId, QList<int> 
                 s.print = StoredRecords::fingerprint(rec, docId, storedRow, s.opening);
                 seen.insert(rec.recId(), s);
             });
-        if (!read.ok()) {
-            m_host.prompt(read.error(), false);
-            return false;
-        }
+        if (!read.ok())
+            return read;
     }
     for (int key : std::as_const(keys))
         if (!found.contains(key))
@@ -176,16 +212,12 @@ bool VoucherLink::writeStored(const QList<int> &rows, int voucherId, QList<int> 
     for (auto it = seen.cbegin(); it != seen.cend(); ++it) {
         const Result<SqlStatement> update = db.dialect().updateRecordField(QStringLiteral("DirID"), voucherId, it.key());
         const Result<void> ran = update.ok() ? db.run(update.value()) : Result<void>(Error(update.error()));
-        if (!ran.ok()) {
-            m_host.prompt(ran.error(), false);
-            return false;
-        }
+        if (!ran.ok())
+            return ran;
     }
     const Result<void> committed = tx.commit();
-    if (!committed.ok()) {
-        m_host.prompt(committed.error(), false);
-        return false;
-    }
+    if (!committed.ok())
+        return committed;
     for (auto it = seen.cbegin(); it != seen.cend(); ++it) {
         // A record somebody else changed keeps its old fingerprint, so the
         // next save still asks before it overwrites that change.
@@ -194,9 +226,7 @@ bool VoucherLink::writeStored(const QList<int> &rows, int voucherId, QList<int> 
         done << rowOf.value(it.key());
     }
     std::sort(done.begin(), done.end());
-    if (!refused.isEmpty())
-        m_host.prompt(refused.join(QStringLiteral("；")) + QStringLiteral("，凭证链接没有写入。请刷新后再试。"), false);
-    return true;
+    return {};
 }
 
 } // namespace kx

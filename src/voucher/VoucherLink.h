@@ -1,5 +1,7 @@
 #pragma once
 
+#include "kxjournal/Result.h"
+
 #include <QHash>
 #include <QList>
 #include <QString>
@@ -33,8 +35,9 @@ public:
     /// The voucher row \a row is linked to (0: none); -1 for a summary row
     /// or a row not yet stored.
     int dirId(int row) const;
-    /// True when \a row may take a voucher: no summary row, not linked yet,
-    /// and an account of its own or the book's relative account.
+    /// True when \a row may take a voucher: a dated record (no summary row,
+    /// not the opening balance), not linked yet, with an account of its own
+    /// or the book's relative account.
     static bool isCandidate(const BookRow &row, int relativeAccId);
     /// Links \a row to voucher \a voucherId, or says why it cannot be linked;
     /// true when it was linked.
@@ -52,7 +55,9 @@ private:
     int write(const QList<int> &rows, int voucherId);
     // Writes the stored ones among \a rows in one transaction; the rows
     // written come back in \a done.
-    bool writeStored(const QList<int> &rows, int voucherId, QList<int> &done);
+    Result<void> writeStored(const QList<int> &rows, int voucherId, QList<int> &done, QStringList &refused);
+    // True when the record of \a row may change; otherwise says so.
+    bool mayChange(int row) const;
 
     GridModel &m_grid;
     LedgerState &m_state;

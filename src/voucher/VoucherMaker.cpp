@@ -65,6 +65,10 @@ Result<Voucher> VoucherMaker::build(int first, int last) const
     if (!m_acc)
         return Error(QStringLiteral("没有连接到账套。"));
     AccContext &acc = *m_acc;
+    if (!acc.PeriodStart().isValid() || !acc.PeriodEnd().isValid() || acc.PeriodEnd() < acc.PeriodStart())
+        return Error(QStringLiteral("没有设定当前会计期间，未能生成记账凭证。"));
+    if (m_state.book.accId <= 0)
+        return Error(QStringLiteral("本账簿没有指定会计科目，未能生成记账凭证。"));
     const VoucherDirectory directory(acc.Connection());
     Voucher v;
     const Result<QDate> date = directory.nextDate(acc.CurPeriod(), acc.PeriodEnd());
@@ -124,6 +128,8 @@ Result<Voucher> VoucherMaker::build(int first, int last) const
     // The own account takes the difference on the side that balances the voucher.
     const bool creditsExceed = credits > debits;
     const Currency gap = creditsExceed ? credits - debits : debits - credits;
+    if (!gap.isValid())
+        return Error(QStringLiteral("所选记录的金额合计超出了能表示的范围，未能生成记账凭证。"));
     if (creditsExceed == credit)
         own.debit = gap;
     else

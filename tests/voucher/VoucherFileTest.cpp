@@ -108,6 +108,7 @@ TEST(VoucherFile, ReadsBackWhatItWrote)
     const kx::Result<QByteArray> utf8 = VoucherFile::encode(sample(), QStringLiteral("UTF-8"));
     ASSERT_TRUE(utf8.ok());
     EXPECT_TRUE(VoucherFile::decode(utf8.value(), QStringLiteral("UTF-8")).value() == sample());
+    EXPECT_TRUE(VoucherFile::decode("\xEF\xBB\xBF" + utf8.value(), QStringLiteral("UTF-8")).ok()) << "an editor's mark";
     EXPECT_FALSE(VoucherFile::encode(sample(), QStringLiteral("no-such-codec")).ok());
     EXPECT_FALSE(VoucherFile::read(dir.filePath(QStringLiteral("missing.kxe"))).ok());
 }
@@ -122,6 +123,10 @@ TEST(VoucherFile, RefusesWhatTheCodePageCannotHoldAndKeepsLinesWhole)
     EXPECT_TRUE(bytes.error().contains(QStringLiteral("😀")));
     EXPECT_EQ(VoucherFile::unencodable(QStringLiteral("a😀b𠮷"), QStringLiteral("GBK")), QStringLiteral("😀"));
     EXPECT_EQ(VoucherFile::unencodable(QStringLiteral("收款€"), QStringLiteral("GBK")), QString());
+    // Half a surrogate pair is no character in any code page.
+    v.lines[0].field2 = QStringLiteral("备注") + QChar(0xD83D);
+    EXPECT_FALSE(VoucherFile::encode(v).ok());
+    EXPECT_FALSE(VoucherFile::encode(v, QStringLiteral("UTF-8")).ok());
 
     v = sample();
     v.lines[0].explain = QStringLiteral("第一行\r\n第二行\n第三行");

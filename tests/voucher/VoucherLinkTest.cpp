@@ -105,12 +105,31 @@ TEST_P(VoucherLinks, RowsThatMayNotTakeAVoucherSayWhy)
     ASSERT_TRUE(b.journal->Save());
     EXPECT_EQ(storedLink(b, 5), v.jan20);
 
-    // With a relative account, a row without an account of its own may take a voucher.
+    // With a relative account, a record without an account of its own may
+    // take a voucher; the opening balance and the empty row never do.
+    b.grid->setText(4, b.col("AccID"), QStringLiteral("0"));
+    b.said.clear();
+    b.journal->setDirID(v.jan5, 4);
+    EXPECT_EQ(b.said, QStringList{NoAccount});
     b.journal->setRelativeAccID(b.bank);
     b.said.clear();
-    b.journal->setDirID(v.jan5, 1);
-    EXPECT_EQ(storedLink(b, 1), v.jan5);
+    b.journal->setDirID(v.jan5, 4);
+    EXPECT_EQ(storedLink(b, 4), v.jan5);
     EXPECT_TRUE(b.said.isEmpty()) << qPrintable(b.said.join(QLatin1Char('|')));
+    b.journal->setDirID(v.jan5, 1);
+    b.journal->setDirID(v.jan5, b.grid->rows() - 1);
+    EXPECT_EQ(storedLink(b, 1), 0);
+    EXPECT_EQ(b.text(b.grid->rows() - 1, "AccDoc"), QString());
+
+    // No voucher at all, and a book the host keeps from changing, change nothing.
+    b.said.clear();
+    b.journal->setDirID(-7, 3);
+    EXPECT_EQ(b.said, QStringList{QStringLiteral("没有指定凭证。")});
+    b.journal->setAllowModify(false);
+    b.said.clear();
+    b.journal->setDirID(v.jan5, 3);
+    EXPECT_EQ(b.said, QStringList{QStringLiteral("第3行的记录不能修改，凭证链接没有改变。")});
+    EXPECT_EQ(storedLink(b, 3), 0);
 }
 
 TEST_P(VoucherLinks, ASelectionLinksItsFitRowsAndRemovalAsksFirst)
@@ -157,6 +176,15 @@ TEST_P(VoucherLinks, AnotherUsersLinkIsNotOverwritten)
     EXPECT_EQ(b.journal->DirID(2), 0);
     ASSERT_EQ(b.said.size(), 1);
     EXPECT_TRUE(b.said.first().contains(QStringLiteral("第2行"))) << qPrintable(b.said.first());
+
+    // A record deleted elsewhere is not brought back by a link.
+    const int gone = b.text(4, "RecID").toInt();
+    ASSERT_TRUE(b.db->open().run({QStringLiteral("Delete From kxJournalRecs Where RecID=%1").arg(gone), {}}).ok());
+    b.said.clear();
+    b.journal->setDirID(v.jan5, 4);
+    EXPECT_EQ(b.text(4, "AccDoc"), QString());
+    ASSERT_EQ(b.said.size(), 1);
+    EXPECT_TRUE(b.said.first().contains(QStringLiteral("第4行的记录已不在数据库里"))) << qPrintable(b.said.first());
 }
 
 TEST_P(VoucherLinks, ThePickerListsThePeriodAndLinksWhatIsChosen)

@@ -26,8 +26,9 @@ struct MakingBook : EditingBook {
     explicit MakingBook(Engine engine) : EditingBook(engine)
     {
         const kx::Database db = this->db->open();
-        db.run({QStringLiteral("Update kxJournal Set Address=? Where asID=%1").arg(book),
-                {QStringLiteral("银行|%1").arg(icbc)}});
+        EXPECT_TRUE(db.run({QStringLiteral("Update kxJournal Set Address=? Where asID=%1").arg(book),
+                            {QStringLiteral("银行|%1").arg(icbc)}})
+                        .ok());
         BookBuilder v(db);
         v.voucher(QStringLiteral("2025-01-08"), QStringLiteral("记"), 5);
         v.voucher(QStringLiteral("2025-01-20"), QStringLiteral("记"), 9);
@@ -111,7 +112,8 @@ TEST_P(VoucherMaking, TheFileCarriesEverySelectedRecordAndBalances)
 TEST_P(VoucherMaking, ACreditBookKeepsTheRecordsSides)
 {
     MakingBook b(GetParam());
-    b.db->open().run({QStringLiteral("Update kxJournal Set ZipCode=? Where asID=%1").arg(b.book), {QStringLiteral("贷")}});
+    ASSERT_TRUE(
+        b.db->open().run({QStringLiteral("Update kxJournal Set ZipCode=? Where asID=%1").arg(b.book), {QStringLiteral("贷")}}).ok());
     ASSERT_TRUE(b.journal->Load());
     b.selectRows(3, 3);
     ASSERT_TRUE(b.journal->Make());
@@ -145,10 +147,24 @@ TEST_P(VoucherMaking, NothingIsWrittenWhenTheVoucherCannotBeMade)
     EXPECT_FALSE(b.journal->Make());
     veto.clear();
 
+    // The opening balance and the empty row are no records, whatever the relative account.
+    b.journal->setRelativeAccID(b.bank);
+    for (int row : {1, 5}) {
+        b.said.clear();
+        b.selectRows(row, row);
+        EXPECT_FALSE(b.journal->Make());
+        EXPECT_EQ(b.said, QStringList{QStringLiteral("未找到生成凭证的记录，未能生成记账凭证。")}) << row;
+    }
+    b.journal->setRelativeAccID(0);
+
+    // Without a period there is no voucher date or number to give.
+    const QDate end = b.acc->PeriodEnd();
+    b.acc->setPeriodEnd(QDate());
     b.said.clear();
-    b.selectRows(1, 1);
+    b.selectRows(2, 4);
     EXPECT_FALSE(b.journal->Make());
-    EXPECT_EQ(b.said, QStringList{QStringLiteral("未找到生成凭证的记录，未能生成记账凭证。")});
+    EXPECT_EQ(b.said, QStringList{QStringLiteral("没有设定当前会计期间，未能生成记账凭证。")});
+    b.acc->setPeriodEnd(end);
 
     b.grid->setText(3, b.col("Explain"), QStringLiteral("付材料款😀"));
     b.selectRows(2, 4);
