@@ -149,12 +149,10 @@ public:
     GridView *gridView() const;
     /// True when the current row has an account (a voucher may be linked to it).
     bool AllowAccDoc() const;
-    /// The voucher row \a Row is linked to (0: none); -1 for a summary row
-    /// or a row not stored yet.
+    /// The voucher row \a Row is linked to (0: none; -1: a summary or unstored row).
     Q_INVOKABLE int DirID(int Row = 0) const;
-    /// Links row \a Row to voucher \a value (a DocID of the voucher
-    /// directory), written to the record at once. A row that has a voucher
-    /// already, or no account, is refused with a message.
+    /// Links row \a Row to voucher \a value (a kxDocDir DocID), stored at once;
+    /// a row already linked, or without an account, is refused with a message.
     Q_INVOKABLE void setDirID(int value, int Row = 0);
 
     // ---- looks ----
@@ -317,12 +315,10 @@ public:
     /// Pastes tab-separated \a text at the cursor, each cell checked as if
     /// typed; refused cells are listed in one message. True when a cell changed.
     bool pasteText(const QString &text);
-    /// Links every selected row that may take a voucher to voucher \a v;
-    /// each other row says why it was not linked.
+    /// Links every selected row that may take a voucher to \a v; the others say why not.
     Q_INVOKABLE void SetDirID(int v);
-    /// Makes a voucher of the selected records and writes it as a voucher
-    /// exchange file into voucherFolder(), then raises AfterMaked with its
-    /// path. True when a file was written.
+    /// Makes a voucher file of the selected records in voucherFolder() and
+    /// raises AfterMaked with its path; true when a file was written.
     Q_INVOKABLE bool Make();
     /// The folder Make writes into (default: the system's temporary folder).
     QString voucherFolder() const;
