@@ -1,5 +1,7 @@
 #include "VoucherTool.h"
 
+#include "ToolBook.h"
+
 #include <kxjournal/Database.h>
 #include <kxjournal/GridModel.h>
 #include <kxjournal/Journal.h>
@@ -66,18 +68,10 @@ int VoucherTool::print(const QString &path, const QString &codec)
 
 int VoucherTool::make(const MakeOptions &o)
 {
-    kx::Database db = kx::Database::open(o.url);
-    if (!db.isOpen()) {
-        std::fprintf(stderr, "kxjournal: %s\n", qPrintable(db.lastError()));
+    ToolBook book;
+    if (!book.open(o.url, o.book))
         return 1;
-    }
-    const int bookId =
-        db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {o.book}}).valueOr(QVariant()).toInt();
-    if (bookId <= 0) {
-        std::fprintf(stderr, "kxjournal: no book with code %s\n", qPrintable(o.book));
-        return 1;
-    }
-    kx::SqlAccContext context(std::move(db));
+    kx::SqlAccContext &context = book.context();
     context.setUserName(o.user);
     context.setDirectorName(o.director);
     context.setDocTypes(o.types);
@@ -85,19 +79,16 @@ int VoucherTool::make(const MakeOptions &o)
     context.setPeriodStart(QDate(o.from.year(), o.from.month(), 1));
     context.setPeriodEnd(QDate(o.to.year(), o.to.month(), o.to.daysInMonth()));
     kx::Journal journal;
-    QObject::connect(&journal, &kx::Journal::Notify, [](const QString &message, bool) {
-        if (!message.isEmpty())
-            std::fprintf(stderr, "kxjournal: %s\n", qPrintable(message));
-    });
     QString written;
     QObject::connect(&journal, &kx::Journal::AfterMaked, [&written](const QString &path) { written = path; });
-    journal.setAcc(&context);
-    if (!journal.Load(bookId))
+    if (!book.load(journal))
         return 1;
     journal.setVoucherFolder(o.out);
     journal.setVoucherCodec(o.codec);
-    if (journal.voucherCodec() != o.codec)
+    if (journal.voucherCodec() != o.codec) {
+        book.fail();
         return 2;
+    }
     // The records of those days lie together: a book is kept in date order.
     kx::GridModel *grid = journal.Grid();
     const int dateCol = grid->colIndex(QStringLiteral("JnlDate"));
@@ -116,7 +107,7 @@ int VoucherTool::make(const MakeOptions &o)
     }
     grid->select(first, grid->fixedCols(), last, grid->cols() - 1);
     if (!journal.Make())
-        return 1;
+        return book.fail();
     std::printf("%s\n", qPrintable(written));
     return 0;
 }

@@ -1,4 +1,5 @@
 #include "DemoWindow.h"
+#include "OutputTool.h"
 #include "VoucherTool.h"
 
 #include <kxjournal/SampleBooks.h>
@@ -199,11 +200,13 @@ int main(int argc, char **argv)
     QElapsedTimer clock;
     clock.start();
     // The command-line tool needs no screen; only the demo builds widgets.
-    // Making a voucher runs the control itself, drawn nowhere.
+    // Making a voucher, exporting and printing run the control itself, drawn nowhere.
     bool tool = false;
     for (int i = 1; i < argc; ++i) {
         tool = tool || qstrcmp(argv[i], "sample") == 0 || qstrcmp(argv[i], "voucher") == 0;
-        if (qstrcmp(argv[i], "make") == 0 && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        const bool headless = qstrcmp(argv[i], "make") == 0 || qstrcmp(argv[i], "export") == 0 ||
+                              qstrcmp(argv[i], "print") == 0;
+        if (headless && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
             qputenv("QT_QPA_PLATFORM", "offscreen");
     }
     std::unique_ptr<QCoreApplication> instance(tool ? new QCoreApplication(argc, argv) : new QApplication(argc, argv));
@@ -215,9 +218,11 @@ int main(int argc, char **argv)
                                                     "  sample   write sample books into a database\n"
                                                     "  voucher FILE\n"
                                                     "           print a voucher exchange file as a table\n"
-                                                    "  make     make a voucher file of a book's records of some days"));
+                                                    "  make     make a voucher file of a book's records of some days\n"
+                                                    "  export   write a book into a CSV, TSV or XLSX file\n"
+                                                    "  print    write a book's printed pages into a PDF file"));
     parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("demo, sample, voucher or make"));
+    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("demo, sample, voucher, make, export or print"));
     const QCommandLineOption dbOption(QStringLiteral("db"), QStringLiteral("Database URL (sqlite:PATH, postgresql://…)."),
                                       QStringLiteral("URL"));
     const QCommandLineOption screenshot(QStringLiteral("screenshot"), QStringLiteral("Write a PNG of the window to FILE and quit."),
@@ -240,8 +245,11 @@ int main(int argc, char **argv)
                                   QStringLiteral("DATE"));
     const QCommandLineOption to(QStringLiteral("to"), QStringLiteral("Last record date, yyyy-MM-dd (make)."),
                                 QStringLiteral("DATE"));
-    const QCommandLineOption out(QStringLiteral("out"), QStringLiteral("Folder the voucher file goes into (make)."),
-                                 QStringLiteral("DIR"), QStringLiteral("."));
+    const QCommandLineOption out(QStringLiteral("out"),
+                                 QStringLiteral("Folder the voucher file goes into (make); the file written (export, print)."),
+                                 QStringLiteral("PATH"));
+    const QCommandLineOption type(QStringLiteral("type"), QStringLiteral("csv, tsv or xlsx; default: by the extension (export)."),
+                                  QStringLiteral("TYPE"));
     const QCommandLineOption types(QStringLiteral("types"), QStringLiteral("Voucher types, the first used (make)."),
                                    QStringLiteral("TYPES"), QStringLiteral("记|收|付|转"));
     const QCommandLineOption user(QStringLiteral("user"), QStringLiteral("Who makes the voucher (make)."),
@@ -251,7 +259,7 @@ int main(int argc, char **argv)
     const QCommandLineOption codec(QStringLiteral("codec"), QStringLiteral("Code page of the voucher file (voucher, make)."),
                                    QStringLiteral("NAME"), QStringLiteral("GBK"));
     parser.addOptions({dbOption, screenshot, records, books, book, packed, firstFrame, append, picker, from, to, out, types,
-                       user, director, codec});
+                       user, director, codec, type});
     parser.process(app);
     const QStringList args = parser.positionalArguments();
     const QString command = args.isEmpty() ? QStringLiteral("demo") : args.first();
@@ -286,7 +294,7 @@ int main(int argc, char **argv)
         o.book = parser.value(book);
         o.from = QDate::fromString(parser.value(from), Qt::ISODate);
         o.to = QDate::fromString(parser.value(to), Qt::ISODate);
-        o.out = parser.value(out);
+        o.out = parser.isSet(out) ? parser.value(out) : QStringLiteral(".");
         o.types = parser.value(types);
         o.user = parser.value(user);
         o.director = parser.value(director);
@@ -297,6 +305,15 @@ int main(int argc, char **argv)
             return 2;
         }
         return VoucherTool::make(o);
+    }
+    if (command == QLatin1String("export") || command == QLatin1String("print")) {
+        if (!parser.isSet(dbOption) || !parser.isSet(book) || parser.value(out).isEmpty()) {
+            std::fprintf(stderr, "kxjournal: %s needs --db URL, --book CODE and --out FILE\n", qPrintable(command));
+            return 2;
+        }
+        if (command == QLatin1String("print"))
+            return OutputTool::print(parser.value(dbOption), parser.value(book), parser.value(out));
+        return OutputTool::exportBook(parser.value(dbOption), parser.value(book), parser.value(out), parser.value(type));
     }
     if (command == QLatin1String("demo")) {
         const QString url = parser.isSet(dbOption) ? parser.value(dbOption) : defaultDatabaseUrl();

@@ -21,17 +21,12 @@ class JournalPrivate;
 class VoucherPicker;
 
 /// The journal book control: an editable grid of one book's records with
-/// running balances, for a host program to place on a screen.
-///
-/// The host sets Acc (its accounting context), then DocID (the book), and
-/// calls Load. The control reports through its signals; every message goes
-/// through Prompt, which raises Notify. Signals that carry a reference
-/// (CommandExecute's Cancel, the mouse events) must be connected directly,
-/// the default on the UI thread: a queued connection cannot write back.
-///
-/// Properties read as X() and write as setX(v); those with a Row argument
-/// take it last and use the current row when it is 0. No operation throws:
-/// each traps its own errors and returns its empty value.
+/// running balances. The host sets Acc (its accounting context), then DocID
+/// (the book), and calls Load. Every message goes through Prompt, which
+/// raises Notify. Signals with a reference (CommandExecute's Cancel, the
+/// mouse events) must be connected directly: a queued one cannot write back.
+/// Properties read as X() and write as setX(v); a Row argument comes last,
+/// 0 meaning the current row. No operation throws.
 class KXJOURNAL_EXPORT Journal : public QWidget
 {
     Q_OBJECT
@@ -260,8 +255,7 @@ public:
     int Row() const;
     /// Moves the cursor to a row, showing it when hidden and scrolling it into view.
     void setRow(int value);
-    /// Whether records may be changed: true once a book is chosen, unless
-    /// the host said otherwise.
+    /// Whether records may be changed: true once a book is chosen, unless the host says no.
     bool AllowModify() const;
     /// Allows changes; always false while no book (DocID below 1) is set.
     void setAllowModify(bool value);
@@ -293,14 +287,11 @@ public:
     Q_INVOKABLE QString Get_AccCodeField(const QString &rFieldName, int rAccID);
     /// Sends a message to the host through Notify.
     Q_INVOKABLE void Prompt(const QString &rMsg, bool ShowBox = false);
-    /// Reads the records of book \a rDocID (0: the current book) into the grid;
-    /// true when the grid was filled.
+    /// Reads book \a rDocID (0: the current book) into the grid; true when filled.
     Q_INVOKABLE bool Load(int rDocID = 0);
-    /// Writes the grid's records to the database in one transaction; true
-    /// when they were stored (or there was nothing to store).
+    /// Stores the grid's changes in one transaction; true when stored (or nothing to store).
     Q_INVOKABLE bool Save();
-    /// Opens as many empty rows above the selection as are selected (never
-    /// above the opening row); true when rows were inserted.
+    /// Opens as many empty rows above the selection as are selected; true when inserted.
     Q_INVOKABLE bool InsertRows();
     /// Asks, then removes the selected rows (\a Row > 0: that row); their
     /// records are deleted by the next Save. True when rows were removed.
@@ -326,11 +317,24 @@ public:
     void setVoucherFolder(const QString &path);
     /// The code page of the voucher file (default "GBK").
     QString voucherCodec() const;
-    /// Sets the voucher file's code page; an unknown name is refused with a
-    /// message and the present one kept.
+    /// Sets the voucher file's code page; an unknown name is refused with a message.
     void setVoucherCodec(const QString &name);
     /// The voucher picker the voucher cell's ellipsis opens.
     VoucherPicker *voucherPicker() const;
+    /// Tells the host through FindMsg every row holding all the words of
+    /// \a rSearchString, between "#BEGIN#" and "#END#"; FromNextRow is ignored.
+    Q_INVOKABLE void Find(const QString &rSearchString, bool FromNextRow = false);
+    /// Asks for a file name (setFileNameAsker), then does as ExportToFile.
+    Q_INVOKABLE void Export(int rType = 0);
+    /// Writes the visible book into \a rFileName: \a rType 0 by extension, 1
+    /// comma-, 2 tab-separated, 3 spreadsheet. True when the file was written.
+    Q_INVOKABLE bool ExportToFile(const QString &rFileName, int rType = 0);
+    /// Replaces how Export asks for a file name (an empty answer cancels).
+    void setFileNameAsker(std::function<QString(const QString &suggested)> asker);
+    /// Lays the book out on A4 pages and writes them into a PDF file.
+    Q_INVOKABLE bool printToPdf(const QString &fileName);
+    /// The print grid: the lines of the latest layout, page number in column 0.
+    Q_INVOKABLE kx::GridModel *PrintGrid() const;
     /// Inserts a sub-total row below \a Row (0: the current row).
     Q_INVOKABLE bool InsSumRow(int Row = 0);
     /// Removes the summary row \a Row (0: the current row).
@@ -350,10 +354,9 @@ public:
     void ReadProperties(const PropertyBag &bag);
 
     // ---- typing records in ----
-    /// Undoes the latest edit: every cell it changed (balances included),
-    /// the colours, the change marks and IsDirty come back. False when there
-    /// is nothing to undo (a Save or Load, or any change made outside the
-    /// edits, ends the history).
+    /// Undoes the latest edit, balances, colours, marks and IsDirty included;
+    /// false when there is nothing to undo (a Save, a Load or a change made
+    /// outside the edits ends the history).
     Q_INVOKABLE bool undo();
     /// Makes the latest undone edit again.
     Q_INVOKABLE bool redo();
@@ -430,9 +433,7 @@ Q_SIGNALS:
     void dirtyChanged(bool dirty);
     /// Another book was set.
     void docIdChanged(int docId);
-    /// An operation on the book ended (a load, a save, summary-row work, a
-    /// new definition or direction): what the book-derived properties say
-    /// may have changed.
+    /// An operation on the book ended: the book-derived properties may have changed.
     void bookChanged();
 
 protected:

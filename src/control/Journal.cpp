@@ -39,6 +39,7 @@ Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_unique<JournalP
     d->setUpEditing();
     d->setUpRows();
     d->setUpVouchers();
+    d->setUpOutput();
     JournalRowCommands::offer(*d);
     JournalCommands::offer(*d);
     d->commands.setGate([this](const Command &) { return d->mayStart(); });

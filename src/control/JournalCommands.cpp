@@ -16,10 +16,11 @@ void JournalCommands::offer(JournalPrivate &d)
     const QString side = QStringLiteral("side");
 
     JournalVoucherCommands::offer(d);
-    // Output comes with its own folder; until then its items show, disabled.
-    r.add({QStringLiteral("mnuFind"), {}, QStringLiteral("查找"), output, {}, {}, {}});
-    r.add({QStringLiteral("mnuExport"), {}, QStringLiteral("导出"), output, {}, {}, {}});
-    r.add({QStringLiteral("mnuPrint"), {}, QStringLiteral("打印"), output, {}, {}, {}});
+    r.add({QStringLiteral("mnuFind"), {}, QStringLiteral("查找...\tCtrl+F"), output, [p](const QString &) { p->openFindBar(); },
+           {}, {}});
+    r.add({QStringLiteral("mnuExport"), {}, QStringLiteral("导出..."), output, [p](const QString &) { p->q->Export(); }, {}, {}});
+    r.add({QStringLiteral("mnuPrint"), {}, QStringLiteral("打印预览..."), output, [p](const QString &) { p->printPreview(); },
+           {}, {}});
 
     r.add({QStringLiteral("mnuPackJnl"), {}, QStringLiteral("合并显示"), view,
            [p](const QString &on) { p->q->setIsPackedJnl(on == QLatin1String("True")); }, {},

@@ -47,11 +47,16 @@ JournalFrame::JournalFrame(GridView *view, QWidget *parent)
     row->setSpacing(0);
     row->addWidget(m_body, 1);
     row->addWidget(m_side);
-    auto *outer = new QVBoxLayout(this);
-    outer->setContentsMargins(0, 0, 0, 0);
-    outer->setSpacing(0);
-    outer->addWidget(m_header);
-    outer->addLayout(row, 1);
+    m_outer = new QVBoxLayout(this);
+    m_outer->setContentsMargins(0, 0, 0, 0);
+    m_outer->setSpacing(0);
+    m_outer->addWidget(m_header);
+    m_outer->addLayout(row, 1);
+}
+
+void JournalFrame::addFooter(QWidget *bar)
+{
+    m_outer->addWidget(bar);
 }
 
 QString JournalFrame::captionText() const

@@ -6,6 +6,7 @@
 class QFrame;
 class QLabel;
 class QToolButton;
+class QVBoxLayout;
 
 namespace kx {
 
@@ -37,6 +38,8 @@ public:
     QToolButton *optionButton() const { return m_option; }
     /// The side panel, for the host's own widgets.
     QFrame *sidePanel() const { return m_side; }
+    /// Places \a bar under the grid, across the body.
+    void addFooter(QWidget *bar);
 
 private:
     QFrame *m_header;
@@ -44,6 +47,7 @@ private:
     QToolButton *m_option;
     QFrame *m_body;
     QFrame *m_side;
+    QVBoxLayout *m_outer;
     QColor m_borderColor{0x80, 0x80, 0x80};
 };
 

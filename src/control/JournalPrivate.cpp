@@ -6,6 +6,7 @@
 #include "kxjournal/Journal.h"
 
 #include <QCoreApplication>
+#include <QPrinter>
 #include <QGuiApplication>
 #include <QToolButton>
 
@@ -24,7 +25,8 @@ QString operationText(const QString &name)
 
 bool isLong(const QString &name)
 {
-    return name == QLatin1String("Load") || name == QLatin1String("Save") || name == QLatin1String("MakeAccDoc");
+    return name == QLatin1String("Load") || name == QLatin1String("Save") || name == QLatin1String("MakeAccDoc") ||
+           name == QLatin1String("Export") || name == QLatin1String("Print");
 }
 
 bool hasScreen()

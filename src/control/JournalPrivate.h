@@ -8,6 +8,9 @@
 #include <QPointer>
 #include <QString>
 #include <functional>
+#include <memory>
+
+class QPrinter;
 
 namespace kx {
 
@@ -15,6 +18,7 @@ class AccountPicker;
 class CalculatorPopup;
 class DatePicker;
 class EditSession;
+class FindBar;
 class GridModel;
 class GridView;
 class Journal;
@@ -102,6 +106,15 @@ public:
     /// The voucher menu item: asks the host to show the current row's
     /// voucher, or makes one of the selected rows when it has none.
     void lookAtVoucher();
+    /// Sets up output: the print grid, the find bar and its keys.
+    void setUpOutput();
+    /// Exports the book into \a path (\a ask: the asker chooses it); the
+    /// path written, or empty when nothing was.
+    QString exportBook(bool ask, QString path, int type);
+    /// Opens the find bar under the grid.
+    void openFindBar();
+    /// Opens a print preview of the book.
+    void printPreview();
     /// Places \a popup below the cell (\a row, \a col), inside the control.
     void place(QWidget *popup, int row, int col);
 
@@ -117,6 +130,10 @@ public:
     CalculatorPopup *calculator = nullptr;
     DatePicker *datePicker = nullptr;
     VoucherPicker *voucherPicker = nullptr;
+    GridModel *printGrid = nullptr;              ///< the lines of the latest print layout
+    FindBar *findBar = nullptr;
+    std::unique_ptr<QPrinter> printer;           ///< the preview's printer, kept for its settings
+    std::function<QString(const QString &)> fileNameAsker;
     QString voucherFolder;                        ///< where Make writes (empty: the temporary folder)
     QString voucherCodec = QStringLiteral("GBK");  ///< the voucher file's code page
     int pickerRow = -1;  ///< the cell the account picker or calculator was opened for

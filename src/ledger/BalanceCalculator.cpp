@@ -12,17 +12,6 @@ namespace {
 
 const QString LineBreak = QStringLiteral("\r\n");
 
-// The two lines of a summary cell: the text before the first CR, and the
-// text after the first LF (empty when there is none).
-void twoLines(const QString &text, Currency &first, Currency &second)
-{
-    const int cr = int(text.indexOf(QLatin1Char('\r')));
-    const int lf = int(text.indexOf(QLatin1Char('\n')));
-    const QStringView whole(text);
-    first = Currency::fromText(cr < 0 ? whole : whole.left(cr)).valueOr(Currency());
-    second = lf < 0 ? Currency() : Currency::fromText(whole.mid(lf + 1)).valueOr(Currency());
-}
-
 // The grid leaves a cell alone when it already holds the figure, so a
 // recalculation that mostly finds the figures it would write costs no redraw.
 void writeAmount(GridModel &grid, int row, int col, Currency value)
@@ -36,6 +25,15 @@ Currency amountAt(const GridModel &grid, int row, int col)
 }
 
 } // namespace
+
+void BalanceCalculator::twoLines(const QString &text, Currency &first, Currency &second)
+{
+    const int cr = int(text.indexOf(QLatin1Char('\r')));
+    const int lf = int(text.indexOf(QLatin1Char('\n')));
+    const QStringView whole(text);
+    first = Currency::fromText(cr < 0 ? whole : whole.left(cr)).valueOr(Currency());
+    second = lf < 0 ? Currency() : Currency::fromText(whole.mid(lf + 1)).valueOr(Currency());
+}
 
 BalanceCalculator::BalanceCalculator(GridModel &grid, const LedgerState &state)
     : m_grid(grid), m_state(state), m_outline(state.outlineColumn(grid))

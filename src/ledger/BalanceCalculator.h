@@ -25,6 +25,10 @@ public:
     /// row when the change lies below it, else from the first data row.
     void recalculateFrom(int row);
 
+    /// The two figures of a summary cell: the line before the first CR and
+    /// the one after the first LF (zero when missing or not a figure).
+    static void twoLines(const QString &text, Currency &first, Currency &second);
+
 private:
     struct Totals {
         Currency periodDebit, periodCredit, cumDebit, cumCredit;

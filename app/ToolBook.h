@@ -1,0 +1,31 @@
+#pragma once
+
+#include <kxjournal/SqlAccContext.h>
+
+#include <QString>
+#include <memory>
+
+namespace kx {
+class Journal;
+}
+
+/// A book the command-line tool works on: its database, its id, and a
+/// control that has it loaded. Failures are told on stderr.
+class ToolBook
+{
+public:
+    /// Opens the database at \a url and finds the book coded \a code; false when either is not there.
+    bool open(const QString &url, const QString &code);
+    /// The context over the opened database.
+    kx::SqlAccContext &context() { return *m_context; }
+    /// Keeps \a journal's messages, hands it the context and loads the book;
+    /// false (the reason told) when it cannot be loaded.
+    bool load(kx::Journal &journal);
+    /// Tells the latest message of the control on stderr, in one line; returns 1.
+    int fail() const;
+
+private:
+    std::unique_ptr<kx::SqlAccContext> m_context;
+    int m_bookId = 0;
+    QString m_lastMessage;
+};

@@ -1,0 +1,158 @@
+// Journal: output — find, export, print.
+#include "kxjournal/Journal.h"
+
+#include "control/FindBar.h"
+#include "control/JournalFrame.h"
+#include "control/JournalPrivate.h"
+#include "kxjournal/GridModel.h"
+#include "kxjournal/GridView.h"
+#include "output/BookExporter.h"
+#include "output/BookFinder.h"
+#include "output/BookPrinter.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QPointer>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
+#include <QShortcut>
+#include <QStandardPaths>
+
+namespace kx {
+
+void JournalPrivate::setUpOutput()
+{
+    printGrid = new GridModel(q);
+    printGrid->setObjectName(QStringLiteral("fg1"));
+    findBar = new FindBar(*grid, frame);
+    frame->addFooter(findBar);
+    QObject::connect(findBar, &FindBar::rowChosen, q, [this](int row) {
+        q->setRow(row);
+        grid->setCursor(row, std::max(grid->col(), grid->fixedCols()));
+    });
+    QObject::connect(findBar, &FindBar::closed, q, [this] { view->setFocus(); });
+    const auto key = [this](const QKeySequence &keys, const std::function<void()> &run) {
+        auto *shortcut = new QShortcut(keys, q);
+        shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+        QObject::connect(shortcut, &QShortcut::activated, q, run);
+    };
+    key(QKeySequence::Find, [this] { openFindBar(); });
+    key(QKeySequence(Qt::Key_F3), [this] { findBar->isVisible() ? findBar->step(true) : openFindBar(); });
+    key(QKeySequence(Qt::SHIFT | Qt::Key_F3), [this] { findBar->isVisible() ? findBar->step(false) : openFindBar(); });
+    fileNameAsker = [this](const QString &suggested) {
+        return QFileDialog::getSaveFileName(q, QStringLiteral("导出"), suggested,
+                                            QStringLiteral("逗号分隔 (*.csv);;制表符分隔 (*.tsv *.txt);;电子表格 (*.xlsx)"));
+    };
+}
+
+void JournalPrivate::openFindBar()
+{
+    findBar->open();
+}
+
+QString JournalPrivate::exportBook(bool ask, QString path, int type)
+{
+    return exclusive(QStringLiteral("Export"), QString(), [&] {
+        if (cancels(QStringLiteral("Export")) || !settleEditor())
+            return QString();
+        const auto kind = BookExporter::Type(type);
+        if (ask) {
+            const QString name = state.book.journalName.trimmed().isEmpty() ? QStringLiteral("日记账") : state.book.journalName.trimmed();
+            const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+            path = fileNameAsker ? fileNameAsker(QDir(folder).filePath(name + BookExporter::suffix(
+                                                      BookExporter::typeFor(QString(), kind))))
+                                 : QString();
+            if (path.isEmpty())
+                return QString();
+            if (QFileInfo(path).suffix().isEmpty())
+                path += BookExporter::suffix(BookExporter::typeFor(path, kind));
+        }
+        const Result<void> written = BookExporter(*grid, state, *this).write(path, type, q->Caption());
+        if (!written.ok()) {
+            prompt(written.error(), false);
+            return QString();
+        }
+        prompt(QStringLiteral("已导出到 %1").arg(QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath())), false);
+        return path;
+    });
+}
+
+void JournalPrivate::printPreview()
+{
+    if (!mayStart() || cancels(QStringLiteral("Print")) || !settleEditor())
+        return;
+    if (!printer) {
+        printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
+        BookPrinter::setUpPage(*printer);
+    }
+    auto *dialog = new QPrintPreviewDialog(printer.get(), q);
+    dialog->setObjectName(QStringLiteral("printPreview"));
+    dialog->setWindowTitle(QStringLiteral("打印预览 - %1").arg(q->Caption().trimmed()));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    QObject::connect(dialog, &QPrintPreviewDialog::paintRequested, q, [this](QPrinter *target) {
+        exclusive(QStringLiteral("Print"), false, [&] {
+            const Result<void> printed = BookPrinter(*grid, state, *printGrid, q->Caption(), grid->font()).print(*target);
+            if (!printed.ok())
+                prompt(printed.error(), false);
+            return printed.ok();
+        });
+    });
+    dialog->open();
+}
+
+void Journal::Find(const QString &rSearchString, bool FromNextRow)
+{
+    // Every search covers the whole book: where the cursor is does not matter.
+    Q_UNUSED(FromNextRow)
+    const Result<QVector<BookFinder::Hit>> hits = BookFinder(*d->grid).find(rSearchString);
+    if (!hits.ok()) {
+        Prompt(hits.error());
+        return;
+    }
+    // A host's handler may close the control while it is told the hits.
+    const QPointer<Journal> alive(this);
+    Q_EMIT FindMsg(QStringLiteral("#BEGIN#"));
+    for (const BookFinder::Hit &hit : hits.value()) {
+        if (!alive)
+            return;
+        Q_EMIT FindMsg(hit.description);
+    }
+    if (!alive)
+        return;
+    Q_EMIT FindMsg(QStringLiteral("#END#"));
+    if (alive)
+        Prompt(QStringLiteral("找到记录共 %1 条。").arg(hits.value().size()));
+}
+
+GridModel *Journal::PrintGrid() const { return d->printGrid; }
+void Journal::setFileNameAsker(std::function<QString(const QString &suggested)> asker) { d->fileNameAsker = std::move(asker); }
+
+void Journal::Export(int rType)
+{
+    const QString path = d->exportBook(true, QString(), rType);
+    if (!path.isEmpty())
+        Q_EMIT AfterExport(path);
+}
+
+bool Journal::ExportToFile(const QString &rFileName, int rType)
+{
+    const QString path = d->exportBook(false, rFileName, rType);
+    if (!path.isEmpty())
+        Q_EMIT AfterExport(path);
+    return !path.isEmpty();
+}
+
+bool Journal::printToPdf(const QString &fileName)
+{
+    return d->exclusive(QStringLiteral("Print"), false, [&] {
+        if (d->cancels(QStringLiteral("Print")) || !d->settleEditor())
+            return false;
+        const Result<void> printed = BookPrinter(*d->grid, d->state, *d->printGrid, Caption(), d->grid->font()).printToPdf(fileName);
+        if (!printed.ok())
+            d->prompt(printed.error(), false);
+        return printed.ok();
+    });
+}
+
+} // namespace kx

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "kxjournal/Result.h"
+
+#include <QString>
+
+namespace kx {
+
+class GridModel;
+class LedgerHost;
+struct LedgerState;
+
+/// Writes the book shown into a comma-separated, tab-separated or
+/// spreadsheet file, with progress; the file appears whole or not at all.
+class BookExporter
+{
+public:
+    /// The kinds of file.
+    enum Type { ByName = 0, Csv = 1, Tsv = 2, Xlsx = 3 };
+
+    /// Exports \a grid, a book of \a state, reporting progress to \a host.
+    BookExporter(const GridModel &grid, const LedgerState &state, LedgerHost &host)
+        : m_grid(grid), m_state(state), m_host(host)
+    {
+    }
+
+    /// The kind \a type stands for; ByName follows \a path's extension
+    /// (".xlsx" spreadsheet, ".tsv" or ".txt" tab-separated, else comma-separated).
+    static Type typeFor(const QString &path, Type type);
+    /// The extension of a file of kind \a type (".csv").
+    static QString suffix(Type type);
+    /// Writes the book into \a path as kind \a type (0 to 3), the
+    /// spreadsheet captioned \a caption.
+    Result<void> write(const QString &path, int type, const QString &caption) const;
+
+private:
+    const GridModel &m_grid;
+    const LedgerState &m_state;
+    LedgerHost &m_host;
+};
+
+} // namespace kx

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "kxjournal/Result.h"
+
+#include <QFont>
+#include <QString>
+
+class QPrinter;
+
+namespace kx {
+
+class GridModel;
+struct LedgerState;
+
+/// Prints the book shown: lays it out into the print grid for the
+/// printer's page and paints the pages, onto a printer or into a PDF file.
+class BookPrinter
+{
+public:
+    /// Prints \a grid, a book of \a state captioned \a caption, in the family
+    /// of \a gridFont, laying it out into \a printGrid.
+    BookPrinter(const GridModel &grid, const LedgerState &state, GridModel &printGrid, const QString &caption,
+                const QFont &gridFont);
+
+    /// Gives \a printer the book's page: A4 on its side, 10 mm margins.
+    static void setUpPage(QPrinter &printer);
+    /// Lays the book out for \a printer's page and paints it; fails when the
+    /// printer cannot be drawn on.
+    Result<void> print(QPrinter &printer) const;
+    /// Writes the book into the PDF file \a path, which appears whole or not at all.
+    Result<void> printToPdf(const QString &path) const;
+
+private:
+    const GridModel &m_grid;
+    const LedgerState &m_state;
+    GridModel &m_printGrid;
+    QString m_caption;
+    QFont m_font;
+};
+
+} // namespace kx

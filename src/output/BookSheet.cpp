@@ -1,0 +1,306 @@
+#include "output/BookSheet.h"
+
+#include "kxjournal/GridModel.h"
+#include "ledger/BalanceCalculator.h"
+#include "ledger/BookRow.h"
+#include "ledger/LedgerState.h"
+#include "output/ShownColumns.h"
+
+namespace kx {
+
+namespace {
+
+BookSheet::Column::Kind kindOf(JournalColumns::Column c, GridModel::DataType type)
+{
+    switch (c) {
+    case JournalColumns::Debit:
+    case JournalColumns::Credit:
+    case JournalColumns::Forex:
+    case JournalColumns::Balance:
+    case JournalColumns::fxBalance: return BookSheet::Column::Amount;
+    case JournalColumns::JnlDate: return BookSheet::Column::Date;
+    case JournalColumns::ShowName: return BookSheet::Column::Text;
+    default: break;
+    }
+    switch (type) {
+    case GridModel::TypeLong:
+    case GridModel::TypeDouble:
+    case GridModel::TypeCurrency: return BookSheet::Column::Number;
+    case GridModel::TypeDate: return BookSheet::Column::Date;
+    default: return BookSheet::Column::Text;
+    }
+}
+
+int monthKey(const QDate &d)
+{
+    return d.year() * 12 + d.month() - 1;
+}
+
+} // namespace
+
+BookSheet::BookSheet(const GridModel &grid, const LedgerState &state) : m_grid(grid), m_state(state), m_keys(grid)
+{
+    for (const int c : shownColumns(grid)) {
+        Column col;
+        col.gridCol = c;
+        col.column = JournalColumns::fromKey(grid.colKey(c));
+        col.header = grid.text(0, c);
+        col.format = grid.colFormat(c);
+        col.width = grid.colWidth(c);
+        col.kind = kindOf(col.column, grid.colDataType(c));
+        const Qt::Alignment h = grid.colAlignment(c) & Qt::AlignHorizontal_Mask;
+        col.align = col.kind == Column::Amount || col.kind == Column::Number ? Qt::AlignRight
+                                                                             : (h ? h : Qt::AlignLeft);
+        m_columns.append(col);
+    }
+}
+
+int BookSheet::indexOf(JournalColumns::Column column) const
+{
+    for (int k = 0; k < m_columns.size(); ++k)
+        if (m_columns[k].column == column)
+            return k;
+    return -1;
+}
+
+QString BookSheet::label(Row::Kind kind)
+{
+    switch (kind) {
+    case Row::MonthTotal: return QStringLiteral("本月合计");
+    case Row::YearTotal: return QStringLiteral("本年累计");
+    case Row::BroughtForward: return QStringLiteral("承前页");
+    case Row::CarriedForward: return QStringLiteral("过次页");
+    case Row::Record: break;
+    }
+    return {};
+}
+
+QString BookSheet::twoDecimals(Currency value)
+{
+    if (!value.isValid())
+        return value.toString();
+    const qint64 cents = value.rounded(2).raw() / 100;
+    const quint64 magnitude = cents < 0 ? quint64(-cents) : quint64(cents);
+    QString text = cents < 0 ? QStringLiteral("-") : QString();
+    text += QString::number(magnitude / 100);
+    text += QLatin1Char('.');
+    const unsigned fraction = unsigned(magnitude % 100);
+    text += QLatin1Char(char('0' + fraction / 10));
+    text += QLatin1Char(char('0' + fraction % 10));
+    return text;
+}
+
+QString BookSheet::period() const
+{
+    const int dateCol = m_keys[JournalColumns::JnlDate];
+    QDate first, last;
+    for (int r = m_grid.fixedRows() + 1; dateCol >= 0 && r < m_grid.rows(); ++r) {
+        const QDate d = m_grid.date(r, dateCol);
+        if (!d.isValid())
+            continue;
+        first = first.isValid() ? std::min(first, d) : d;
+        last = last.isValid() ? std::max(last, d) : d;
+    }
+    if (!first.isValid())
+        return {};
+    return first.toString(Qt::ISODate) + QStringLiteral(" 至 ") + last.toString(Qt::ISODate);
+}
+
+bool BookSheet::isShownRow(int r) const
+{
+    if (m_grid.isRowHidden(r))
+        return false;
+    for (const Column &c : m_columns)
+        if (!m_grid.isEmpty(r, c.gridCol) && !m_grid.text(r, c.gridCol).trimmed().isEmpty())
+            return true;
+    return false;
+}
+
+void BookSheet::readRecord(int r, Row &row) const
+{
+    row.kind = Row::Record;
+    row.gridRow = r;
+    row.cells.resize(m_columns.size());
+    const bool dated = r > m_grid.fixedRows() && !BookRow::of(m_grid, m_keys, r).isSummary();
+    for (int k = 0; k < m_columns.size(); ++k) {
+        const Column &col = m_columns[k];
+        Cell &cell = row.cells[k];
+        cell = Cell();
+        if (m_grid.isEmpty(r, col.gridCol))
+            continue;
+        switch (col.kind) {
+        case Column::Amount:
+        case Column::Number:
+            if (m_grid.holdsAmount(r, col.gridCol)) {
+                cell.amount = m_grid.amount(r, col.gridCol);
+            } else {
+                cell.text = m_grid.text(r, col.gridCol);
+                cell.amount = Currency::fromText(cell.text).valueOr(Currency::invalid());
+            }
+            break;
+        case Column::Date:
+            cell.date = m_grid.date(r, col.gridCol);
+            if (!cell.date.isValid())
+                cell.text = m_grid.text(r, col.gridCol);
+            break;
+        case Column::Text:
+            cell.text = m_grid.text(r, col.gridCol);
+            // The date column shows a label; a sheet wants the date itself.
+            if (col.column == JournalColumns::ShowName && dated)
+                cell.date = BookRow::of(m_grid, m_keys, r).date();
+            break;
+        }
+    }
+}
+
+void BookSheet::splitSummary(int r, Row &month, Row &year) const
+{
+    readRecord(r, month);
+    month.kind = Row::MonthTotal;
+    year = month;
+    year.kind = Row::YearTotal;
+    for (int k = 0; k < m_columns.size(); ++k) {
+        const Column &col = m_columns[k];
+        const QString text = m_grid.text(r, col.gridCol);
+        Cell &m = month.cells[k];
+        Cell &y = year.cells[k];
+        switch (col.column) {
+        case JournalColumns::Debit:
+        case JournalColumns::Credit:
+            m = Cell();
+            y = Cell();
+            if (!text.trimmed().isEmpty())
+                BalanceCalculator::twoLines(text, m.amount, y.amount);
+            break;
+        case JournalColumns::Forex: {
+            // The cell holds the period's foreign debit and credit, its hidden
+            // data the cumulative ones; a sheet shows each as one signed figure.
+            m = Cell();
+            y = Cell();
+            if (text.trimmed().isEmpty())
+                break;
+            Currency debit, credit;
+            BalanceCalculator::twoLines(text, debit, credit);
+            m.amount = debit - credit;
+            BalanceCalculator::twoLines(m_grid.cellData(r, col.gridCol).toString(), debit, credit);
+            y.amount = debit - credit;
+            break;
+        }
+        case JournalColumns::Dir:
+        case JournalColumns::Balance:
+        case JournalColumns::fxBalance: break;
+        case JournalColumns::Explain:
+            m = Cell();
+            m.text = label(Row::MonthTotal);
+            y = Cell();
+            y.text = label(Row::YearTotal);
+            break;
+        default: {
+            y = Cell();
+            const int cr = int(text.indexOf(QLatin1Char('\r')));
+            const int lf = int(text.indexOf(QLatin1Char('\n')));
+            if (cr >= 0 && lf >= 0) {
+                m = Cell();
+                m.text = text.left(cr);
+                y.text = text.mid(lf + 1);
+            }
+            break;
+        }
+        }
+    }
+}
+
+void BookSheet::fillTotal(const Sums &sums, int lastRecord, const QString &name, Row &row) const
+{
+    Row last;
+    readRecord(lastRecord, last);
+    row.gridRow = lastRecord;
+    row.cells.fill(Cell(), m_columns.size());
+    for (int k = 0; k < m_columns.size(); ++k) {
+        switch (m_columns[k].column) {
+        case JournalColumns::ShowName: row.cells[k].text = name; break;
+        case JournalColumns::Explain: row.cells[k].text = label(row.kind); break;
+        case JournalColumns::Debit: row.cells[k].amount = sums.debit; break;
+        case JournalColumns::Credit: row.cells[k].amount = sums.credit; break;
+        case JournalColumns::Forex:
+            if (!sums.forex.isZero())
+                row.cells[k].amount = sums.forex;
+            break;
+        case JournalColumns::Dir:
+        case JournalColumns::Balance:
+        case JournalColumns::fxBalance: row.cells[k] = last.cells[k]; break;
+        default: break;
+        }
+    }
+}
+
+void BookSheet::forEachRow(const std::function<void(const Row &)> &visit) const
+{
+    const int first = m_grid.fixedRows();
+    const int tagCol = m_keys[JournalColumns::Tag];
+    bool hasSummary = false;
+    for (int r = first + 1; tagCol >= 0 && r < m_grid.rows() && !hasSummary; ++r)
+        hasSummary = BookRow::isSummaryCell(m_grid, r, tagCol);
+
+    Row row, second;
+    if (hasSummary) {
+        for (int r = first; r < m_grid.rows(); ++r) {
+            if (!isShownRow(r))
+                continue;
+            if (r > first && BookRow::isSummaryCell(m_grid, r, tagCol)) {
+                splitSummary(r, row, second);
+                visit(row);
+                visit(second);
+            } else {
+                readRecord(r, row);
+                visit(row);
+            }
+        }
+        return;
+    }
+
+    // No summary rows: the totals a bookkeeper writes under each month.
+    Sums month, year;
+    int current = -1;
+    int lastRecord = -1;
+    const auto closeMonth = [&] {
+        row.kind = Row::MonthTotal;
+        fillTotal(month, lastRecord, BookRow::dateLabel(QDate(current / 12, current % 12 + 1, 1), BookRow::Label::Summary),
+                  row);
+        visit(row);
+        row.kind = Row::YearTotal;
+        fillTotal(year, lastRecord, QString(), row);
+        visit(row);
+        month = Sums();
+    };
+    for (int r = first; r < m_grid.rows(); ++r) {
+        if (!isShownRow(r))
+            continue;
+        const BookRow book = BookRow::of(m_grid, m_keys, r);
+        if (r > first && book.isDated()) {
+            const int key = monthKey(book.date());
+            if (current >= 0 && key != current) {
+                closeMonth();
+                if (key / 12 != current / 12)
+                    year = Sums();
+            }
+            current = key;
+        }
+        readRecord(r, row);
+        visit(row);
+        // The opening balance is brought in, not turned over this year.
+        if (r == first)
+            continue;
+        month.debit += book.debit();
+        month.credit += book.credit();
+        month.forex += book.forex();
+        year.debit += book.debit();
+        year.credit += book.credit();
+        year.forex += book.forex();
+        lastRecord = r;
+    }
+    if (current >= 0 && lastRecord >= 0)
+        closeMonth();
+}
+
+} // namespace kx

@@ -1,0 +1,200 @@
+#include "output/PageLayout.h"
+
+#include "kxjournal/GridModel.h"
+#include "ledger/BookRow.h"
+#include "output/BookSheet.h"
+
+#include <QFontMetricsF>
+#include <QPageLayout>
+#include <QTextLayout>
+#include <cmath>
+
+namespace kx {
+
+namespace {
+
+const QString DefaultAmountFormat = QStringLiteral("#,##0.00");
+
+struct Line {
+    int page;
+    BookSheet::Row::Kind kind;
+    int height;
+    QStringList cells;
+};
+
+QString formatted(const BookSheet::Column &col, Currency value)
+{
+    return value.format(col.format.isEmpty() ? DefaultAmountFormat : col.format);
+}
+
+QString shownText(const BookSheet::Column &col, const BookSheet::Cell &cell)
+{
+    if (cell.amount.isValid())
+        return col.kind == BookSheet::Column::Amount ? formatted(col, cell.amount) : cell.amount.toString();
+    if (!cell.text.isEmpty())
+        return cell.text;
+    if (cell.date.isValid())
+        return cell.date.toString(Qt::ISODate);
+    return {};
+}
+
+// How many lines \a text takes in \a width, wrapped between words or, for
+// text without breaks (Chinese), between any two characters.
+int linesFor(const QString &text, double width, const QFont &font, const QFontMetricsF &fm)
+{
+    if (!text.contains(QLatin1Char('\n')) && fm.horizontalAdvance(text) <= width)
+        return 1;
+    QString flowing = text;
+    flowing.remove(QLatin1Char('\r'));
+    flowing.replace(QLatin1Char('\n'), QChar::LineSeparator);
+    QTextLayout layout(flowing, font);
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
+    layout.beginLayout();
+    int n = 0;
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(width);
+        ++n;
+    }
+    layout.endLayout();
+    return std::max(1, n);
+}
+
+} // namespace
+
+PageLayout::PageLayout(const GridModel &grid, const LedgerState &state, const QFont &font)
+    : m_grid(grid), m_state(state), m_font(font)
+{
+    m_lineHeight = std::ceil(QFontMetricsF(m_font).height() + 2 * Padding);
+}
+
+QSizeF PageLayout::defaultArea()
+{
+    const QPageLayout page(QPageSize(QPageSize::A4), QPageLayout::Landscape, QMarginsF(10, 10, 10, 10),
+                           QPageLayout::Millimeter);
+    return page.paintRect(QPageLayout::Point).size();
+}
+
+QFont PageLayout::bodyFont(const QFont &gridFont)
+{
+    QFont font = gridFont;
+    // Sizes in points are the painter's units on paper.
+    font.setPixelSize(9);
+    return font;
+}
+
+QString PageLayout::period() const
+{
+    return BookSheet(m_grid, m_state).period();
+}
+
+int PageLayout::layout(const QSizeF &area, GridModel &out) const
+{
+    const BookSheet sheet(m_grid, m_state);
+    const auto &cols = sheet.columns();
+    const int n = int(cols.size());
+    double total = 0;
+    for (const auto &c : cols)
+        total += std::max(1, c.width);
+    QVector<double> widths(n);
+    for (int k = 0; k < n; ++k)
+        widths[k] = std::floor(area.width() * std::max(1, cols[k].width) / total);
+
+    const QFontMetricsF fm(m_font);
+    const int line = int(m_lineHeight);
+    const double body = area.height() - CaptionHeight - PeriodHeight - m_lineHeight - FooterHeight;
+    const int maxLines = std::max(1, int(body / m_lineHeight) - 2);
+    const int labelCol = std::max(0, sheet.indexOf(JournalColumns::Explain));
+    const int debitCol = sheet.indexOf(JournalColumns::Debit);
+    const int creditCol = sheet.indexOf(JournalColumns::Credit);
+    const int keep[] = {sheet.indexOf(JournalColumns::Dir), sheet.indexOf(JournalColumns::Balance),
+                        sheet.indexOf(JournalColumns::fxBalance)};
+    const JournalColumns keys(m_grid);
+
+    QVector<Line> lines;
+    int page = 1;
+    double used = 0;
+    Currency debit, credit;
+    QStringList balance(3);
+    const auto carry = [&](BookSheet::Row::Kind kind) {
+        Line l{page, kind, line, QStringList()};
+        for (int k = 0; k < n; ++k)
+            l.cells << QString();
+        if (n > 0)
+            l.cells[labelCol] = BookSheet::label(kind);
+        if (debitCol >= 0)
+            l.cells[debitCol] = formatted(cols[debitCol], debit);
+        if (creditCol >= 0)
+            l.cells[creditCol] = formatted(cols[creditCol], credit);
+        for (int i = 0; i < 3; ++i)
+            if (keep[i] >= 0)
+                l.cells[keep[i]] = balance[i];
+        lines.append(l);
+        used += line;
+    };
+
+    sheet.forEachRow([&](const BookSheet::Row &row) {
+        Line l{page, row.kind, line, QStringList()};
+        int needed = 1;
+        for (int k = 0; k < n; ++k) {
+            QString text = shownText(cols[k], row.cells[k]);
+            if (cols[k].kind == BookSheet::Column::Text && !text.isEmpty())
+                needed = std::max(needed, linesFor(text, widths[k] - 2 * Padding, m_font, fm));
+            l.cells << text;
+        }
+        l.height = std::min(needed, maxLines) * line;
+        // Room is kept for the line that carries the page's figures over.
+        if (used > 0 && used + l.height + line > body) {
+            carry(BookSheet::Row::CarriedForward);
+            ++page;
+            used = 0;
+            carry(BookSheet::Row::BroughtForward);
+            l.page = page;
+        }
+        lines.append(l);
+        used += l.height;
+
+        if (row.kind == BookSheet::Row::Record && row.gridRow > m_grid.fixedRows()) {
+            const BookRow record = BookRow::of(m_grid, keys, row.gridRow);
+            debit += record.debit();
+            credit += record.credit();
+        }
+        for (int i = 0; i < 3; ++i)
+            if (keep[i] >= 0 && !l.cells[keep[i]].isEmpty())
+                balance[i] = l.cells[keep[i]];
+        // A month's figures start afresh once its totals are written.
+        if (row.kind == BookSheet::Row::YearTotal) {
+            debit = Currency();
+            credit = Currency();
+        }
+    });
+
+    out.setRows(1);
+    out.setCols(n + 1);
+    out.setRowHeightMin(0);
+    out.setRowHeightMax(0);
+    out.setRows(int(lines.size()) + 1);
+    for (int k = 0; k < n; ++k) {
+        out.setColKey(k + 1, m_grid.colKey(cols[k].gridCol));
+        out.setText(0, k + 1, cols[k].header);
+        out.setColWidth(k + 1, int(widths[k]));
+        out.setColAlignment(k + 1, cols[k].align | Qt::AlignVCenter);
+    }
+    out.setText(0, 0, QStringLiteral("页"));
+    out.setRowHeight(0, line);
+    for (int i = 0; i < lines.size(); ++i) {
+        const Line &l = lines[i];
+        const int r = i + 1;
+        out.setNumber(r, 0, l.page);
+        for (int k = 0; k < n; ++k)
+            if (!l.cells[k].isEmpty())
+                out.setText(r, k + 1, l.cells[k]);
+        out.setRowHeight(r, l.height);
+        if (l.kind != BookSheet::Row::Record)
+            out.setSubtotal(r, true);
+    }
+    return lines.isEmpty() ? 0 : page;
+}
+
+} // namespace kx

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "kxjournal/Result.h"
+#include "output/BookSheet.h"
+
+#include <QString>
+#include <functional>
+
+namespace kx {
+
+/// Writes a sheet as a spreadsheet file: a bold caption line with the book
+/// and its period, the column headers frozen under it, figures as numbers
+/// with a "#,##0.00" format (so the spreadsheet sums them), dates as dates,
+/// total lines bold, column widths as on screen.
+class SpreadsheetWriter
+{
+public:
+    /// Writes \a sheet captioned \a caption to the file \a path (made anew),
+    /// telling \a rowDone each grid row written.
+    static Result<void> write(const BookSheet &sheet, const QString &caption, const QString &path,
+                              const std::function<void(int)> &rowDone);
+    /// \a text as a worksheet's name may be: at most 31 characters, none of []:*?/\ .
+    static QString sheetName(const QString &text);
+};
+
+} // namespace kx
