@@ -2,6 +2,7 @@
 // statements through the sqlite3 C API; one corrected explanation; one amount
 // that moves every balance below it; a book of new rows; and on PostgreSQL
 // the same beside the server's own set-based UPDATE and COPY.
+#include "BenchBook.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "data/JournalDefinition.h"
@@ -28,34 +29,9 @@
 
 namespace {
 
-struct Opened {
-    std::unique_ptr<kx::SqlAccContext> acc;
-    kx::GridModel grid;
-    kx::LedgerState book;
-};
-
-std::unique_ptr<Opened> openBook(const QString &url, int records, bool fresh)
-{
-    auto o = std::make_unique<Opened>();
-    kx::Database db = kx::Database::open(url);
-    if (!db.isOpen())
-        return nullptr;
-    if (fresh) {
-        kx::SampleOptions options;
-        options.records = records;
-        options.books = 1;
-        options.year = 2025;
-        if (!kx::SampleBooks::create(db, options).ok())
-            return nullptr;
-    }
-    const int docId =
-        db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("020101")}}).value().toInt();
-    o->acc = std::make_unique<kx::SqlAccContext>(std::move(db));
-    kx::JournalDefinition(o->acc->Connection(), o->book.book).read(docId);
-    if (kx::BookLoader(o->grid, o->book, kx::LedgerHost::none(), o->acc.get()).load(0) != kx::BookLoader::Loaded)
-        return nullptr;
-    return o;
-}
+using kxbench::Opened;
+using kxbench::openBook;
+using kxbench::sqliteBook;
 
 bool save(Opened &o)
 {
@@ -67,19 +43,6 @@ void touchEveryRow(Opened &o, int pass)
     for (int r = o.grid.fixedRows(); r < o.grid.rows(); ++r)
         o.grid.setText(r, QStringLiteral("Remark"), QStringLiteral("第%1遍").arg(pass));
     o.book.dirty = true;
-}
-
-QString sqlitePath(int records)
-{
-    return QDir::tempPath() + QStringLiteral("/kxjournal-save-%1.db").arg(records);
-}
-
-std::unique_ptr<Opened> sqliteBook(int records)
-{
-    const QString path = sqlitePath(records);
-    for (const char *suffix : {"", "-wal", "-shm"})
-        QFile::remove(path + QLatin1String(suffix));
-    return openBook(QStringLiteral("sqlite:") + path, records, true);
 }
 
 // Saves the whole book once an iteration, every row changed beforehand.

@@ -38,6 +38,13 @@ int monthKey(const QDate &d)
 
 } // namespace
 
+void BookSheet::Sums::add(const BookRow &row)
+{
+    debit += row.debit();
+    credit += row.credit();
+    forex += row.forex();
+}
+
 BookSheet::BookSheet(const GridModel &grid, const LedgerState &state) : m_grid(grid), m_state(state), m_keys(grid)
 {
     for (const int c : shownColumns(grid)) {
@@ -153,7 +160,7 @@ void BookSheet::readRecord(int r, Row &row) const
     }
 }
 
-void BookSheet::splitSummary(int r, Row &month, Row &year) const
+void BookSheet::splitSummary(int r, const Sums &period, const Sums &cumulative, Row &month, Row &year) const
 {
     readRecord(r, month);
     month.kind = Row::MonthTotal;
@@ -166,19 +173,32 @@ void BookSheet::splitSummary(int r, Row &month, Row &year) const
         Cell &y = year.cells[k];
         switch (col.column) {
         case JournalColumns::Debit:
-        case JournalColumns::Credit:
+        case JournalColumns::Credit: {
+            const bool debitSide = col.column == JournalColumns::Debit;
             m = Cell();
             y = Cell();
-            if (!text.trimmed().isEmpty())
+            if (!text.trimmed().isEmpty()) {
                 BalanceCalculator::twoLines(text, m.amount, y.amount);
+            } else {
+                // Totals not worked out since the book was read: the same
+                // figures a recalculation would show.
+                m.amount = debitSide ? period.debit : period.credit;
+                y.amount = debitSide ? cumulative.debit : cumulative.credit;
+            }
             break;
+        }
         case JournalColumns::Forex: {
             // The cell holds the period's foreign debit and credit, its hidden
             // data the cumulative ones; a sheet shows each as one signed figure.
             m = Cell();
             y = Cell();
-            if (text.trimmed().isEmpty())
+            if (text.trimmed().isEmpty()) {
+                if (!period.forex.isZero() || !cumulative.forex.isZero()) {
+                    m.amount = period.forex;
+                    y.amount = cumulative.forex;
+                }
                 break;
+            }
             Currency debit, credit;
             BalanceCalculator::twoLines(text, debit, credit);
             m.amount = debit - credit;
@@ -244,15 +264,30 @@ void BookSheet::forEachRow(const std::function<void(const Row &)> &visit) const
 
     Row row, second;
     if (hasSummary) {
+        Sums period, cumulative;
         for (int r = first; r < m_grid.rows(); ++r) {
-            if (!isShownRow(r))
+            const bool summary = r > first && BookRow::isSummaryCell(m_grid, r, tagCol);
+            if (!summary) {
+                const BookRow book = BookRow::of(m_grid, m_keys, r);
+                period.add(book);
+                cumulative.add(book);
+            }
+            if (!isShownRow(r)) {
+                if (summary)
+                    period = Sums();
                 continue;
-            if (r > first && BookRow::isSummaryCell(m_grid, r, tagCol)) {
-                splitSummary(r, row, second);
+            }
+            if (summary) {
+                splitSummary(r, period, cumulative, row, second);
+                row.carriedDebit = period.debit;
+                row.carriedCredit = period.credit;
+                period = Sums();
                 visit(row);
                 visit(second);
             } else {
                 readRecord(r, row);
+                row.carriedDebit = period.debit;
+                row.carriedCredit = period.credit;
                 visit(row);
             }
         }
@@ -267,9 +302,12 @@ void BookSheet::forEachRow(const std::function<void(const Row &)> &visit) const
         row.kind = Row::MonthTotal;
         fillTotal(month, lastRecord, BookRow::dateLabel(QDate(current / 12, current % 12 + 1, 1), BookRow::Label::Summary),
                   row);
+        row.carriedDebit = month.debit;
+        row.carriedCredit = month.credit;
         visit(row);
         row.kind = Row::YearTotal;
         fillTotal(year, lastRecord, QString(), row);
+        row.carriedDebit = row.carriedCredit = Currency();
         visit(row);
         month = Sums();
     };
@@ -286,18 +324,16 @@ void BookSheet::forEachRow(const std::function<void(const Row &)> &visit) const
             }
             current = key;
         }
-        readRecord(r, row);
-        visit(row);
         // The opening balance is brought in, not turned over this year.
-        if (r == first)
-            continue;
-        month.debit += book.debit();
-        month.credit += book.credit();
-        month.forex += book.forex();
-        year.debit += book.debit();
-        year.credit += book.credit();
-        year.forex += book.forex();
-        lastRecord = r;
+        if (r > first) {
+            month.add(book);
+            year.add(book);
+            lastRecord = r;
+        }
+        readRecord(r, row);
+        row.carriedDebit = month.debit;
+        row.carriedCredit = month.credit;
+        visit(row);
     }
     if (current >= 0 && lastRecord >= 0)
         closeMonth();

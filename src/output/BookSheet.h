@@ -10,6 +10,7 @@
 
 namespace kx {
 
+class BookRow;
 class GridModel;
 struct LedgerState;
 
@@ -44,6 +45,9 @@ public:
         Kind kind = Record;
         int gridRow = -1;  ///< the grid row it shows (a computed total: the month's last record)
         QVector<Cell> cells;
+        /// The debit and credit the month's totals have reached with this
+        /// row: what a page ending here carries forward.
+        Currency carriedDebit, carriedCredit;
     };
 
     /// Reads \a grid, a book of \a state.
@@ -67,9 +71,10 @@ public:
 private:
     struct Sums {
         Currency debit, credit, forex;
+        void add(const BookRow &row);
     };
     void readRecord(int r, Row &row) const;
-    void splitSummary(int r, Row &month, Row &year) const;
+    void splitSummary(int r, const Sums &period, const Sums &cumulative, Row &month, Row &year) const;
     void fillTotal(const Sums &sums, int lastRecord, const QString &name, Row &row) const;
     bool isShownRow(int r) const;
 

@@ -1,7 +1,6 @@
 #include "output/PageLayout.h"
 
 #include "kxjournal/GridModel.h"
-#include "ledger/BookRow.h"
 #include "output/BookSheet.h"
 
 #include <QFontMetricsF>
@@ -110,7 +109,6 @@ int PageLayout::layout(const QSizeF &area, GridModel &out) const
     const int creditCol = sheet.indexOf(JournalColumns::Credit);
     const int keep[] = {sheet.indexOf(JournalColumns::Dir), sheet.indexOf(JournalColumns::Balance),
                         sheet.indexOf(JournalColumns::fxBalance)};
-    const JournalColumns keys(m_grid);
 
     QVector<Line> lines;
     int page = 1;
@@ -155,19 +153,11 @@ int PageLayout::layout(const QSizeF &area, GridModel &out) const
         lines.append(l);
         used += l.height;
 
-        if (row.kind == BookSheet::Row::Record && row.gridRow > m_grid.fixedRows()) {
-            const BookRow record = BookRow::of(m_grid, keys, row.gridRow);
-            debit += record.debit();
-            credit += record.credit();
-        }
+        debit = row.carriedDebit;
+        credit = row.carriedCredit;
         for (int i = 0; i < 3; ++i)
             if (keep[i] >= 0 && !l.cells[keep[i]].isEmpty())
                 balance[i] = l.cells[keep[i]];
-        // A month's figures start afresh once its totals are written.
-        if (row.kind == BookSheet::Row::YearTotal) {
-            debit = Currency();
-            credit = Currency();
-        }
     });
 
     out.setRows(1);

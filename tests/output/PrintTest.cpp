@@ -1,0 +1,208 @@
+// Printing the book: pages as paper journals keep them, read back from the
+// PDF's text, and the print grid the pages were laid out in.
+#include "support/TestDatabase.h"
+
+#include <kxjournal/GridModel.h>
+#include <kxjournal/Journal.h>
+#include <kxjournal/SqlAccContext.h>
+
+#include <QDialog>
+#include <QDir>
+#include <QMenu>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+#include <gtest/gtest.h>
+
+using kx::Currency;
+
+namespace {
+
+QString run(const QString &program, const QStringList &args)
+{
+    QProcess p;
+    p.start(program, args);
+    EXPECT_TRUE(p.waitForFinished(60000)) << qPrintable(program);
+    return QString::fromUtf8(p.readAllStandardOutput());
+}
+
+// The PDF's text, page by page. Some fonts map an ideograph to its radical's
+// code point; the text is folded back to the ideographs a person reads.
+QStringList pdfPages(const QString &file)
+{
+    const QString raw = run(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), file, QStringLiteral("-")});
+    QString text;
+    for (const QChar c : raw) {
+        if (c.unicode() >= 0x2F00 && c.unicode() <= 0x2FDF)
+            text += QString(c).normalized(QString::NormalizationForm_KC);
+        else
+            text += c.unicode() == 0x2EDA ? QChar(u'页') : c;
+    }
+    QStringList pages = text.split(QLatin1Char('\f'));
+    if (!pages.isEmpty() && pages.last().trimmed().isEmpty())
+        pages.removeLast();
+    return pages;
+}
+
+// The figures of the first line of \a page holding \a label: debit, credit, balance.
+QList<Currency> figuresOf(const QString &page, const QString &label)
+{
+    static const QRegularExpression figure(QStringLiteral("-?[0-9][0-9,]*\\.[0-9]{2}"));
+    QList<Currency> values;
+    for (const QString &line : page.split(QLatin1Char('\n'))) {
+        if (!line.contains(label))
+            continue;
+        for (auto m = figure.globalMatch(line); m.hasNext();)
+            values << Currency::fromText(m.next().captured()).valueOr(Currency::invalid());
+        break;
+    }
+    return values;
+}
+
+// A year's sample bank book of 200 records with its monthly sub-totals, open in a control.
+struct PrintingBook {
+    PrintingBook() : db(kxtest::Engine::Sqlite)
+    {
+        kx::Database conn = db.open();
+        book = kxtest::fillSampleBooks(conn, 200, 1);
+        acc = std::make_unique<kx::SqlAccContext>(db.open());
+        journal.setAcc(acc.get());
+        QObject::connect(&journal, &kx::Journal::Notify, [this](const QString &m, bool) { said << m; });
+        EXPECT_TRUE(journal.Load(book));
+    }
+    QString pdf(const char *name) const { return folder.filePath(QString::fromLatin1(name)); }
+    // The print grid's text of the line \a r in the column keyed \a key.
+    QString printed(int r, const char *key) const
+    {
+        const kx::GridModel *g = journal.PrintGrid();
+        return g->text(r, g->colIndex(QString::fromLatin1(key)));
+    }
+
+    kxtest::TestDatabase db;
+    std::unique_ptr<kx::SqlAccContext> acc;
+    kx::Journal journal;
+    QTemporaryDir folder;
+    QStringList said;
+    int book = 0;
+};
+
+} // namespace
+
+TEST(Print, PagesCarryTheirFiguresForwardAsPaperJournalsDo)
+{
+    PrintingBook b;
+    kx::GridModel *grid = b.journal.Grid();
+    // One explanation long enough to wrap inside its column.
+    const QString longText = QStringLiteral("收到华南公司货款，").repeated(12) + QStringLiteral("尾声");
+    grid->setText(5, grid->colIndex(QStringLiteral("Explain")), longText);
+    const QString file = b.pdf("book.pdf");
+    ASSERT_TRUE(b.journal.printToPdf(file)) << qPrintable(b.said.join(QLatin1Char('\n')));
+
+    const kx::GridModel *fg1 = b.journal.PrintGrid();
+    const int pages = int(fg1->number(fg1->rows() - 1, 0));
+    ASSERT_GT(pages, 3);
+    EXPECT_TRUE(run(QStringLiteral("pdfinfo"), {file}).contains(QStringLiteral("Pages:           %1").arg(pages)));
+    EXPECT_TRUE(run(QStringLiteral("pdfinfo"), {file}).contains(QStringLiteral("842 x 595 pts"))) << "A4 on its side";
+    const QStringList text = pdfPages(file);
+    ASSERT_EQ(text.size(), pages);
+
+    // Every record is on paper once; every page has the caption, the period and the headers.
+    int records = 0, dataRows = 0;
+    for (int r = 1; r < fg1->rows(); ++r)
+        records += !fg1->isSubtotal(r);
+    for (int r = grid->fixedRows(); r < grid->rows(); ++r)
+        dataRows += !grid->text(r, grid->colIndex(QStringLiteral("ShowName"))).isEmpty() &&
+                    grid->number(r, grid->colIndex(QStringLiteral("Tag"))) >= 0;
+    EXPECT_EQ(records, dataRows);
+    for (int p = 0; p < pages; ++p) {
+        EXPECT_TRUE(text[p].contains(b.journal.Caption().trimmed().section(QLatin1Char('\\'), -1))) << "page " << p + 1;
+        EXPECT_TRUE(text[p].contains(QStringLiteral("期间："))) << "page " << p + 1;
+        EXPECT_TRUE(text[p].contains(QStringLiteral("借方金额"))) << "page " << p + 1;
+        // The text tool may drop the blanks between the page words.
+        EXPECT_TRUE(QString(text[p]).remove(QLatin1Char(' ')).contains(QStringLiteral("第%1页共%2页").arg(p + 1).arg(pages)))
+            << "page " << p + 1;
+        EXPECT_EQ(text[p].contains(QStringLiteral("过次页")), p + 1 < pages) << "page " << p + 1;
+        EXPECT_EQ(text[p].contains(QStringLiteral("承前页")), p > 0) << "page " << p + 1;
+    }
+    // What a page carries over is what the next one brings forward.
+    for (int p = 0; p + 1 < pages; ++p) {
+        const QList<Currency> out = figuresOf(text[p], QStringLiteral("过次页"));
+        ASSERT_EQ(out.size(), 3) << "page " << p + 1;
+        EXPECT_EQ(figuresOf(text[p + 1], QStringLiteral("承前页")), out) << "page " << p + 2;
+    }
+    // And what it carries is what it brought in plus its own records, up to
+    // the month's totals; the balance is the last record's.
+    int r = 1;
+    Currency debit, credit;
+    QString balance;
+    for (; r < fg1->rows(); ++r) {
+        const QString label = b.printed(r, "Explain");
+        const Currency d = Currency::fromText(b.printed(r, "Debit")).valueOr(Currency());
+        const Currency c = Currency::fromText(b.printed(r, "Credit")).valueOr(Currency());
+        if (label == QLatin1String("过次页")) {
+            EXPECT_EQ(d, debit) << "line " << r;
+            EXPECT_EQ(c, credit) << "line " << r;
+            EXPECT_EQ(b.printed(r, "Balance"), balance) << "line " << r;
+        } else if (label == QLatin1String("本月合计")) {
+            EXPECT_EQ(d, debit) << "a month total is the sum of its lines, line " << r;
+            EXPECT_EQ(c, credit);
+        } else if (label == QLatin1String("本年累计")) {
+            debit = credit = Currency();
+        } else if (label != QLatin1String("承前页")) {
+            debit += d;
+            credit += c;
+            balance = b.printed(r, "Balance");
+        }
+    }
+    // The long explanation wraps: its line is taller, and all of it is printed.
+    int tall = 0;
+    for (r = 1; r < fg1->rows(); ++r)
+        if (b.printed(r, "Explain") == longText)
+            tall = fg1->rowHeight(r);
+    EXPECT_GE(tall, 2 * fg1->rowHeight(0));
+    EXPECT_TRUE(text.join(QString()).contains(QStringLiteral("尾声")));
+    EXPECT_TRUE(fg1->colAlignment(fg1->colIndex(QStringLiteral("Debit"))) & Qt::AlignRight);
+}
+
+TEST(Print, AVetoOrAnUnwritablePlacePrintsNothing)
+{
+    PrintingBook b;
+    bool veto = true;
+    QObject::connect(&b.journal, &kx::Journal::CommandExecute,
+                     [&](const QString &name, bool &cancel) { cancel = veto && name == u"Print"; });
+    EXPECT_FALSE(b.journal.printToPdf(b.pdf("v.pdf")));
+    EXPECT_FALSE(QFile::exists(b.pdf("v.pdf")));
+    veto = false;
+    EXPECT_FALSE(b.journal.printToPdf(b.pdf("no/such/folder/x.pdf")));
+    EXPECT_TRUE(b.said.last().startsWith(QStringLiteral("不能写入文件"))) << qPrintable(b.said.last());
+    EXPECT_TRUE(QDir(b.folder.path()).isEmpty());
+}
+
+TEST(Print, AnEmptyBookPrintsOnePageOfHeads)
+{
+    PrintingBook b;
+    kx::GridModel *grid = b.journal.Grid();
+    grid->setRows(grid->fixedRows());
+    ASSERT_TRUE(b.journal.printToPdf(b.pdf("empty.pdf")));
+    EXPECT_EQ(pdfPages(b.pdf("empty.pdf")).size(), 1);
+    EXPECT_TRUE(pdfPages(b.pdf("empty.pdf")).value(0).remove(QLatin1Char(' ')).contains(QStringLiteral("第1页共1页")));
+}
+
+TEST(Print, TheMenuOpensAPreviewOfThePages)
+{
+    PrintingBook b;
+    b.journal.resize(900, 500);
+    b.journal.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&b.journal));
+    b.journal.contextMenu()->popup(QPoint(0, 0));
+    b.journal.menuAction(QStringLiteral("mnuPrint"))->trigger();
+    b.journal.contextMenu()->hide();
+    auto *preview = b.journal.findChild<QDialog *>(QStringLiteral("printPreview"));
+    ASSERT_NE(preview, nullptr);
+    QTRY_VERIFY(preview->isVisible());
+    QTRY_VERIFY(b.journal.PrintGrid()->rows() > 1);  // laid out for the preview's pages
+    preview->close();
+    QTRY_VERIFY(b.journal.findChild<QDialog *>(QStringLiteral("printPreview")) == nullptr);
+}
