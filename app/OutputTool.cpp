@@ -6,6 +6,27 @@
 
 #include <QFileInfo>
 #include <cstdio>
+#include <functional>
+
+namespace {
+
+// Loads book \a code of \a url into a control drawn nowhere and runs \a write
+// on it; prints the path written.
+int withBook(const QString &url, const QString &code, const QString &out, const std::function<bool(kx::Journal &)> &write)
+{
+    ToolBook book;
+    if (!book.open(url, code))
+        return 1;
+    kx::Journal journal;
+    if (!book.load(journal))
+        return 1;
+    if (!write(journal))
+        return book.fail();
+    std::printf("%s\n", qPrintable(QFileInfo(out).absoluteFilePath()));
+    return 0;
+}
+
+} // namespace
 
 int OutputTool::exportBook(const QString &url, const QString &code, const QString &out, const QString &type)
 {
@@ -15,28 +36,10 @@ int OutputTool::exportBook(const QString &url, const QString &code, const QStrin
         std::fprintf(stderr, "kxjournal: --type must be csv, tsv or xlsx\n");
         return 2;
     }
-    ToolBook book;
-    if (!book.open(url, code))
-        return 1;
-    kx::Journal journal;
-    if (!book.load(journal))
-        return 1;
-    if (!journal.ExportToFile(out, kind))
-        return book.fail();
-    std::printf("%s\n", qPrintable(QFileInfo(out).absoluteFilePath()));
-    return 0;
+    return withBook(url, code, out, [&](kx::Journal &journal) { return journal.ExportToFile(out, kind); });
 }
 
 int OutputTool::print(const QString &url, const QString &code, const QString &out)
 {
-    ToolBook book;
-    if (!book.open(url, code))
-        return 1;
-    kx::Journal journal;
-    if (!book.load(journal))
-        return 1;
-    if (!journal.printToPdf(out))
-        return book.fail();
-    std::printf("%s\n", qPrintable(QFileInfo(out).absoluteFilePath()));
-    return 0;
+    return withBook(url, code, out, [&](kx::Journal &journal) { return journal.printToPdf(out); });
 }
