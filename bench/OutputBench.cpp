@@ -64,7 +64,7 @@ void BM_ExportCsv(benchmark::State &state)
     kxbench::Opened &o = book(int(state.range(0)));
     const QString path = scratch().filePath(QStringLiteral("book.csv"));
     for (auto _ : state)
-        if (!kx::BookExporter(o.grid, o.book, kx::LedgerHost::none()).write(path, kx::BookExporter::Csv, QString()).ok())
+        if (!kx::BookExporter(o.grid, kx::LedgerHost::none()).write(path, kx::BookExporter::Csv, QString()).ok())
             state.SkipWithError("export failed");
     state.counters["bytes"] = double(QFile(path).size());
 }
@@ -97,7 +97,7 @@ void BM_ExportXlsx(benchmark::State &state)
     kxbench::Opened &o = book(int(state.range(0)));
     const QString path = scratch().filePath(QStringLiteral("book.xlsx"));
     for (auto _ : state)
-        if (!kx::BookExporter(o.grid, o.book, kx::LedgerHost::none()).write(path, kx::BookExporter::Xlsx, QString()).ok())
+        if (!kx::BookExporter(o.grid, kx::LedgerHost::none()).write(path, kx::BookExporter::Xlsx, QString()).ok())
             state.SkipWithError("export failed");
 }
 
@@ -130,7 +130,7 @@ void BM_PrintLayout(benchmark::State &state)
     kx::GridModel pages;
     int count = 0;
     for (auto _ : state)
-        count = kx::PageLayout(o.grid, o.book, font).layout(kx::PageLayout::defaultArea(), pages);
+        count = kx::PageLayout(o.grid, font).layout(kx::PageLayout::defaultArea(), pages);
     state.counters["pages"] = count;
 }
 

@@ -56,13 +56,38 @@ FindBar::FindBar(const GridModel &grid, QWidget *parent)
     m_delay->setInterval(150);
     connect(m_delay, &QTimer::timeout, this, &FindBar::search);
     connect(m_text, &QLineEdit::textChanged, this, [this] { m_delay->start(); });
-    connect(m_list, &QListWidget::itemClicked, this, [this](QListWidgetItem *item) { go(m_list->row(item)); });
+    connect(m_list, &QListWidget::itemClicked, this, [this](QListWidgetItem *item) {
+        // A row listed before the book changed may be another row now.
+        if (m_stale)
+            search();
+        else
+            go(m_list->row(item));
+    });
+    // Any change to the rows, their cells or which columns show makes the
+    // list out of date: it is made again once the changes pause.
+    connect(&grid, &QAbstractItemModel::modelReset, this, &FindBar::gridChanged);
+    connect(&grid, &QAbstractItemModel::layoutChanged, this, &FindBar::gridChanged);
+    connect(&grid, &QAbstractItemModel::rowsInserted, this, &FindBar::gridChanged);
+    connect(&grid, &QAbstractItemModel::rowsRemoved, this, &FindBar::gridChanged);
+    connect(&grid, &QAbstractItemModel::rowsMoved, this, &FindBar::gridChanged);
+    connect(&grid, &QAbstractItemModel::dataChanged, this, &FindBar::gridChanged);
+    connect(&grid, &GridModel::colLayoutChanged, this, &FindBar::gridChanged);
+    connect(&grid, &GridModel::rowLayoutChanged, this, &FindBar::gridChanged);
     connect(closeButton, &QToolButton::clicked, this, &FindBar::close);
     hide();
 }
 
+void FindBar::gridChanged()
+{
+    m_stale = true;
+    if (isVisible() && !m_searched.isEmpty())
+        m_delay->start();
+}
+
 void FindBar::open()
 {
+    if (m_stale || m_searched != m_text->text())
+        search();
     show();
     m_text->setFocus(Qt::ShortcutFocusReason);
     m_text->selectAll();
@@ -72,7 +97,7 @@ void FindBar::search()
 {
     m_delay->stop();
     m_searched = m_text->text();
-    m_revision = m_grid.revision();
+    m_stale = false;
     m_hits.clear();
     m_list->clear();
     if (BookFinder::keywords(m_searched).isEmpty()) {
@@ -100,7 +125,7 @@ void FindBar::search()
 void FindBar::step(bool forward)
 {
     // Rows move under a list of hits when the book changes: look again.
-    if (m_delay->isActive() || m_searched != m_text->text() || m_revision != m_grid.revision())
+    if (m_delay->isActive() || m_searched != m_text->text() || m_stale)
         search();
     if (m_hits.isEmpty())
         return;

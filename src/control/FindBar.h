@@ -46,6 +46,7 @@ protected:
 private:
     void go(int index);
     void close();
+    void gridChanged();
 
     const GridModel &m_grid;
     QLineEdit *m_text;
@@ -54,7 +55,7 @@ private:
     QTimer *m_delay;
     QVector<BookFinder::Hit> m_hits;
     QString m_searched;
-    quint64 m_revision = 0;  ///< the grid's revision the hits were found in
+    bool m_stale = false;  ///< the grid changed since the hits were found
 };
 
 } // namespace kx

@@ -41,8 +41,21 @@ void JournalPrivate::setUpOutput()
     key(QKeySequence(Qt::Key_F3), [this] { findBar->isVisible() ? findBar->step(true) : openFindBar(); });
     key(QKeySequence(Qt::SHIFT | Qt::Key_F3), [this] { findBar->isVisible() ? findBar->step(false) : openFindBar(); });
     fileNameAsker = [this](const QString &suggested) {
-        return QFileDialog::getSaveFileName(q, QStringLiteral("导出"), suggested,
-                                            QStringLiteral("逗号分隔 (*.csv);;制表符分隔 (*.tsv *.txt);;电子表格 (*.xlsx)"));
+        // The dialog adds the chosen kind's extension itself, so the name it
+        // asks about overwriting is the name written.
+        const QStringList filters{QStringLiteral("逗号分隔 (*.csv)"), QStringLiteral("制表符分隔 (*.tsv *.txt)"),
+                                  QStringLiteral("电子表格 (*.xlsx)")};
+        const QStringList suffixes{QStringLiteral("csv"), QStringLiteral("tsv"), QStringLiteral("xlsx")};
+        QFileDialog dialog(q, QStringLiteral("导出"), suggested);
+        dialog.setAcceptMode(QFileDialog::AcceptSave);
+        dialog.setNameFilters(filters);
+        const int start = std::max(0, int(suffixes.indexOf(QFileInfo(suggested).suffix())));
+        dialog.selectNameFilter(filters[start]);
+        dialog.setDefaultSuffix(suffixes[start]);
+        QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog, [&](const QString &filter) {
+            dialog.setDefaultSuffix(suffixes.value(int(filters.indexOf(filter)), suffixes[0]));
+        });
+        return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
     };
 }
 
@@ -53,22 +66,33 @@ void JournalPrivate::openFindBar()
 
 QString JournalPrivate::exportBook(bool ask, QString path, int type)
 {
-    return exclusive(QStringLiteral("Export"), QString(), [&] {
-        if (cancels(QStringLiteral("Export")) || !settleEditor())
+    if (Result<void> known = BookExporter::checkType(type); !known.ok()) {
+        prompt(known.error(), false);
+        return QString();
+    }
+    // The host's veto and the question for a name come before the operation
+    // starts, so the name is asked for without the wait cursor.
+    const QPointer<Journal> alive(q);
+    if (!mayStart() || cancels(QStringLiteral("Export")) || !alive)
+        return QString();
+    const auto kind = BookExporter::Type(type);
+    if (ask) {
+        const QString book = state.book.journalName.trimmed();
+        const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+        const QString suggested = QDir(folder).filePath((book.isEmpty() ? QStringLiteral("日记账") : book) +
+                                                        BookExporter::suffix(BookExporter::typeFor(QString(), kind)));
+        path = fileNameAsker ? fileNameAsker(suggested) : QString();
+        if (!alive || path.isEmpty())
             return QString();
-        const auto kind = BookExporter::Type(type);
-        if (ask) {
-            const QString name = state.book.journalName.trimmed().isEmpty() ? QStringLiteral("日记账") : state.book.journalName.trimmed();
-            const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-            path = fileNameAsker ? fileNameAsker(QDir(folder).filePath(name + BookExporter::suffix(
-                                                      BookExporter::typeFor(QString(), kind))))
-                                 : QString();
-            if (path.isEmpty())
-                return QString();
-            if (QFileInfo(path).suffix().isEmpty())
-                path += BookExporter::suffix(BookExporter::typeFor(path, kind));
-        }
-        const Result<void> written = BookExporter(*grid, state, *this).write(path, type, q->Caption());
+        if (QFileInfo(path).suffix().isEmpty())
+            path += BookExporter::suffix(BookExporter::typeFor(path, kind));
+    }
+    return exclusive(QStringLiteral("Export"), QString(), [&] {
+        if (!settleEditor())
+            return QString();
+        const Result<void> written = BookExporter(*grid, *this).write(path, type, q->Caption());
+        if (!alive)
+            return QString();
         if (!written.ok()) {
             prompt(written.error(), false);
             return QString();
@@ -80,7 +104,8 @@ QString JournalPrivate::exportBook(bool ask, QString path, int type)
 
 void JournalPrivate::printPreview()
 {
-    if (!mayStart() || cancels(QStringLiteral("Print")) || !settleEditor())
+    const QPointer<Journal> alive(q);
+    if (!mayStart() || cancels(QStringLiteral("Print")) || !alive || !settleEditor())
         return;
     if (!printer) {
         printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
@@ -92,7 +117,7 @@ void JournalPrivate::printPreview()
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(dialog, &QPrintPreviewDialog::paintRequested, q, [this](QPrinter *target) {
         exclusive(QStringLiteral("Print"), false, [&] {
-            const Result<void> printed = BookPrinter(*grid, state, *printGrid, q->Caption(), grid->font()).print(*target);
+            const Result<void> printed = BookPrinter(*grid, *printGrid, q->Caption(), grid->font()).print(*target);
             if (!printed.ok())
                 prompt(printed.error(), false);
             return printed.ok();
@@ -145,10 +170,11 @@ bool Journal::ExportToFile(const QString &rFileName, int rType)
 
 bool Journal::printToPdf(const QString &fileName)
 {
+    const QPointer<Journal> alive(this);
     return d->exclusive(QStringLiteral("Print"), false, [&] {
-        if (d->cancels(QStringLiteral("Print")) || !d->settleEditor())
+        if (d->cancels(QStringLiteral("Print")) || !alive || !d->settleEditor())
             return false;
-        const Result<void> printed = BookPrinter(*d->grid, d->state, *d->printGrid, Caption(), d->grid->font()).printToPdf(fileName);
+        const Result<void> printed = BookPrinter(*d->grid, *d->printGrid, Caption(), d->grid->font()).printToPdf(fileName);
         if (!printed.ok())
             d->prompt(printed.error(), false);
         return printed.ok();

@@ -55,7 +55,7 @@ public:
     {
         if (!enter(name))
             return refused;
-        Leave leave{this, name};
+        Leave leave{this, name, q};
         return work();
     }
     /// True when no operation runs; otherwise says so to the user.
@@ -149,7 +149,12 @@ private:
     struct Leave {
         JournalPrivate *d;
         QString name;
-        ~Leave() { d->leave(name); }
+        QPointer<Journal> alive;  ///< a host's handler may delete the control mid-operation
+        ~Leave()
+        {
+            if (alive)
+                d->leave(name);
+        }
     };
     bool enter(const QString &name);
     void leave(const QString &name);

@@ -34,15 +34,22 @@ QString BookExporter::suffix(Type type)
     }
 }
 
-Result<void> BookExporter::write(const QString &path, int type, const QString &caption) const
+Result<void> BookExporter::checkType(int type)
 {
     if (type < ByName || type > Xlsx)
         return Error(QStringLiteral("导出类型 %1 不对：0 按文件的扩展名，1 逗号分隔，2 制表符分隔，3 电子表格。").arg(type));
+    return {};
+}
+
+Result<void> BookExporter::write(const QString &path, int type, const QString &caption) const
+{
+    if (Result<void> known = checkType(type); !known.ok())
+        return known;
     QSaveFile out(path);
     if (Result<void> opened = FileOutput::open(out); !opened.ok())
         return opened;
 
-    const BookSheet sheet(m_grid, m_state);
+    const BookSheet sheet(m_grid);
     const int rows = std::max(1, m_grid.rows());
     int shown = -1;
     const auto rowDone = [&](int gridRow) {

@@ -8,7 +8,6 @@ namespace kx {
 
 class GridModel;
 class LedgerHost;
-struct LedgerState;
 
 /// Writes the book shown into a comma-separated, tab-separated or
 /// spreadsheet file, with progress; the file appears whole or not at all.
@@ -18,15 +17,14 @@ public:
     /// The kinds of file.
     enum Type { ByName = 0, Csv = 1, Tsv = 2, Xlsx = 3 };
 
-    /// Exports \a grid, a book of \a state, reporting progress to \a host.
-    BookExporter(const GridModel &grid, const LedgerState &state, LedgerHost &host)
-        : m_grid(grid), m_state(state), m_host(host)
-    {
-    }
+    /// Exports the book in \a grid, reporting progress to \a host.
+    BookExporter(const GridModel &grid, LedgerHost &host) : m_grid(grid), m_host(host) {}
 
     /// The kind \a type stands for; ByName follows \a path's extension
     /// (".xlsx" spreadsheet, ".tsv" or ".txt" tab-separated, else comma-separated).
     static Type typeFor(const QString &path, Type type);
+    /// Fails, saying what the types are, unless \a type is one of them.
+    static Result<void> checkType(int type);
     /// The extension of a file of kind \a type (".csv").
     static QString suffix(Type type);
     /// Writes the book into \a path as kind \a type (0 to 3), the
@@ -35,7 +33,6 @@ public:
 
 private:
     const GridModel &m_grid;
-    const LedgerState &m_state;
     LedgerHost &m_host;
 };
 

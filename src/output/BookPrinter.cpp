@@ -10,9 +10,8 @@
 
 namespace kx {
 
-BookPrinter::BookPrinter(const GridModel &grid, const LedgerState &state, GridModel &printGrid, const QString &caption,
-                         const QFont &gridFont)
-    : m_grid(grid), m_state(state), m_printGrid(printGrid), m_caption(caption), m_font(PageLayout::bodyFont(gridFont))
+BookPrinter::BookPrinter(const GridModel &grid, GridModel &printGrid, const QString &caption, const QFont &gridFont)
+    : m_grid(grid), m_printGrid(printGrid), m_caption(caption), m_font(PageLayout::bodyFont(gridFont))
 {
 }
 
@@ -24,7 +23,7 @@ void BookPrinter::setUpPage(QPrinter &printer)
 
 Result<void> BookPrinter::print(QPrinter &printer) const
 {
-    const PageLayout layout(m_grid, m_state, m_font);
+    const PageLayout layout(m_grid, m_font);
     const QSizeF area = printer.pageLayout().paintRect(QPageLayout::Point).size();
     layout.layout(area, m_printGrid);
     return PagePainter(m_printGrid, m_caption, layout.period(), m_font).print(printer);

@@ -10,17 +10,15 @@ class QPrinter;
 namespace kx {
 
 class GridModel;
-struct LedgerState;
 
 /// Prints the book shown: lays it out into the print grid for the
 /// printer's page and paints the pages, onto a printer or into a PDF file.
 class BookPrinter
 {
 public:
-    /// Prints \a grid, a book of \a state captioned \a caption, in the family
-    /// of \a gridFont, laying it out into \a printGrid.
-    BookPrinter(const GridModel &grid, const LedgerState &state, GridModel &printGrid, const QString &caption,
-                const QFont &gridFont);
+    /// Prints the book in \a grid captioned \a caption, in the family of
+    /// \a gridFont, laying it out into \a printGrid.
+    BookPrinter(const GridModel &grid, GridModel &printGrid, const QString &caption, const QFont &gridFont);
 
     /// Gives \a printer the book's page: A4 on its side, 10 mm margins.
     static void setUpPage(QPrinter &printer);
@@ -32,7 +30,6 @@ public:
 
 private:
     const GridModel &m_grid;
-    const LedgerState &m_state;
     GridModel &m_printGrid;
     QString m_caption;
     QFont m_font;

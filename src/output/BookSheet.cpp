@@ -3,7 +3,6 @@
 #include "kxjournal/GridModel.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookRow.h"
-#include "ledger/LedgerState.h"
 #include "output/ShownColumns.h"
 
 namespace kx {
@@ -31,6 +30,8 @@ BookSheet::Column::Kind kindOf(JournalColumns::Column c, GridModel::DataType typ
     }
 }
 
+constexpr int DefaultWidth = 100;
+
 int monthKey(const QDate &d)
 {
     return d.year() * 12 + d.month() - 1;
@@ -45,7 +46,7 @@ void BookSheet::Sums::add(const BookRow &row)
     forex += row.forex();
 }
 
-BookSheet::BookSheet(const GridModel &grid, const LedgerState &state) : m_grid(grid), m_state(state), m_keys(grid)
+BookSheet::BookSheet(const GridModel &grid) : m_grid(grid), m_keys(grid)
 {
     for (const int c : shownColumns(grid)) {
         Column col;
@@ -53,13 +54,18 @@ BookSheet::BookSheet(const GridModel &grid, const LedgerState &state) : m_grid(g
         col.column = JournalColumns::fromKey(grid.colKey(c));
         col.header = grid.text(0, c);
         col.format = grid.colFormat(c);
-        col.width = grid.colWidth(c);
+        // A column at the view's default width says -1.
+        col.width = grid.colWidth(c) > 0 ? grid.colWidth(c) : DefaultWidth;
         col.kind = kindOf(col.column, grid.colDataType(c));
         const Qt::Alignment h = grid.colAlignment(c) & Qt::AlignHorizontal_Mask;
         col.align = col.kind == Column::Amount || col.kind == Column::Number ? Qt::AlignRight
                                                                              : (h ? h : Qt::AlignLeft);
         m_columns.append(col);
     }
+    m_labelCol = indexOf(JournalColumns::Explain);
+    for (int k = 0; k < m_columns.size() && m_labelCol < 0; ++k)
+        if (m_columns[k].kind == Column::Text && m_columns[k].column != JournalColumns::ShowName)
+            m_labelCol = k;
 }
 
 int BookSheet::indexOf(JournalColumns::Column column) const
@@ -142,7 +148,10 @@ void BookSheet::readRecord(int r, Row &row) const
                 cell.amount = m_grid.amount(r, col.gridCol);
             } else {
                 cell.text = m_grid.text(r, col.gridCol);
-                cell.amount = Currency::fromText(cell.text).valueOr(Currency::invalid());
+                // Money typed as text ("1,250.50") is still money; any other
+                // number stays exactly as typed ("007", "6.897512").
+                if (col.kind == Column::Amount)
+                    cell.amount = Currency::fromText(cell.text).valueOr(Currency::invalid());
             }
             break;
         case Column::Date:
@@ -209,12 +218,6 @@ void BookSheet::splitSummary(int r, const Sums &period, const Sums &cumulative, 
         case JournalColumns::Dir:
         case JournalColumns::Balance:
         case JournalColumns::fxBalance: break;
-        case JournalColumns::Explain:
-            m = Cell();
-            m.text = label(Row::MonthTotal);
-            y = Cell();
-            y.text = label(Row::YearTotal);
-            break;
         default: {
             y = Cell();
             const int cr = int(text.indexOf(QLatin1Char('\r')));
@@ -228,6 +231,12 @@ void BookSheet::splitSummary(int r, const Sums &period, const Sums &cumulative, 
         }
         }
     }
+    if (m_labelCol >= 0) {
+        month.cells[m_labelCol] = Cell();
+        month.cells[m_labelCol].text = label(Row::MonthTotal);
+        year.cells[m_labelCol] = Cell();
+        year.cells[m_labelCol].text = label(Row::YearTotal);
+    }
 }
 
 void BookSheet::fillTotal(const Sums &sums, int lastRecord, const QString &name, Row &row) const
@@ -239,7 +248,6 @@ void BookSheet::fillTotal(const Sums &sums, int lastRecord, const QString &name,
     for (int k = 0; k < m_columns.size(); ++k) {
         switch (m_columns[k].column) {
         case JournalColumns::ShowName: row.cells[k].text = name; break;
-        case JournalColumns::Explain: row.cells[k].text = label(row.kind); break;
         case JournalColumns::Debit: row.cells[k].amount = sums.debit; break;
         case JournalColumns::Credit: row.cells[k].amount = sums.credit; break;
         case JournalColumns::Forex:
@@ -252,6 +260,8 @@ void BookSheet::fillTotal(const Sums &sums, int lastRecord, const QString &name,
         default: break;
         }
     }
+    if (m_labelCol >= 0)
+        row.cells[m_labelCol].text = label(row.kind);
 }
 
 void BookSheet::forEachRow(const std::function<void(const Row &)> &visit) const
@@ -281,6 +291,7 @@ void BookSheet::forEachRow(const std::function<void(const Row &)> &visit) const
                 splitSummary(r, period, cumulative, row, second);
                 row.carriedDebit = period.debit;
                 row.carriedCredit = period.credit;
+                second.carriedDebit = second.carriedCredit = Currency();
                 period = Sums();
                 visit(row);
                 visit(second);

@@ -12,7 +12,6 @@ namespace kx {
 
 class BookRow;
 class GridModel;
-struct LedgerState;
 
 /// The book as a table for paper and spreadsheets: the columns a person
 /// sees, the rows a person sees, and month and year totals as rows of
@@ -50,13 +49,16 @@ public:
         Currency carriedDebit, carriedCredit;
     };
 
-    /// Reads \a grid, a book of \a state.
-    BookSheet(const GridModel &grid, const LedgerState &state);
+    /// Reads the book in \a grid.
+    explicit BookSheet(const GridModel &grid);
 
     /// The columns, in grid order.
     const QVector<Column> &columns() const { return m_columns; }
     /// The sheet column showing \a column, -1 when none does.
     int indexOf(JournalColumns::Column column) const;
+    /// The column a total line's label goes into: the explanation, else the
+    /// first other text column; -1 when there is none.
+    int labelColumn() const { return m_labelCol; }
     /// "2026-01-01 至 2026-03-31": the first and the last record date; empty
     /// for a book without dates.
     QString period() const;
@@ -79,9 +81,9 @@ private:
     bool isShownRow(int r) const;
 
     const GridModel &m_grid;
-    const LedgerState &m_state;
     JournalColumns m_keys;
     QVector<Column> m_columns;
+    int m_labelCol = -1;
 };
 
 } // namespace kx

@@ -11,7 +11,8 @@ namespace kx {
 /// A text pattern of the kind bookkeepers type into a search box: "*" any
 /// run of characters, "?" any one character, "#" any digit, "[…]" one
 /// character of a set ("[a-c]" a range, "[!…]" any character but those);
-/// everything else stands for itself, case counting.
+/// everything else stands for itself, case counting. A character outside
+/// the basic plane (written as two UTF-16 units) counts as one.
 class LikePattern
 {
 public:
@@ -32,10 +33,10 @@ private:
     struct Token {
         enum Kind : unsigned char { Literal, AnyOne, Digit, Set, AnyRun } kind = Literal;
         bool negated = false;
-        char16_t ch = 0;
-        QString set;  ///< pairs of (first, last) characters
+        char32_t ch = 0;
+        QVector<char32_t> set;  ///< pairs of (first, last) characters
     };
-    bool tokenMatches(const Token &token, char16_t c) const;
+    bool tokenMatches(const Token &token, char32_t c) const;
 
     QVector<Token> m_tokens;
     // "*literal*" is by far the most common pattern: a plain substring search.

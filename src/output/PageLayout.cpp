@@ -38,8 +38,10 @@ QString shownText(const BookSheet::Column &col, const BookSheet::Cell &cell)
 }
 
 // How many lines \a text takes in \a width, wrapped between words or, for
-// text without breaks (Chinese), between any two characters.
-int linesFor(const QString &text, double width, const QFont &font, const QFontMetricsF &fm)
+// text without breaks (Chinese), between any two characters. A text that
+// needs more than \a maxLines is cut to them and ends in "…", so what is cut
+// shows on paper.
+int wrap(QString &text, double width, const QFont &font, const QFontMetricsF &fm, int maxLines)
 {
     if (!text.contains(QLatin1Char('\n')) && fm.horizontalAdvance(text) <= width)
         return 1;
@@ -52,18 +54,28 @@ int linesFor(const QString &text, double width, const QFont &font, const QFontMe
     layout.setTextOption(option);
     layout.beginLayout();
     int n = 0;
+    int cut = -1;
     for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
         line.setLineWidth(width);
-        ++n;
+        if (++n == maxLines)
+            cut = line.textStart() + line.textLength();
     }
     layout.endLayout();
+    if (n > maxLines && cut > 1) {
+        const QString ellipsis(QChar(0x2026));
+        QString shortened = flowing.left(cut).trimmed();
+        // Room for the mark on the last line.
+        while (shortened.size() > 1 && fm.horizontalAdvance(shortened.section(QChar::LineSeparator, -1) + ellipsis) > width)
+            shortened.chop(1);
+        text = shortened + ellipsis;
+        return maxLines;
+    }
     return std::max(1, n);
 }
 
 } // namespace
 
-PageLayout::PageLayout(const GridModel &grid, const LedgerState &state, const QFont &font)
-    : m_grid(grid), m_state(state), m_font(font)
+PageLayout::PageLayout(const GridModel &grid, const QFont &font) : m_grid(grid), m_font(font)
 {
     m_lineHeight = std::ceil(QFontMetricsF(m_font).height() + 2 * Padding);
 }
@@ -85,12 +97,12 @@ QFont PageLayout::bodyFont(const QFont &gridFont)
 
 QString PageLayout::period() const
 {
-    return BookSheet(m_grid, m_state).period();
+    return BookSheet(m_grid).period();
 }
 
 int PageLayout::layout(const QSizeF &area, GridModel &out) const
 {
-    const BookSheet sheet(m_grid, m_state);
+    const BookSheet sheet(m_grid);
     const auto &cols = sheet.columns();
     const int n = int(cols.size());
     double total = 0;
@@ -101,10 +113,13 @@ int PageLayout::layout(const QSizeF &area, GridModel &out) const
         widths[k] = std::floor(area.width() * std::max(1, cols[k].width) / total);
 
     const QFontMetricsF fm(m_font);
+    QFont boldFont = m_font;
+    boldFont.setBold(true);
+    const QFontMetricsF boldMetrics(boldFont);
     const int line = int(m_lineHeight);
     const double body = area.height() - CaptionHeight - PeriodHeight - m_lineHeight - FooterHeight;
     const int maxLines = std::max(1, int(body / m_lineHeight) - 2);
-    const int labelCol = std::max(0, sheet.indexOf(JournalColumns::Explain));
+    const int labelCol = sheet.labelColumn();
     const int debitCol = sheet.indexOf(JournalColumns::Debit);
     const int creditCol = sheet.indexOf(JournalColumns::Credit);
     const int keep[] = {sheet.indexOf(JournalColumns::Dir), sheet.indexOf(JournalColumns::Balance),
@@ -119,7 +134,7 @@ int PageLayout::layout(const QSizeF &area, GridModel &out) const
         Line l{page, kind, line, QStringList()};
         for (int k = 0; k < n; ++k)
             l.cells << QString();
-        if (n > 0)
+        if (labelCol >= 0)
             l.cells[labelCol] = BookSheet::label(kind);
         if (debitCol >= 0)
             l.cells[debitCol] = formatted(cols[debitCol], debit);
@@ -134,14 +149,17 @@ int PageLayout::layout(const QSizeF &area, GridModel &out) const
 
     sheet.forEachRow([&](const BookSheet::Row &row) {
         Line l{page, row.kind, line, QStringList()};
+        // Total lines print bold, and bold text is wider.
+        const bool bold = row.kind != BookSheet::Row::Record;
         int needed = 1;
         for (int k = 0; k < n; ++k) {
             QString text = shownText(cols[k], row.cells[k]);
             if (cols[k].kind == BookSheet::Column::Text && !text.isEmpty())
-                needed = std::max(needed, linesFor(text, widths[k] - 2 * Padding, m_font, fm));
+                needed = std::max(needed, wrap(text, widths[k] - 2 * Padding, bold ? boldFont : m_font,
+                                               bold ? boldMetrics : fm, maxLines));
             l.cells << text;
         }
-        l.height = std::min(needed, maxLines) * line;
+        l.height = needed * line;
         // Room is kept for the line that carries the page's figures over.
         if (used > 0 && used + l.height + line > body) {
             carry(BookSheet::Row::CarriedForward);

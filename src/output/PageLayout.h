@@ -7,7 +7,6 @@
 namespace kx {
 
 class GridModel;
-struct LedgerState;
 
 /// Lays the book out on paper pages, as paper journals are kept: every page
 /// repeats the caption, the period and the column headers; a page that
@@ -27,8 +26,8 @@ public:
     static constexpr double FooterHeight = 18;
     static constexpr double Padding = 2;
 
-    /// Lays out \a grid, a book of \a state, in \a font.
-    PageLayout(const GridModel &grid, const LedgerState &state, const QFont &font);
+    /// Lays out the book in \a grid, in \a font.
+    PageLayout(const GridModel &grid, const QFont &font);
 
     /// The printable area of an A4 sheet on its side with 10 mm margins.
     static QSizeF defaultArea();
@@ -45,7 +44,6 @@ public:
 
 private:
     const GridModel &m_grid;
-    const LedgerState &m_state;
     QFont m_font;
     double m_lineHeight;
 };

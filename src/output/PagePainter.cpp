@@ -86,10 +86,16 @@ void PagePainter::paintPage(QPainter &p, int page, int pages, int firstRow, cons
             p.drawRect(cell);
             const QString text = m_grid.text(r, c);
             if (!text.isEmpty()) {
-                wrap.setAlignment((m_grid.colAlignment(c) & Qt::AlignHorizontal_Mask) | Qt::AlignVCenter);
+                const Qt::Alignment align = m_grid.colAlignment(c) & Qt::AlignHorizontal_Mask;
                 p.save();
                 p.setClipRect(cell);
-                p.drawText(cell.adjusted(pad, 0, -pad, 0), text, wrap);
+                // Figures stay on one line; texts wrap as they were laid out.
+                if (align & Qt::AlignRight) {
+                    p.drawText(cell.adjusted(pad, 0, -pad, 0), int(align | Qt::AlignVCenter | Qt::TextSingleLine), text);
+                } else {
+                    wrap.setAlignment(align | Qt::AlignVCenter);
+                    p.drawText(cell.adjusted(pad, 0, -pad, 0), text, wrap);
+                }
                 p.restore();
             }
             x += w;

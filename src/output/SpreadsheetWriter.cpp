@@ -101,8 +101,10 @@ Result<void> SpreadsheetWriter::write(const BookSheet &sheet, const QString &cap
     worksheet_freeze_panes(ws, 2, 0);
 
     lxw_row_t r = 2;
+    bool tooLong = false;
     sheet.forEachRow([&](const BookSheet::Row &row) {
-        if (err != LXW_NO_ERROR || r >= LXW_ROW_MAX)
+        tooLong = tooLong || r >= LXW_ROW_MAX;
+        if (err != LXW_NO_ERROR || tooLong)
             return;
         const Formats &f = row.kind == BookSheet::Row::Record ? plain : bold;
         for (int k = 0; k < columns.size() && err == LXW_NO_ERROR; ++k) {
@@ -125,7 +127,6 @@ Result<void> SpreadsheetWriter::write(const BookSheet &sheet, const QString &cap
         if (rowDone)
             rowDone(row.gridRow);
     });
-    const bool tooLong = r >= LXW_ROW_MAX;
     const lxw_error closed = workbook_close(book);
     if (tooLong)
         return Error(QStringLiteral("电子表格最多 %1 行，这本账放不下，请导出为逗号分隔的文本文件。").arg(LXW_ROW_MAX));

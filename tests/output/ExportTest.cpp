@@ -82,7 +82,7 @@ struct ExportingBook : EditingBook {
     {
         QList<int> cols;
         for (int c = grid->fixedCols(); c < grid->cols(); ++c)
-            if (!grid->isColHidden(c) && grid->colWidth(c) > 0)
+            if (!grid->isColHidden(c) && grid->colWidth(c) != 0)
                 cols << c;
         return cols;
     }
@@ -192,6 +192,27 @@ TEST(Export, SummaryRowsBecomeAMonthAndAYearLine)
     EXPECT_EQ(rows[5][debit], QStringLiteral("1500.00")) << qPrintable(shown);
     EXPECT_EQ(rows[5][credit], QStringLiteral("250.00"));
     EXPECT_EQ(rows[6][debit], QStringLiteral("1500.00"));
+}
+
+TEST(Export, TotalsAreLabelledWithoutTheExplanationAndNumbersStayAsTyped)
+{
+    ExportingBook b;
+    b.grid->setColHidden(b.col("Explain"), true);
+    const int rate = b.col("Rate");
+    b.grid->setColHidden(rate, false);
+    b.grid->setColWidth(rate, -1);  // the view's default width
+    b.grid->setText(2, rate, QStringLiteral("6.897512"));
+    const QString file = b.path(QStringLiteral("book.csv"));
+    ASSERT_TRUE(b.journal->ExportToFile(file));
+    const QList<QStringList> rows = b.readBack(file, u',');
+    const int no = int(b.headers().indexOf(QStringLiteral("单据号")));
+    ASSERT_GE(no, 0);
+    EXPECT_FALSE(b.headers().contains(QStringLiteral("摘要")));
+    EXPECT_EQ(rows[5][no], QStringLiteral("本月合计")) << "a total line says what it is in the first text column";
+    EXPECT_EQ(rows[6][no], QStringLiteral("本年累计"));
+    const int rateAt = int(b.headers().indexOf(QStringLiteral("汇率")));
+    ASSERT_GE(rateAt, 0) << "a column at the default width is shown";
+    EXPECT_EQ(rows[2][rateAt], QStringLiteral("6.897512"));
 }
 
 TEST(Export, TheKindOfFileFollowsTheTypeOrTheName)

@@ -142,7 +142,10 @@ TEST(Find, LikePatternMatchesAsARegularExpressionWould)
 {
     // Each pattern is checked against the same pattern spelled as a
     // regular expression, over random texts from a small alphabet.
-    const QString alphabet = QStringLiteral("ab1-*?#[]!款");
+    QStringList alphabet;
+    for (const QChar c : QStringLiteral("ab1-*?#[]!款"))
+        alphabet << QString(c);
+    alphabet << QStringLiteral("𠀀") << QStringLiteral("𠀁");  // beyond the basic plane: one character each
     const quint32 seed = qEnvironmentVariableIsSet("KX_SEED") ? quint32(qEnvironmentVariableIntValue("KX_SEED"))
                                                               : QRandomGenerator::global()->generate();
     QRandomGenerator random(seed);
@@ -160,14 +163,17 @@ TEST(Find, LikePatternMatchesAsARegularExpressionWould)
         bool wellFormed = true;
         for (qsizetype i = 0; i < pattern.size(); ++i) {
             const QChar c = pattern[i];
-            if (c == u'*') {
+            if (c.isSurrogate()) {
+                rx += pattern.mid(i, 2);
+                ++i;
+            } else if (c == u'*') {
                 rx += QStringLiteral(".*");
             } else if (c == u'?') {
                 rx += QLatin1Char('.');
             } else if (c == u'#') {
                 rx += QStringLiteral("[0-9]");
             } else if (c == u'[') {
-                const qsizetype close = pattern.indexOf(u']', i + 1);
+                const qsizetype close = pattern.indexOf(u']', i + 1);  // never inside a pair
                 if (close < 0) {
                     wellFormed = false;
                     break;
@@ -177,12 +183,18 @@ TEST(Find, LikePatternMatchesAsARegularExpressionWould)
                 if (negated)
                     body.remove(0, 1);
                 QString set;
+                QStringList chars;  // by character, a surrogate pair being one
                 for (qsizetype k = 0; k < body.size(); ++k) {
-                    if (k + 2 < body.size() && body[k + 1] == u'-') {
-                        set += QRegularExpression::escape(body.mid(k, 1)) + u'-' + QRegularExpression::escape(body.mid(k + 2, 1));
+                    const qsizetype w = body[k].isHighSurrogate() ? 2 : 1;
+                    chars << body.mid(k, w);
+                    k += w - 1;
+                }
+                for (qsizetype k = 0; k < chars.size(); ++k) {
+                    if (k + 2 < chars.size() && chars[k + 1] == u"-") {
+                        set += QRegularExpression::escape(chars[k]) + u'-' + QRegularExpression::escape(chars[k + 2]);
                         k += 2;
                     } else {
-                        set += QRegularExpression::escape(body.mid(k, 1));
+                        set += QRegularExpression::escape(chars[k]);
                     }
                 }
                 rx += set.isEmpty() ? (negated ? QStringLiteral("[\\s\\S]") : QStringLiteral("(?!)"))

@@ -1,5 +1,7 @@
 // Printing the book: pages as paper journals keep them, read back from the
 // PDF's text, and the print grid the pages were laid out in.
+#include "output/BookSheet.h"
+#include "output/PageLayout.h"
 #include "support/TestDatabase.h"
 
 #include <kxjournal/GridModel.h>
@@ -164,6 +166,38 @@ TEST(Print, PagesCarryTheirFiguresForwardAsPaperJournalsDo)
     EXPECT_GE(tall, 2 * fg1->rowHeight(0));
     EXPECT_TRUE(text.join(QString()).contains(QStringLiteral("尾声")));
     EXPECT_TRUE(fg1->colAlignment(fg1->colIndex(QStringLiteral("Debit"))) & Qt::AlignRight);
+}
+
+TEST(Print, AfterTheYearLineNothingIsCarriedAndLongTextsShowTheyAreCut)
+{
+    PrintingBook b;
+    kx::GridModel *grid = b.journal.Grid();
+    // A page that ends on the year line carries nothing of the month before.
+    QList<QPair<QString, Currency>> carried;
+    kx::BookSheet(*grid).forEachRow([&](const kx::BookSheet::Row &row) {
+        if (row.kind == kx::BookSheet::Row::YearTotal)
+            carried << qMakePair(QStringLiteral("year"), row.carriedDebit + row.carriedCredit);
+    });
+    ASSERT_FALSE(carried.isEmpty());
+    for (const auto &c : carried)
+        EXPECT_TRUE(c.second.isZero());
+
+    // An explanation longer than a page is cut to the page and ends in "…".
+    const QString endless = QStringLiteral("很长的摘要").repeated(2000) + QStringLiteral("结尾");
+    grid->setText(5, grid->colIndex(QStringLiteral("Explain")), endless);
+    ASSERT_TRUE(b.journal.printToPdf(b.pdf("long.pdf")));
+    const kx::GridModel *fg1 = b.journal.PrintGrid();
+    bool found = false;
+    for (int r = 1; r < fg1->rows(); ++r) {
+        const QString shown = b.printed(r, "Explain");
+        if (!shown.startsWith(QStringLiteral("很长的摘要")))
+            continue;
+        found = true;
+        EXPECT_TRUE(shown.endsWith(QChar(0x2026)));
+        EXPECT_LT(shown.size(), endless.size());
+        EXPECT_LT(fg1->rowHeight(r), int(kx::PageLayout::defaultArea().height()));
+    }
+    EXPECT_TRUE(found);
 }
 
 TEST(Print, AVetoOrAnUnwritablePlacePrintsNothing)
