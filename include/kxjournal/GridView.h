@@ -4,17 +4,21 @@
 
 #include <QColor>
 #include <QPointer>
+#include <QStringList>
 #include <QTableView>
 #include <functional>
 
 namespace kx {
 
+class FrozenColumns;
 class GridDelegate;
 
 /// The on-screen grid: shows a GridModel with its fixed row as the column
 /// header and its fixed column as a frozen row-selector column, draws the
 /// model's colours, fonts, alignment, hidden rows and columns and row heights,
-/// and runs the model's edit cycle when a person edits a cell.
+/// and runs the model's edit cycle when a person edits a cell. Leading
+/// columns may be frozen: they stay in place while the rest scrolls.
+/// Colours not set take the palette's, so a dark palette stays readable.
 ///
 /// The cursor and the selected block are kept the same in the view and in the
 /// model, whichever side moves them. A column dragged by its header moves the
@@ -43,25 +47,48 @@ public:
     QWidget *activeEditor() const { return m_activeEditor; }
 
     /// Background of the cells.
-    QColor backColor() const { return m_backColor; }
+    QColor backColor() const;
     /// Sets the background of the cells.
     void setBackColor(const QColor &c);
     /// Background of the fixed row and column.
-    QColor backColorFixed() const { return m_backColorFixed; }
+    QColor backColorFixed() const;
     /// Sets the background of the fixed row and column.
     void setBackColorFixed(const QColor &c);
     /// Background of the area outside the cells.
-    QColor backColorBkg() const { return m_backColorBkg; }
+    QColor backColorBkg() const;
     /// Sets the background of the area outside the cells.
     void setBackColorBkg(const QColor &c);
     /// Colour of the grid lines between cells.
-    QColor gridColor() const { return m_gridColor; }
+    QColor gridColor() const;
     /// Sets the colour of the grid lines between cells.
     void setGridColor(const QColor &c);
     /// Colour of the grid lines of the fixed row and column.
-    QColor gridColorFixed() const { return m_gridColorFixed; }
+    QColor gridColorFixed() const;
     /// Sets the colour of the grid lines of the fixed row and column.
     void setGridColorFixed(const QColor &c);
+    /// Background of the current row.
+    QColor hotBackColor() const;
+    /// Sets the background of the current row (invalid: from the palette).
+    void setHotBackColor(const QColor &c);
+    /// Background of a cell that warns (a negative figure).
+    QColor warnBackColor() const;
+    /// Sets the background of cells that warn (invalid: a soft red).
+    void setWarnBackColor(const QColor &c);
+    /// Sets the keys of the columns whose negative figures warn.
+    void setWarnNegativeKeys(const QStringList &keys);
+    /// True when the cell at \a index warns.
+    bool warnsAt(const QModelIndex &index) const;
+
+    /// Keeps the first \a count data columns in place while the others
+    /// scroll sideways (0: none). The frozen part is a second view on the
+    /// same model and selection.
+    void setFrozenColumns(int count);
+    /// The number of frozen data columns.
+    int frozenColumns() const { return m_frozenCount; }
+    /// The view showing the frozen columns (nullptr when none are frozen).
+    QTableView *frozenView() const;
+    /// Scrolls \a index into sight, clear of the frozen columns.
+    void scrollTo(const QModelIndex &index, ScrollHint hint = EnsureVisible) override;
 
     /// Where Tab (or Shift+Tab, \a backwards) and Enter (\a enter) go from
     /// grid cell (row, col): a grid cell, or (-1, -1) for the next cell in
@@ -110,6 +137,8 @@ Q_SIGNALS:
     /// Row \a source was dragged by its header and let go over grid
     /// (\a row, \a col) (column 0: the row header).
     void rowDropped(int source, int row, int col);
+    /// The user dragged grid column \a col to \a width pixels (the model has it).
+    void columnResized(int col, int width);
 
 protected:
     bool edit(const QModelIndex &index, EditTrigger trigger, QEvent *event) override;
@@ -121,11 +150,17 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void updateGeometries() override;
 
 private:
     void syncRow(int row);
     void syncCol(int col);
     void onSectionMoved(int logical, int oldVisual, int newVisual);
+    void onSectionResized(int logical, int oldSize, int newSize);
+    QPalette basePalette() const;
+    bool isFrozenColumn(int column) const { return m_frozen && column < m_frozenCount; }
     void trackMouse(const QPoint &pos);
     void applyLook();
     QModelIndex navigate(bool backwards, bool enter);
@@ -147,11 +182,17 @@ private:
     int m_mouseRow = -1;
     int m_mouseCol = -1;
     bool m_syncing = false;
-    QColor m_backColor{Qt::white};
-    QColor m_backColorFixed{0xf0, 0xf0, 0xf0};
-    QColor m_backColorBkg{0x80, 0x80, 0x80};
-    QColor m_gridColor{0xc0, 0xc0, 0xc0};
-    QColor m_gridColorFixed{0x80, 0x80, 0x80};
+    // Invalid until set: the palette's colour is used.
+    QColor m_backColor;
+    QColor m_backColorFixed;
+    QColor m_backColorBkg;
+    QColor m_gridColor;
+    QColor m_gridColorFixed;
+    QColor m_hotBackColor;
+    QColor m_warnBackColor;
+    QStringList m_warnKeys;
+    FrozenColumns *m_frozen = nullptr;
+    int m_frozenCount = 0;
 };
 
 } // namespace kx

@@ -44,6 +44,7 @@ Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_unique<JournalP
     JournalCommands::offer(*d);
     d->commands.setGate([this](const Command &) { return d->mayStart(); });
     d->menu = new JournalMenu(d->commands, this);
+    d->setUpLayout();
 
     d->asker = [this](const QString &text, const QString &title) {
         return QMessageBox::question(this, title.isEmpty() ? Caption() : title, text,
@@ -94,7 +95,12 @@ void Journal::contextMenuEvent(QContextMenuEvent *event)
 }
 
 QMenu *Journal::contextMenu() const { return d->menu; }
-QAction *Journal::menuAction(const QString &name) const { return d->menu->item(name); }
+QAction *Journal::menuAction(const QString &name) const
+{
+    // A host may trigger an item without showing the menu: its state is made current first.
+    d->menu->sync();
+    return d->menu->item(name);
+}
 
 QString Journal::Message() const { return d->message; }
 void Journal::setMessage(const QString &value) { d->message = value; }
@@ -253,6 +259,7 @@ bool Journal::Load(int rDocID)
         if (outcome == BookLoader::Loaded)
             d->edit->keepBlankRow();
         d->edit->clearHistory();
+        d->fitColumns();
         if (outcome == BookLoader::Loaded)
             Q_EMIT AfterLoaded();
         return outcome == BookLoader::Loaded || outcome == BookLoader::Empty;
@@ -288,7 +295,10 @@ QString Journal::Statistics() const { return SummaryRows(*d->grid, d->state, *d)
 void Journal::SetDefaultFormat()
 {
     d->exclusive(QStringLiteral("DefaultFormat"), false, [&] {
+        d->state.columns = {};
         ColumnModel::define(*d->grid, d->state);
+        ColumnModel::applyFormats(*d->grid, d->state);
+        d->fitColumns();
         return true;
     });
 }

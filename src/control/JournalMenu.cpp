@@ -18,6 +18,13 @@ JournalMenu::JournalMenu(const CommandRegistry &registry, QWidget *parent) : QMe
         QAction *a = addAction(command.text);
         a->setObjectName(command.name);
         a->setCheckable(bool(command.checked));
+        if (!command.keys.isEmpty()) {
+            // Shown beside the item; the control itself answers the keys, so
+            // the item's shortcut works only while the menu is open.
+            a->setShortcut(QKeySequence(command.keys));
+            a->setShortcutContext(Qt::WidgetShortcut);
+            a->setShortcutVisibleInContextMenu(true);
+        }
         const QString name = command.name;
         connect(a, &QAction::triggered, this, [this, name](bool checked) {
             // Looked up again: the registry owns the command, the menu only its name.

@@ -8,8 +8,10 @@ class CommandRegistry;
 
 /// The journal's context menu (also opened by the option button), built
 /// from the command registry: an item per command with a name, in registry
-/// order, a separator between groups. Items are enabled and checked from
-/// their commands whenever the menu is about to show (and on sync()).
+/// order, a separator between groups, the keys that run an item beside it.
+/// Items are enabled and checked from their commands whenever the menu is
+/// about to show, and after every change the control sees (sync()), so a
+/// host that puts the items on its own menus and toolbars sees them current.
 class JournalMenu : public QMenu
 {
     Q_OBJECT

@@ -8,7 +8,6 @@
 #include <QCoreApplication>
 #include <QPrinter>
 #include <QGuiApplication>
-#include <QToolButton>
 
 namespace kx {
 
@@ -111,9 +110,7 @@ void JournalPrivate::captionChanged(const QString &text)
 
 void JournalPrivate::layoutChanged(bool consolidated)
 {
-    QToolButton *b = frame->optionButton();
-    b->setProperty("imageKey", consolidated ? QStringLiteral("Jnl1") : QStringLiteral("Jnl"));
-    b->setText(consolidated ? QStringLiteral("合") : QStringLiteral("账"));
+    frame->setImageKey(consolidated ? QStringLiteral("Jnl1") : QStringLiteral("Jnl"));
 }
 
 int JournalPrivate::rowOr(int row) const

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 
+class QMenu;
 class QPrinter;
 
 namespace kx {
@@ -117,6 +118,19 @@ public:
     void printPreview();
     /// Places \a popup below the cell (\a row, \a col), inside the control.
     void place(QWidget *popup, int row, int col);
+    /// Sets up the layout: frozen columns, the show-fields list, the keys of
+    /// saving and refreshing, the looks, widths that fit, menu states kept current.
+    void setUpLayout();
+    /// True when the menu item \a name can run now.
+    bool menuAllows(const QString &name) const;
+    /// Opens the show-fields list at the mouse.
+    void openFieldMenu();
+    /// Widens columns to what they show, and freezes the date and number.
+    void fitColumns();
+    /// Brings the looks the host set over to the grid's view.
+    void applyLooks();
+    /// Brings the menu's enabled states up to date once events settle.
+    void syncMenuSoon();
 
     Journal *q;
     LedgerState state;
@@ -132,6 +146,8 @@ public:
     VoucherPicker *voucherPicker = nullptr;
     GridModel *printGrid = nullptr;              ///< the lines of the latest print layout
     FindBar *findBar = nullptr;
+    QMenu *fieldMenu = nullptr;                  ///< the show-fields list
+    bool menuSyncDue = false;
     std::unique_ptr<QPrinter> printer;           ///< the preview's printer, kept for its settings
     std::function<QString(const QString &)> fileNameAsker;
     QString voucherFolder;                        ///< where Make writes (empty: the temporary folder)

@@ -4,6 +4,8 @@
 #include "control/JournalFrame.h"
 #include "control/JournalPrivate.h"
 #include "kxjournal/GridView.h"
+#include "ledger/ColumnModel.h"
+#include "menu/FieldChoice.h"
 
 namespace kx {
 
@@ -38,9 +40,9 @@ void Journal::setGridColor(const QColor &value) { d->view->setGridColor(value); 
 QColor Journal::GridColorFixed() const { return d->view->gridColorFixed(); }
 void Journal::setGridColorFixed(const QColor &value) { d->view->setGridColorFixed(value); announce(QStringLiteral("GridColorFixed")); }
 QColor Journal::HotBackColor() const { return d->state.looks.hotBackColor; }
-void Journal::setHotBackColor(const QColor &value) { d->state.looks.hotBackColor = value; announce(QStringLiteral("HotBackColor")); }
+void Journal::setHotBackColor(const QColor &value) { d->state.looks.hotBackColor = value; d->applyLooks(); announce(QStringLiteral("HotBackColor")); }
 QColor Journal::WarnBackColor() const { return d->state.looks.warnBackColor; }
-void Journal::setWarnBackColor(const QColor &value) { d->state.looks.warnBackColor = value; announce(QStringLiteral("WarnBackColor")); }
+void Journal::setWarnBackColor(const QColor &value) { d->state.looks.warnBackColor = value; d->applyLooks(); announce(QStringLiteral("WarnBackColor")); }
 QColor Journal::LockedForeColor() const { return d->state.looks.lockedForeColor; }
 void Journal::setLockedForeColor(const QColor &value) { d->state.looks.lockedForeColor = value; announce(QStringLiteral("LockedForeColor")); }
 QColor Journal::ModifiedForeColor() const { return d->state.looks.modifiedForeColor; }
@@ -101,6 +103,10 @@ void Journal::WriteProperties(PropertyBag &bag) const
     bag.write(QStringLiteral("GridColorFixed"), GridColorFixed());
     bag.write(QStringLiteral("RowHeightMax"), RowHeightMax());
     bag.write(QStringLiteral("RowHeightMin"), RowHeightMin());
+    // The user's arrangement: columns shown or hidden, widths, split panes.
+    bag.write(QStringLiteral("FieldShow"), FieldChoice::shownText(d->state.columns));
+    bag.write(QStringLiteral("ColumnWidths"), FieldChoice::widthText(d->state.columns));
+    bag.write(QStringLiteral("LayoutSizes"), d->frame->sizesText());
 }
 
 void Journal::ReadProperties(const PropertyBag &bag)
@@ -125,6 +131,15 @@ void Journal::ReadProperties(const PropertyBag &bag)
     d->view->setGridColor(color("GridColor", GridColor()));
     d->view->setGridColorFixed(color("GridColorFixed", GridColorFixed()));
     d->state.looks.lockedForeColor = color("LockedForeColor", LockedForeColor());
+    d->applyLooks();
+    if (bag.contains(QStringLiteral("FieldShow")) || bag.contains(QStringLiteral("ColumnWidths"))) {
+        const QString shown = bag.read(QStringLiteral("FieldShow"), QString()).toString();
+        const QString widths = bag.read(QStringLiteral("ColumnWidths"), QString()).toString();
+        FieldChoice::read(d->state.columns, shown, widths);
+        ColumnModel::applyChoices(*d->grid, d->state);
+    }
+    if (bag.contains(QStringLiteral("LayoutSizes")))
+        d->frame->setSizesText(bag.read(QStringLiteral("LayoutSizes"), QString()).toString());
 }
 
 } // namespace kx

@@ -15,28 +15,28 @@ void JournalRowCommands::offer(JournalPrivate &d)
     const QString edit = QStringLiteral("edit");
     const QString rows = QStringLiteral("rows");
     const QString book = QStringLiteral("book");
-    const auto changeable = [p] { return p->state.mayModify() && !p->state.isConsolidated(); };
-    const auto hasRows = [p] { return p->grid->rows() > p->grid->fixedRows(); };
 
-    r.add({QStringLiteral("mnuCopy"), QStringLiteral("Copy"), QStringLiteral("复制"), edit,
-           [p](const QString &) { p->copyToClipboard(false); }, hasRows, {}});
+    // Enabled states and keys are set for every item at once, in JournalCommands.
+    r.add({QStringLiteral("mnuUndo"), {}, QStringLiteral("撤销"), edit, [p](const QString &) { p->q->undo(); }, {}, {}});
+    r.add({QStringLiteral("mnuRedo"), {}, QStringLiteral("恢复"), edit, [p](const QString &) { p->q->redo(); }, {}, {}});
     r.add({QStringLiteral("mnuCut"), {}, QStringLiteral("剪切"), edit, [p](const QString &) { p->copyToClipboard(true); },
-           changeable, {}});
+           {}, {}});
+    r.add({QStringLiteral("mnuCopy"), QStringLiteral("Copy"), QStringLiteral("复制"), edit,
+           [p](const QString &) { p->copyToClipboard(false); }, {}, {}});
     r.add({QStringLiteral("mnuPaste"), {}, QStringLiteral("粘贴"), edit, [p](const QString &) { p->pasteFromClipboard(); },
-           changeable, {}});
-    r.add({QStringLiteral("mnuClear"), {}, QStringLiteral("清除"), edit, [p](const QString &) { p->clearCells(); },
-           changeable, {}});
+           {}, {}});
+    r.add({QStringLiteral("mnuClear"), {}, QStringLiteral("清除"), edit, [p](const QString &) { p->clearCells(); }, {}, {}});
 
     r.add({QStringLiteral("mnuInsertRows"), {}, QStringLiteral("插入行"), rows,
-           [p](const QString &) { p->q->InsertRows(); }, changeable, {}});
+           [p](const QString &) { p->q->InsertRows(); }, {}, {}});
     r.add({QStringLiteral("mnuDeleteRows"), {}, QStringLiteral("删除行"), rows,
-           [p](const QString &) { p->q->DeleteRows(); }, changeable, {}});
+           [p](const QString &) { p->q->DeleteRows(); }, {}, {}});
     r.add({QStringLiteral("mnuRenumber"), {}, QStringLiteral("重新编号"), rows,
            [p](const QString &) {
                p->step(QStringLiteral("Renumber"), QStringLiteral("重新编号"),
                        [p] { return RowOperations(*p->grid, p->state, *p).renumber(); });
            },
-           changeable, {}});
+           {}, {}});
     r.add({QStringLiteral("mnuDelHistory"), {}, QStringLiteral("删除建账前的记录"), rows,
            [p](const QString &) {
                p->exclusive(QStringLiteral("DelHistory"), false, [p] {
@@ -48,20 +48,26 @@ void JournalRowCommands::offer(JournalPrivate &d)
                    return gone.ok();
                });
            },
-           changeable, {}});
+           {}, {}});
 
+    r.add({QStringLiteral("mnuSave"), {}, QStringLiteral("保存"), book,
+           [p](const QString &) {
+               if (p->settleEditor())
+                   p->q->Save();
+           },
+           {}, {}});
     r.add({QStringLiteral("mnuInsSumRow"), {}, QStringLiteral("插入汇总行"), book,
-           [p](const QString &) { p->q->InsSumRow(); }, changeable, {}});
+           [p](const QString &) { p->q->InsSumRow(); }, {}, {}});
     r.add({QStringLiteral("mnuRemoveSumRow"), {}, QStringLiteral("删除汇总行"), book,
-           [p](const QString &) { p->q->RemoveSumRow(); }, changeable, {}});
+           [p](const QString &) { p->q->RemoveSumRow(); }, {}, {}});
     r.add({QStringLiteral("mnuCloseBook"), {}, QStringLiteral("月末结账"), book,
-           [p](const QString &) { p->q->CloseBook(); }, changeable, {}});
+           [p](const QString &) { p->q->CloseBook(); }, {}, {}});
     r.add({QStringLiteral("mnuCheckBook"), {}, QStringLiteral("检查账簿"), book,
            [p](const QString &) {
                if (p->q->CheckBook())
                    p->prompt(QStringLiteral("账簿检查完毕，没有发现错误。"), true);
            },
-           hasRows, {}});
+           {}, {}});
     LedgerCommands::offer(r, *p->grid, p->state, *p);
 }
 

@@ -12,21 +12,20 @@ void JournalVoucherCommands::offer(JournalPrivate &d)
     CommandRegistry &r = d.commands;
     JournalPrivate *p = &d;
     const QString voucher = QStringLiteral("voucher");
-    const auto onRecord = [p] { return p->grid->isDataRow(p->grid->row()); };
 
     r.add({QStringLiteral("mnuAccDoc"), {}, QStringLiteral("查看凭证"), voucher, [p](const QString &) { p->lookAtVoucher(); },
-           onRecord, {}});
+           {}, {}});
     r.add({QStringLiteral("mnuDocSelect"), {}, QStringLiteral("选择凭证..."), voucher,
-           [p](const QString &) { p->openVoucherPicker(p->grid->row(), p->grid->col()); }, onRecord, {}});
+           [p](const QString &) { p->openVoucherPicker(p->grid->row(), p->grid->col()); }, {}, {}});
     r.add({QStringLiteral("mnuRemoveDoc"), {}, QStringLiteral("删除凭证链接"), voucher,
            [p](const QString &) {
                p->exclusive(QStringLiteral("RemoveDoc"), false, [p] {
                    return p->settleEditor() && VoucherLink(*p->grid, p->state, *p, p->context()).removeLinks();
                });
            },
-           onRecord, {}});
+           {}, {}});
     r.add({QStringLiteral("mnuMakeDoc"), {}, QStringLiteral("生成凭证"), voucher, [p](const QString &) { p->q->Make(); },
-           [p, onRecord] { return onRecord() && !p->state.isConsolidated(); }, {}});
+           {}, {}});
 }
 
 } // namespace kx

@@ -4,13 +4,17 @@
 #include "kxjournal/GridModel.h"
 #include "kxjournal/GridView.h"
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
+#include <QHelpEvent>
+#include <QToolTip>
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPainter>
 #include <QPixmap>
+#include <cstdlib>
 
 namespace kx {
 
@@ -24,6 +28,19 @@ QIcon ellipsisIcon()
     p.setPen(QApplication::palette().color(QPalette::ButtonText));
     p.drawText(pm.rect(), Qt::AlignCenter, QStringLiteral("…"));
     return QIcon(pm);
+}
+
+// A text colour that can be read on \a back: a dark colour chosen for a
+// light background is lightened on a dark one, and the other way round.
+QColor readableOn(const QColor &text, const QColor &back)
+{
+    const int contrast = std::abs(text.lightness() - back.lightness());
+    if (contrast >= 110)
+        return text;
+    QColor turned = text.toHsl();
+    const bool darkBack = back.lightness() < 128;
+    turned.setHsl(turned.hslHue(), turned.hslSaturation(), darkBack ? std::max(190, 255 - text.lightness()) : std::min(80, 255 - text.lightness()));
+    return turned.toRgb();
 }
 
 QLineEdit *lineEditOf(QWidget *editor)
@@ -132,8 +149,60 @@ void GridDelegate::setModelData(QWidget *, QAbstractItemModel *, const QModelInd
 void GridDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
 {
     QStyledItemDelegate::initStyleOption(option, index);
-    if (m_view && option->backgroundBrush.style() == Qt::NoBrush)
-        option->backgroundBrush = m_view->backColor();
+    if (!m_view)
+        return;
+    if (option->backgroundBrush.style() == Qt::NoBrush) {
+        if (m_view->warnsAt(index))
+            option->backgroundBrush = m_view->warnBackColor();
+        else if (index.row() == m_view->currentIndex().row())
+            option->backgroundBrush = m_view->hotBackColor();
+        else
+            option->backgroundBrush = m_view->backColor();
+    }
+    const QColor back = option->backgroundBrush.color();
+    const QColor text = index.data(Qt::ForegroundRole).isValid() ? option->palette.color(QPalette::Text)
+                                                                 : m_view->palette().color(QPalette::Text);
+    option->palette.setColor(QPalette::Text, readableOn(text, back));
+    option->palette.setColor(QPalette::HighlightedText, m_view->palette().color(QPalette::HighlightedText));
+}
+
+void GridDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
+{
+    QStyledItemDelegate::paint(painter, option, index);
+    const GridModel *model = m_view ? m_view->gridModel() : nullptr;
+    if (!model)
+        return;
+    // A total closes what stands above it: a rule over the row, as on paper.
+    const int row = model->gridRow(index);
+    if (row > model->fixedRows() && model->isSubtotal(row)) {
+        painter->save();
+        painter->setPen(QPen(readableOn(m_view->gridColor().darker(160), m_view->backColor()), 1));
+        painter->drawLine(option.rect.topLeft(), option.rect.topRight());
+        painter->restore();
+    }
+}
+
+bool GridDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
+                             const QModelIndex &index)
+{
+    if (event->type() != QEvent::ToolTip || !index.isValid())
+        return QStyledItemDelegate::helpEvent(event, view, option, index);
+    QStyleOptionViewItem opt(option);
+    initStyleOption(&opt, index);
+    const QStyle *style = view->style();
+    const int margin = style->pixelMetric(QStyle::PM_FocusFrameHMargin, &opt, view) + 1;
+    const int room = opt.rect.width() - 2 * margin;
+    const QFontMetrics metrics(opt.font);
+    bool cut = false;
+    for (const QString &line : opt.text.split(QLatin1Char('\n')))
+        cut = cut || metrics.horizontalAdvance(line) > room;
+    // Only a text the column cuts needs saying again.
+    if (cut) {
+        QToolTip::showText(event->globalPos(), opt.text, view->viewport(), opt.rect);
+        return true;
+    }
+    QToolTip::hideText();
+    return true;
 }
 
 bool GridDelegate::eventFilter(QObject *object, QEvent *event)

@@ -6,8 +6,10 @@ namespace kx {
 
 class GridView;
 
-/// Paints cells on the grid's own background and makes the cell editor the
-/// edit cycle asks for: a text box, a text box with an ellipsis button, or an
+/// Paints cells on the grid's own background (the current row, negative
+/// figures and summary rows marked, every text kept readable on the
+/// palette's background; a cut text shows whole as a tooltip) and makes
+/// the cell editor the edit cycle asks for: a text box, a text box with an ellipsis button, or an
 /// editable drop-down list. Keys typed into the editor go through the cycle's
 /// key event first.
 class GridDelegate : public QStyledItemDelegate
@@ -29,6 +31,10 @@ public:
                           const QModelIndex &index) const override;
     void setEditorData(QWidget *editor, const QModelIndex &index) const override;
     void setModelData(QWidget *editor, QAbstractItemModel *model, const QModelIndex &index) const override;
+
+    void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+    bool helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
+                   const QModelIndex &index) override;
 
 protected:
     void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;

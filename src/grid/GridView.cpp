@@ -1,13 +1,16 @@
 #include "kxjournal/GridView.h"
 
+#include "grid/FrozenColumns.h"
 #include "grid/GridDelegate.h"
 #include "kxjournal/EditCycle.h"
 #include "kxjournal/GridModel.h"
 
+#include <QGuiApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
+#include <QScrollBar>
 
 namespace kx {
 
@@ -53,6 +56,11 @@ GridView::GridView(QWidget *parent) : QTableView(parent), m_delegate(new GridDel
     verticalHeader()->setHighlightSections(false);
     verticalHeader()->viewport()->installEventFilter(this);
     connect(horizontalHeader(), &QHeaderView::sectionMoved, this, &GridView::onSectionMoved);
+    connect(horizontalHeader(), &QHeaderView::sectionResized, this, &GridView::onSectionResized);
+    connect(verticalHeader(), &QHeaderView::sectionResized, this, [this](int logical, int, int size) {
+        if (m_frozen)
+            m_frozen->setRowHeight(logical, size);
+    });
     applyLook();
 }
 
@@ -89,6 +97,14 @@ void GridView::setGridModel(GridModel *model)
             syncRow(r + m_model->fixedRows());
     });
     connect(model, &QAbstractItemModel::columnsInserted, this, [this] { syncCols(); });
+    // The current row wears its own background: both rows repaint when it moves.
+    connect(selectionModel(), &QItemSelectionModel::currentRowChanged, viewport(), [this] {
+        viewport()->update();
+        if (m_frozen)
+            m_frozen->viewport()->update();
+    });
+    if (m_frozen)
+        m_frozen->attach();
     syncRows();
     syncCols();
 }
@@ -101,6 +117,8 @@ void GridView::syncRow(int row)
     const bool hidden = m_model->isRowHidden(row);
     if (isRowHidden(r) != hidden)
         setRowHidden(r, hidden);
+    if (m_frozen && m_frozen->isRowHidden(r) != hidden)
+        m_frozen->setRowHidden(r, hidden);
     const int h = m_model->rowHeight(row);
     if (verticalHeader()->sectionSize(r) != h && !hidden)
         verticalHeader()->resizeSection(r, h);
@@ -125,6 +143,8 @@ void GridView::syncRows()
         syncRow(row);
     if (m_model->rows() > 0)
         horizontalHeader()->setFixedHeight(m_model->rowHeight(0));
+    if (m_frozen)
+        m_frozen->follow();
 }
 
 void GridView::syncCol(int col)
@@ -135,8 +155,12 @@ void GridView::syncCol(int col)
     if (isColumnHidden(c) != m_model->isColHidden(col))
         setColumnHidden(c, m_model->isColHidden(col));
     const int w = m_model->colWidth(col);
-    if (w >= 0 && horizontalHeader()->sectionSize(c) != w && !m_model->isColHidden(col))
+    if (w >= 0 && horizontalHeader()->sectionSize(c) != w && !m_model->isColHidden(col)) {
+        QScopedValueRollback<bool> guard(m_syncing, true);
         horizontalHeader()->resizeSection(c, w);
+    }
+    if (m_frozen)
+        m_frozen->follow();
 }
 
 void GridView::syncCols()
@@ -160,6 +184,12 @@ bool GridView::edit(const QModelIndex &index, EditTrigger trigger, QEvent *event
         return QTableView::edit(index, trigger, event);
     if (index != currentIndex())
         setCurrentIndex(index);
+    // A frozen cell is edited where it lies in this view: scrolled back into
+    // sight, with the frozen part out of its way until the editor closes.
+    if (isFrozenColumn(index.column())) {
+        horizontalScrollBar()->setValue(0);
+        m_frozen->hide();
+    }
     EditCycle *cycle = m_model->editCycle();
     if (!cycle->begin(m_model->gridRow(index), m_model->gridCol(index)))
         return false;
@@ -204,6 +234,8 @@ void GridView::closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint h
     // the event see the cell as stored and the cursor still on it.
     QTableView::closeEditor(editor, QAbstractItemDelegate::NoHint);
     m_activeEditor = nullptr;
+    if (m_frozen && m_frozenCount > 0)
+        m_frozen->show();
     if (m_model)
         m_model->editCycle()->finish();
     if (m_committing) {
@@ -340,6 +372,161 @@ void GridView::onSectionMoved(int, int oldVisual, int newVisual)
     m_model->moveColTo(oldVisual + m_model->fixedCols(), newVisual + m_model->fixedCols());
 }
 
+void GridView::onSectionResized(int logical, int, int size)
+{
+    if (m_frozen)
+        m_frozen->follow();
+    if (m_syncing || !m_model || size <= 0)
+        return;
+    const int col = logical + m_model->fixedCols();
+    QScopedValueRollback<bool> guard(m_syncing, true);
+    m_model->setColWidth(col, size);
+    Q_EMIT columnResized(col, size);
+}
+
+void GridView::setFrozenColumns(int count)
+{
+    m_frozenCount = std::max(0, count);
+    if (m_frozenCount == 0) {
+        delete m_frozen;
+        m_frozen = nullptr;
+        setHorizontalScrollMode(ScrollPerItem);
+        return;
+    }
+    // Scrolling by pixels lets a column slide under the frozen part.
+    setHorizontalScrollMode(ScrollPerPixel);
+    if (!m_frozen) {
+        m_frozen = new FrozenColumns(this);
+        m_frozen->setStyleSheet(styleSheet());
+        if (m_model)
+            m_frozen->attach();
+        m_frozen->show();
+    }
+    m_frozen->setCount(m_frozenCount);
+}
+
+QTableView *GridView::frozenView() const
+{
+    return m_frozen;
+}
+
+void GridView::scrollTo(const QModelIndex &index, ScrollHint hint)
+{
+    if (!m_frozen || !index.isValid()) {
+        QTableView::scrollTo(index, hint);
+        return;
+    }
+    const int across = horizontalScrollBar()->value();
+    QTableView::scrollTo(index, hint);
+    // A frozen cell is always in sight: only rows scroll for it.
+    if (isFrozenColumn(index.column())) {
+        horizontalScrollBar()->setValue(across);
+        return;
+    }
+    const int covered = m_frozen->frozenWidth() - visualRect(index).left();
+    if (covered > 0)
+        horizontalScrollBar()->setValue(horizontalScrollBar()->value() - covered);
+}
+
+void GridView::changeEvent(QEvent *event)
+{
+    QTableView::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        applyLook();
+}
+
+void GridView::resizeEvent(QResizeEvent *event)
+{
+    QTableView::resizeEvent(event);
+    if (m_frozen)
+        m_frozen->place();
+}
+
+void GridView::updateGeometries()
+{
+    QTableView::updateGeometries();
+    if (m_frozen)
+        m_frozen->place();
+}
+
+QPalette GridView::basePalette() const
+{
+    // The view's own palette carries its style sheet's colours; the defaults
+    // come from the palette around it.
+    return parentWidget() ? parentWidget()->palette() : QGuiApplication::palette();
+}
+
+QColor GridView::backColor() const
+{
+    return m_backColor.isValid() ? m_backColor : basePalette().color(QPalette::Base);
+}
+
+QColor GridView::backColorFixed() const
+{
+    return m_backColorFixed.isValid() ? m_backColorFixed : basePalette().color(QPalette::Button);
+}
+
+QColor GridView::backColorBkg() const
+{
+    return m_backColorBkg.isValid() ? m_backColorBkg : basePalette().color(QPalette::Mid);
+}
+
+QColor GridView::gridColor() const
+{
+    return m_gridColor.isValid() ? m_gridColor : basePalette().color(QPalette::Midlight).darker(115);
+}
+
+QColor GridView::gridColorFixed() const
+{
+    return m_gridColorFixed.isValid() ? m_gridColorFixed : basePalette().color(QPalette::Mid);
+}
+
+QColor GridView::hotBackColor() const
+{
+    if (m_hotBackColor.isValid())
+        return m_hotBackColor;
+    // The highlight, faint: the row stands out and its texts keep their colours.
+    QColor faint = basePalette().color(QPalette::Highlight);
+    const QColor base = backColor();
+    return QColor((faint.red() + 5 * base.red()) / 6, (faint.green() + 5 * base.green()) / 6,
+                  (faint.blue() + 5 * base.blue()) / 6);
+}
+
+void GridView::setHotBackColor(const QColor &c)
+{
+    m_hotBackColor = c;
+    viewport()->update();
+}
+
+QColor GridView::warnBackColor() const
+{
+    if (m_warnBackColor.isValid())
+        return m_warnBackColor;
+    return backColor().lightness() < 128 ? QColor(0x6b, 0x22, 0x22) : QColor(0xff, 0xdc, 0xdc);
+}
+
+void GridView::setWarnBackColor(const QColor &c)
+{
+    m_warnBackColor = c;
+    viewport()->update();
+}
+
+void GridView::setWarnNegativeKeys(const QStringList &keys)
+{
+    m_warnKeys = keys;
+    viewport()->update();
+}
+
+bool GridView::warnsAt(const QModelIndex &index) const
+{
+    if (!m_model || m_warnKeys.isEmpty() || !index.isValid())
+        return false;
+    const int row = m_model->gridRow(index);
+    const int col = m_model->gridCol(index);
+    return m_warnKeys.contains(m_model->colKey(col)) && !m_model->isEmpty(row, col) &&
+           m_model->amount(row, col) < Currency();
+}
+
 void GridView::setBackColor(const QColor &c)
 {
     m_backColor = c;
@@ -372,13 +559,19 @@ void GridView::setGridColorFixed(const QColor &c)
 
 void GridView::applyLook()
 {
-    setStyleSheet(QStringLiteral("QTableView { background-color: %1; gridline-color: %2; }"
-                                 "QHeaderView::section { background-color: %3; border: none;"
-                                 " border-right: 1px solid %4; border-bottom: 1px solid %4; padding: 0 2px; }"
-                                 "QTableCornerButton::section { background-color: %3; border: none;"
-                                 " border-right: 1px solid %4; border-bottom: 1px solid %4; }")
-                      .arg(m_backColorBkg.name(), m_gridColor.name(), m_backColorFixed.name(),
-                           m_gridColorFixed.name()));
+    const QString sheet =
+        QStringLiteral("QTableView { background-color: %1; gridline-color: %2; }"
+                       "QHeaderView::section { background-color: %3; border: none;"
+                       " border-right: 1px solid %4; border-bottom: 1px solid %4; padding: 0 2px; }"
+                       "QTableCornerButton::section { background-color: %3; border: none;"
+                       " border-right: 1px solid %4; border-bottom: 1px solid %4; }")
+            .arg(backColorBkg().name(), gridColor().name(), backColorFixed().name(), gridColorFixed().name());
+    // A style sheet changes the palette in turn: set it only when it differs.
+    if (sheet == styleSheet())
+        return;
+    setStyleSheet(sheet);
+    if (m_frozen)
+        m_frozen->setStyleSheet(sheet);
 }
 
 } // namespace kx

@@ -311,7 +311,7 @@ Result<void> BookSaver::writeRecords(const QSet<int> &overwrite)
         row.setText(JournalColumns::Row, QString::number(rec.gridRow));
         row.setChangeMark(BookRow::Saved);
         const bool locked = anyLocked && rec.gridRow <= m_state.lastSumRow;
-        m_grid.setRowForeColor(rec.gridRow, locked ? m_state.looks.lockedForeColor : QColor());
+        m_grid.setRowForeColor(rec.gridRow, locked ? m_state.looks.lockedColor() : QColor());
         m_state.stored.remember(rec.recId, prints[i]);
     }
     if (emptied) {

@@ -56,6 +56,7 @@ void defineColumn(GridModel &grid, int pos, JournalColumns::Column which)
 
 const QString ColumnModel::BusyTag = QStringLiteral("Card Define");
 const QString ColumnModel::DefaultColsFilter = QStringLiteral("|DocID|DirID|RecID|Tag|AccID|AccCode|Flag|JnlDate|Locked|Row|");
+const QString ColumnModel::DefaultAmountFormat = QStringLiteral("#,##0.00");
 const QString ColumnModel::DefaultEditFields =
     QStringLiteral("|ShowName|JnlNo|AccName|AccDoc|Explain|Debit|Credit|Rate|Forex|Field1|Field2|Field3|Field4|Remark|");
 
@@ -91,6 +92,7 @@ void ColumnModel::define(GridModel &grid, LedgerState &state)
     font.setStrikeOut(false);
     grid.setFont(font);
     setColumnFonts(grid, QString(), QString());
+    applyChoices(grid, state);
 
     grid.setTag(tag);
     grid.setRedraw(redraw);
@@ -100,10 +102,26 @@ void ColumnModel::applyFormats(GridModel &grid, const LedgerState &state)
 {
     setColumnFonts(grid, QString(), QString());
     const JournalColumns columns(grid);
+    // Stored values stay exact; only what is shown is rounded to cents.
+    const QString amounts = state.fields.accountFormat.isEmpty() ? DefaultAmountFormat : state.fields.accountFormat;
     for (JournalColumns::Column c : {JournalColumns::Debit, JournalColumns::Credit, JournalColumns::Forex,
                                      JournalColumns::Balance, JournalColumns::fxBalance})
-        grid.setColFormat(columns[c], state.fields.accountFormat);
+        grid.setColFormat(columns[c], amounts);
     grid.setColFormat(columns[JournalColumns::Rate], state.fields.rateFormat);
+}
+
+void ColumnModel::applyChoices(GridModel &grid, const LedgerState &state)
+{
+    for (auto it = state.columns.shown.cbegin(); it != state.columns.shown.cend(); ++it) {
+        const int c = grid.colIndex(it.key());
+        if (c >= grid.fixedCols() && !JournalColumns::inList(state.fields.colsFilter, it.key()))
+            grid.setColHidden(c, !it.value());
+    }
+    for (auto it = state.columns.widths.cbegin(); it != state.columns.widths.cend(); ++it) {
+        const int c = grid.colIndex(it.key());
+        if (c >= grid.fixedCols() && it.value() > 0)
+            grid.setColWidth(c, it.value());
+    }
 }
 
 void ColumnModel::applyRowHeights(GridModel &grid, const RowLooks &looks)

@@ -21,6 +21,8 @@ public:
     static const QString DefaultColsFilter;
     /// The default EditFields.
     static const QString DefaultEditFields;
+    /// How amounts and balances show while the host sets no AccountFormat.
+    static const QString DefaultAmountFormat;
 
     /// Lays the 29 columns down in their order with their headers, types,
     /// alignments, widths and hidden flags, keeping every cell value (cells
@@ -31,7 +33,8 @@ public:
     /// in \a keys ("|"-separated; empty: every numeric column).
     static void setColumnFonts(GridModel &grid, QString keys, QString fontName);
     /// Re-applies the column fonts and the display formats: AccountFormat on
-    /// the amount and balance columns, RateFormat on the rate.
+    /// the amount and balance columns (DefaultAmountFormat while it is
+    /// empty), RateFormat on the rate.
     static void applyFormats(GridModel &grid, const LedgerState &state);
     /// True when column \a col holds numbers.
     static bool isNumericColumn(const GridModel &grid, int col);
@@ -42,6 +45,9 @@ public:
     /// Does nothing while changes are not allowed.
     static void applyExplainTemplate(GridModel &grid, const LedgerState &state, AccContext *acc, int row,
                                      QString templ);
+    /// Shows, hides and sizes the columns as the user chose (state.columns);
+    /// columns the key lists keep from the user are left alone.
+    static void applyChoices(GridModel &grid, const LedgerState &state);
     /// Gives every summary row (subtotal node) and the header row their heights.
     static void applyRowHeights(GridModel &grid, const RowLooks &looks);
 };

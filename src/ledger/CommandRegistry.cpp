@@ -1,5 +1,7 @@
 #include "ledger/CommandRegistry.h"
 
+#include <utility>
+
 namespace kx {
 
 void CommandRegistry::add(Command command)
@@ -15,6 +17,11 @@ const Command *CommandRegistry::byName(const QString &name) const
         if (c.name == name)
             return &c;
     return nullptr;
+}
+
+Command *CommandRegistry::byName(const QString &name)
+{
+    return const_cast<Command *>(std::as_const(*this).byName(name));
 }
 
 const Command *CommandRegistry::byCommand(const QString &command) const

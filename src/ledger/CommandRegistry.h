@@ -24,6 +24,9 @@ struct Command {
     std::function<bool()> enabled;
     /// A checkable item's state; empty: not checkable.
     std::function<bool()> checked;
+    /// The keys that run it, as shown beside the menu item ("Ctrl+C"); the
+    /// control handles the keys itself.
+    QString keys;
 };
 
 /// Every command the journal offers, in menu order. Each folder adds its
@@ -38,6 +41,8 @@ public:
     const std::vector<Command> &commands() const { return m_commands; }
     /// The entry whose menu item is named \a name (exact), or nullptr.
     const Command *byName(const QString &name) const;
+    /// The entry whose menu item is named \a name, to be refined, or nullptr.
+    Command *byName(const QString &name);
     /// The entry whose DoCommand name is \a command (exact, case-sensitive), or nullptr.
     const Command *byCommand(const QString &command) const;
     /// True when \a command has a run and may run now.

@@ -4,6 +4,7 @@
 #include "ledger/StoredRecords.h"
 
 #include <QColor>
+#include <QHash>
 #include <QList>
 #include <QSet>
 #include <QString>
@@ -24,6 +25,22 @@ struct RowLooks {
     int rowHeight = 22;        ///< every row
     int headerRowHeight = 24;  ///< the header row
     int sumRowHeight = 38;     ///< summary rows (two-line totals)
+
+    /// The colour closed rows are drawn in: the host's, or a grey that reads
+    /// on light and dark backgrounds while the host set none (black, the
+    /// zero colour).
+    QColor lockedColor() const
+    {
+        return lockedForeColor == QColor(Qt::black) ? QColor(0x80, 0x80, 0x80) : lockedForeColor;
+    }
+};
+
+/// The columns as the user arranged them: shown or hidden, and widths
+/// dragged by hand, by column key. Laying the columns down again keeps them;
+/// going back to the default format forgets them.
+struct ColumnChoices {
+    QHash<QString, bool> shown;  ///< key → shown (true) or hidden (false)
+    QHash<QString, int> widths;  ///< key → width in pixels
 };
 
 /// The "|"-delimited key lists and the display formats the host sets.
@@ -58,6 +75,7 @@ struct LedgerState {
     QSet<int> unwritable;        ///< records holding values this control cannot hold: shown, never written
     LedgerFields fields;
     RowLooks looks;
+    ColumnChoices columns;
 
     /// The book a save writes to: the one the grid was loaded from (the
     /// chosen one when nothing was loaded).

@@ -9,7 +9,7 @@ namespace kx {
 void RowLook::setLocked(GridModel &grid, const JournalColumns &columns, const RowLooks &looks, int row, bool locked)
 {
     BookRow(grid, columns, row).setLockedCell(locked);
-    grid.setRowForeColor(row, locked ? looks.lockedForeColor : QColor());
+    grid.setRowForeColor(row, locked ? looks.lockedColor() : QColor());
 }
 
 void RowLook::markSummary(GridModel &grid, const RowLooks &looks, int row)

@@ -52,7 +52,7 @@ bool MonthClosing::closeBook()
     BalanceCalculator(m_grid, m_state).calculate(previous > first ? previous : first);
     // Closing only colours the closed records; their locked cells stay as they are.
     for (int r = last; r >= std::max(previous + 1, first); --r)
-        m_grid.setRowForeColor(r, m_state.looks.lockedForeColor);
+        m_grid.setRowForeColor(r, m_state.looks.lockedColor());
     m_state.lastSumRow = at;
     m_host.cancels(QStringLiteral("AfterClosed"));
     m_host.markDirty();

@@ -133,7 +133,8 @@ TEST(Journal, PersistedLooksRoundTripInTheirOrder)
                                         QStringLiteral("WarnBackColor"), QStringLiteral("LockedForeColor"),
                                         QStringLiteral("BackColorBkg"), QStringLiteral("GridColor"),
                                         QStringLiteral("GridColorFixed"), QStringLiteral("RowHeightMax"),
-                                        QStringLiteral("RowHeightMin")}));
+                                        QStringLiteral("RowHeightMin"), QStringLiteral("FieldShow"),
+                                        QStringLiteral("ColumnWidths"), QStringLiteral("LayoutSizes")}));
 
     Journal second;
     const QColor gridLinesBefore = second.GridColor();
@@ -144,7 +145,8 @@ TEST(Journal, PersistedLooksRoundTripInTheirOrder)
                                       QStringLiteral("BackColorFixed"), QStringLiteral("HotBackColor"),
                                       QStringLiteral("WarnBackColor"), QStringLiteral("BackColorBkg"),
                                       QStringLiteral("GridColor"), QStringLiteral("GridColorFixed"),
-                                      QStringLiteral("LockedForeColor")}));
+                                      QStringLiteral("LockedForeColor"), QStringLiteral("FieldShow"),
+                                      QStringLiteral("ColumnWidths"), QStringLiteral("LayoutSizes")}));
     EXPECT_EQ(second.BorderColor(), QColor(1, 2, 3));
     EXPECT_EQ(second.BackColor(), QColor(10, 20, 30));
     EXPECT_EQ(second.HotBackColor(), QColor(255, 255, 200));
@@ -166,7 +168,7 @@ TEST(Journal, CommandsMatchExactlyAndUnknownOnesDoNothing)
 {
     Journal j;
     layOut(j);
-    QAction *side = j.contextMenu()->findChild<QAction *>(QStringLiteral("mnuSideTask"));
+    QAction *side = j.menuAction(QStringLiteral("mnuSideTask"));
     ASSERT_NE(side, nullptr);
     QSignalSpy icon(&j, &Journal::IconClick);
     int commands = 0;
@@ -229,8 +231,8 @@ TEST(Journal, StoredValuesAndTheirRules)
     EXPECT_TRUE(notify.at(0).at(1).toBool());
 
     j.setIsPackedJnl(true);
-    EXPECT_TRUE(j.contextMenu()->findChild<QAction *>(QStringLiteral("mnuPackJnl"))->isChecked());
-    j.contextMenu()->findChild<QAction *>(QStringLiteral("mnuPackJnl"))->trigger();
+    EXPECT_TRUE(j.menuAction(QStringLiteral("mnuPackJnl"))->isChecked());
+    j.menuAction(QStringLiteral("mnuPackJnl"))->trigger();
     EXPECT_FALSE(j.IsPackedJnl());
 
     bool asked = false;

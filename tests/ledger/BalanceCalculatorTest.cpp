@@ -187,7 +187,7 @@ TEST(JournalBalances, DirectionChangeRecalculatesAndMenuReportsIt)
     QStringList said;
     QObject::connect(&j, &kx::Journal::Notify, [&](const QString &m, bool) { said << m; });
     g->setText(2, QStringLiteral("Debit"), QStringLiteral("50"));
-    j.contextMenu()->findChild<QAction *>(QStringLiteral("mnuRecalc"))->trigger();
+    j.menuAction(QStringLiteral("mnuRecalc"))->trigger();
     EXPECT_EQ(g->text(2, QStringLiteral("Balance")), QStringLiteral("10"));
     EXPECT_EQ(said, QStringList{QStringLiteral("已经重新计算全部余额。")});
 }

@@ -173,7 +173,7 @@ TEST_P(Loading, SingleBookInStoredOrderDressedAndLabelled)
     EXPECT_EQ(journal->LastSumRow(), 4);
     EXPECT_TRUE(journal->Grid()->isSubtotal(4));
     EXPECT_TRUE(journal->Grid()->cellBold(4, 6));
-    EXPECT_EQ(journal->Grid()->cellForeColor(2, 6), journal->LockedForeColor());
+    EXPECT_EQ(journal->Grid()->cellForeColor(2, 6), QColor(0x80, 0x80, 0x80)) << "no colour chosen: a grey";
     EXPECT_EQ(cell(3, "AccName"), QStringLiteral("银行存款"));
     EXPECT_EQ(journal->gridView()->isColumnHidden(journal->Grid()->colIndex(QStringLiteral("AssistName")) - 1), true);
     EXPECT_EQ(journal->findChild<QToolButton *>(QStringLiteral("btnOpt"))->property("imageKey").toString(), QStringLiteral("Jnl"));

@@ -85,7 +85,7 @@ protected:
 
     static void recalculate(kx::Journal &j)
     {
-        j.contextMenu()->findChild<QAction *>(QStringLiteral("mnuRecalc"))->trigger();
+        j.menuAction(QStringLiteral("mnuRecalc"))->trigger();
     }
 
     int count() { return db.scalar({QStringLiteral("Select count(*) From kxJournalRecs"), {}}).value().toInt(); }

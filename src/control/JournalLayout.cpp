@@ -1,0 +1,164 @@
+// Journal: the layout — frozen columns, the show-fields list, widths that fit
+// the figures, the looks the host set, and menu states kept current.
+#include "control/JournalFrame.h"
+#include "control/JournalMenu.h"
+#include "control/JournalPrivate.h"
+#include "editing/EditSession.h"
+#include "kxjournal/GridModel.h"
+#include "kxjournal/GridView.h"
+#include "kxjournal/Journal.h"
+#include "ledger/ColumnFit.h"
+#include "ledger/JournalColumns.h"
+#include "menu/FieldChoice.h"
+#include "menu/MenuConditions.h"
+#include "output/BookSheet.h"
+
+#include <QClipboard>
+#include <QCursor>
+#include <QFontMetrics>
+#include <QGuiApplication>
+#include <QMenu>
+#include <QMimeData>
+#include <QShortcut>
+#include <QTimer>
+
+namespace kx {
+
+namespace {
+
+// The zero colour of a stored look means the host chose none.
+QColor chosen(const QColor &c)
+{
+    return c == QColor(Qt::black) ? QColor() : c;
+}
+
+} // namespace
+
+void JournalPrivate::setUpLayout()
+{
+    const auto key = [this](const QKeySequence &keys, const QString &item) {
+        auto *shortcut = new QShortcut(keys, q);
+        shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+        QObject::connect(shortcut, &QShortcut::activated, q, [this, item] {
+            if (const Command *c = commands.byName(item))
+                commands.run(*c);
+        });
+    };
+    key(QKeySequence(Qt::CTRL | Qt::Key_S), QStringLiteral("mnuSave"));
+    key(QKeySequence(Qt::Key_F5), QStringLiteral("mnuRefresh"));
+
+    fieldMenu = new QMenu(menu);
+    fieldMenu->setObjectName(QStringLiteral("fieldMenu"));
+    if (QAction *fields = menu->item(QStringLiteral("mnuFieldShow")))
+        fields->setMenu(fieldMenu);
+    QObject::connect(fieldMenu, &QMenu::aboutToShow, q, [this] {
+        fieldMenu->clear();
+        for (const FieldChoice::Field &field : FieldChoice(*grid, state).fields()) {
+            QAction *a = fieldMenu->addAction(field.text);
+            a->setObjectName(QStringLiteral("fld") + field.key);
+            a->setCheckable(true);
+            a->setChecked(field.shown);
+            const QString fieldKey = field.key;
+            QObject::connect(a, &QAction::toggled, q, [this, fieldKey](bool on) {
+                if (!FieldChoice(*grid, state).setShown(fieldKey, on))
+                    return;
+                if (on)
+                    fitColumns();
+                Q_EMIT q->propertyChanged(QStringLiteral("FieldShow"));
+                cancels(QStringLiteral("AfterFieldShow"));
+            });
+        }
+    });
+
+    QObject::connect(view, &GridView::columnResized, q, [this](int col, int width) {
+        FieldChoice(*grid, state).rememberWidth(col, width);
+        Q_EMIT q->propertyChanged(QStringLiteral("ColumnWidths"));
+    });
+    QObject::connect(frame, &JournalFrame::sizesChanged, q,
+                     [this] { Q_EMIT q->propertyChanged(QStringLiteral("LayoutSizes")); });
+    view->setWarnNegativeKeys({JournalColumns::key(JournalColumns::Balance),
+                               JournalColumns::key(JournalColumns::fxBalance)});
+
+    // Figures typed or worked out may outgrow their column: checked once
+    // the change is over.
+    auto *refit = new QTimer(q);
+    refit->setSingleShot(true);
+    refit->setInterval(0);
+    QObject::connect(refit, &QTimer::timeout, q, [this] {
+        if (grid->tag().isEmpty())
+            ColumnFit(*grid, state, [](const QString &t, const QFont &f) { return QFontMetrics(f).horizontalAdvance(t); })
+                .fitFigures();
+    });
+    QObject::connect(grid, &QAbstractItemModel::dataChanged, refit, qOverload<>(&QTimer::start));
+
+    for (auto signal : {&GridModel::selectionBlockChanged})
+        QObject::connect(grid, signal, q, [this] { syncMenuSoon(); });
+    QObject::connect(grid, &GridModel::cursorChanged, q, [this] { syncMenuSoon(); });
+    QObject::connect(grid, &QAbstractItemModel::dataChanged, q, [this] { syncMenuSoon(); });
+    QObject::connect(grid, &QAbstractItemModel::rowsInserted, q, [this] { syncMenuSoon(); });
+    QObject::connect(grid, &QAbstractItemModel::rowsRemoved, q, [this] { syncMenuSoon(); });
+    QObject::connect(grid, &QAbstractItemModel::modelReset, q, [this] { syncMenuSoon(); });
+    QObject::connect(q, &Journal::bookChanged, q, [this] { syncMenuSoon(); });
+    QObject::connect(q, &Journal::dirtyChanged, q, [this] { syncMenuSoon(); });
+    if (auto *app = qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
+        QObject::connect(app->clipboard(), &QClipboard::dataChanged, q, [this] { syncMenuSoon(); });
+    QObject::connect(q, &Journal::AfterLoaded, q, [this] {
+        const QString period = BookSheet(*grid).period();
+        frame->setPeriodText(period.isEmpty() ? QString() : QStringLiteral("期间：") + period);
+    });
+    applyLooks();
+    fitColumns();
+}
+
+bool JournalPrivate::menuAllows(const QString &name) const
+{
+    MenuFacts facts;
+    if (auto *app = qobject_cast<QGuiApplication *>(QCoreApplication::instance())) {
+        const QMimeData *data = app->clipboard()->mimeData();
+        facts.clipboardHasText = data && data->hasText();
+    }
+    facts.canUndo = q->canUndo();
+    facts.canRedo = q->canRedo();
+    return MenuConditions(edit->context(), facts).allows(name);
+}
+
+void JournalPrivate::syncMenuSoon()
+{
+    // Many changes come at once (a paste, a load): the states are read once after them.
+    if (menuSyncDue || !menu)
+        return;
+    menuSyncDue = true;
+    QTimer::singleShot(0, menu, [this] {
+        menuSyncDue = false;
+        menu->sync();
+    });
+}
+
+void JournalPrivate::openFieldMenu()
+{
+    fieldMenu->popup(QCursor::pos());
+}
+
+void JournalPrivate::fitColumns()
+{
+    ColumnFit fit(*grid, state, [](const QString &text, const QFont &font) {
+        return QFontMetrics(font).horizontalAdvance(text);
+    });
+    fit.fitFigures();
+    fit.fitLabels();
+    // The date and the number stay in sight while the rest scrolls sideways,
+    // unless the user moved the number far from the date.
+    const JournalColumns columns(*grid);
+    const int date = columns[JournalColumns::ShowName];
+    const int number = columns[JournalColumns::JnlNo];
+    const int last = number > date && number <= date + 3 ? number : date;
+    view->setFrozenColumns(last >= grid->fixedCols() ? last - grid->fixedCols() + 1 : 0);
+}
+
+void JournalPrivate::applyLooks()
+{
+    view->setHotBackColor(chosen(state.looks.hotBackColor));
+    view->setWarnBackColor(chosen(state.looks.warnBackColor));
+}
+
+} // namespace kx

@@ -1,0 +1,101 @@
+#include "ledger/ColumnFit.h"
+
+#include "kxjournal/Currency.h"
+#include "kxjournal/GridModel.h"
+#include "ledger/JournalColumns.h"
+#include "ledger/LedgerState.h"
+
+#include <QStringList>
+#include <algorithm>
+
+namespace kx {
+
+ColumnFit::ColumnFit(GridModel &grid, const LedgerState &state, Measure measure)
+    : m_grid(grid), m_state(state), m_measure(std::move(measure))
+{
+}
+
+QFont ColumnFit::fontAt(int row, int col) const
+{
+    const QVariant font = m_grid.data(m_grid.indexAt(row, col), Qt::FontRole);
+    return font.isValid() ? font.value<QFont>() : m_grid.font();
+}
+
+int ColumnFit::measureCell(int row, int col) const
+{
+    const QString shown = m_grid.data(m_grid.indexAt(row, col), Qt::DisplayRole).toString();
+    const QFont font = fontAt(row, col);
+    int widest = 0;
+    for (const QString &line : shown.split(QLatin1Char('\n')))
+        widest = std::max(widest, m_measure(line, font));
+    return widest;
+}
+
+int ColumnFit::figureWidth(int col) const
+{
+    const int first = m_grid.fixedRows();
+    int largestRow = -1;
+    Currency largest;
+    int widest = 0;
+    for (int r = first; r < m_grid.rows(); ++r) {
+        if (m_grid.isSubtotal(r)) {
+            // Two-line totals, few of them: measured as shown.
+            if (!m_grid.isEmpty(r, col))
+                widest = std::max(widest, measureCell(r, col));
+            continue;
+        }
+        if (m_grid.isEmpty(r, col))
+            continue;
+        const Currency v = m_grid.amount(r, col).abs();
+        if (largestRow < 0 || largest < v) {
+            largest = v;
+            largestRow = r;
+        }
+    }
+    if (largestRow >= 0) {
+        // The sign counts too: measured as the largest magnitude would show negative.
+        widest = std::max(widest, measureCell(largestRow, col));
+        const QString format = m_grid.colFormat(col);
+        widest = std::max(widest, m_measure((-largest).format(format), fontAt(largestRow, col)));
+    }
+    return widest == 0 ? 0 : widest + Padding;
+}
+
+void ColumnFit::fitFigures()
+{
+    const JournalColumns columns(m_grid);
+    for (JournalColumns::Column which : {JournalColumns::Debit, JournalColumns::Credit, JournalColumns::Rate,
+                                         JournalColumns::Forex, JournalColumns::Balance, JournalColumns::fxBalance}) {
+        const int col = columns[which];
+        if (col < m_grid.fixedCols() || m_grid.isColHidden(col))
+            continue;
+        const int need = figureWidth(col);
+        if (need > m_grid.colWidth(col))
+            m_grid.setColWidth(col, need);
+    }
+}
+
+void ColumnFit::fitLabels(int sample)
+{
+    const JournalColumns columns(m_grid);
+    const int first = m_grid.fixedRows();
+    const int count = m_grid.rows() - first;
+    if (count <= 0 || sample <= 0)
+        return;
+    const int step = std::max(1, count / sample);
+    for (JournalColumns::Column which : {JournalColumns::ShowName, JournalColumns::JnlNo}) {
+        const int col = columns[which];
+        if (col < m_grid.fixedCols() || m_grid.isColHidden(col))
+            continue;
+        int widest = 0;
+        for (int r = first; r < m_grid.rows(); r += step)
+            widest = std::max(widest, measureCell(r, col));
+        // The last rows are the newest, the ones a bookkeeper looks at first.
+        for (int r = std::max(first, m_grid.rows() - 8); r < m_grid.rows(); ++r)
+            widest = std::max(widest, measureCell(r, col));
+        if (widest > 0 && widest + Padding > m_grid.colWidth(col))
+            m_grid.setColWidth(col, widest + Padding);
+    }
+}
+
+} // namespace kx
