@@ -3,6 +3,7 @@
 #include "kxjournal/GridView.h"
 
 #include <QHeaderView>
+#include <QScopedValueRollback>
 #include <QScrollBar>
 
 namespace kx {
@@ -26,7 +27,8 @@ FrozenColumns::FrozenColumns(GridView *main) : QTableView(main), m_main(main)
     connect(verticalScrollBar(), &QScrollBar::valueChanged, main->verticalScrollBar(), &QScrollBar::setValue);
     connect(main->verticalScrollBar(), &QScrollBar::valueChanged, verticalScrollBar(), &QScrollBar::setValue);
     connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int logical, int, int size) {
-        if (m_main->columnWidth(logical) != size)
+        // Only the user's drag goes back; showing a column resizes it too.
+        if (!m_following && m_main->columnWidth(logical) != size)
             m_main->horizontalHeader()->resizeSection(logical, size);
     });
     connect(this, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex &index) {
@@ -56,6 +58,7 @@ void FrozenColumns::follow()
 {
     if (!model())
         return;
+    QScopedValueRollback<bool> following(m_following, true);
     const int cols = model()->columnCount();
     for (int c = 0; c < cols; ++c) {
         const bool hidden = c >= m_count || m_main->isColumnHidden(c);

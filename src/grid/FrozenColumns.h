@@ -31,6 +31,7 @@ public:
 private:
     GridView *m_main;
     int m_count = 0;
+    bool m_following = false;
 };
 
 } // namespace kx
