@@ -1,3 +1,4 @@
+#include "CheckTool.h"
 #include "DemoWindow.h"
 #include "OutputTool.h"
 #include "VoucherTool.h"
@@ -193,23 +194,56 @@ int runDemo(QCoreApplication &app, const QString &url, const QString &screenshot
     return rc;
 }
 
+enum class ToolNeeds { Nothing, Drawing, Screen };
+
+// What the command line asks for needs: nothing drawn, drawing offscreen,
+// or a real screen. Read before Qt starts, as that choice is made then.
+ToolNeeds toolNeeds(int argc, char **argv)
+{
+    static const QByteArrayList valued{"--db", "--screenshot", "--records", "--books", "--book", "--picker",
+                                       "--from", "--to", "--out", "--type", "--types", "--user", "--director", "--codec"};
+    QByteArray command;
+    bool screenshot = false;
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray arg(argv[i]);
+        if (arg == "-h" || arg == "--help" || arg == "--help-all" || arg == "-v" || arg == "--version")
+            return ToolNeeds::Nothing;
+        if (arg == "--screenshot" || arg.startsWith("--screenshot="))
+            screenshot = true;
+        if (valued.contains(arg))
+            ++i;
+        else if (!arg.startsWith('-') && command.isEmpty())
+            command = arg;
+    }
+    if (command == "sample" || command == "voucher")
+        return ToolNeeds::Nothing;
+    if (command == "make" || command == "export" || command == "print" || command == "check")
+        return ToolNeeds::Drawing;
+    if ((command.isEmpty() || command == "demo") && screenshot)
+        return ToolNeeds::Drawing;
+    return ToolNeeds::Screen;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
     QElapsedTimer clock;
     clock.start();
-    // The command-line tool needs no screen; only the demo builds widgets.
-    // Making a voucher, exporting and printing run the control itself, drawn nowhere.
-    bool tool = false;
-    for (int i = 1; i < argc; ++i) {
-        tool = tool || qstrcmp(argv[i], "sample") == 0 || qstrcmp(argv[i], "voucher") == 0;
-        const bool headless = qstrcmp(argv[i], "make") == 0 || qstrcmp(argv[i], "export") == 0 ||
-                              qstrcmp(argv[i], "print") == 0;
-        if (headless && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-            qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Only the demo's window needs a screen. Help, the samples and the
+    // voucher printer make no widget; making a voucher, exporting, printing
+    // and checking run the control itself, drawn nowhere.
+    const ToolNeeds needs = toolNeeds(argc, argv);
+    if (needs == ToolNeeds::Drawing && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (needs == ToolNeeds::Screen && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") &&
+        qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
+        std::fprintf(stderr, "kxjournal: the demo needs a display (or --screenshot FILE to draw it offscreen); "
+                             "see kxjournal --help\n");
+        return 2;
     }
-    std::unique_ptr<QCoreApplication> instance(tool ? new QCoreApplication(argc, argv) : new QApplication(argc, argv));
+    std::unique_ptr<QCoreApplication> instance(needs == ToolNeeds::Nothing ? new QCoreApplication(argc, argv)
+                                                                            : new QApplication(argc, argv));
     QCoreApplication &app = *instance;
     QCoreApplication::setApplicationName(QStringLiteral("kxjournal"));
     QCommandLineParser parser;
@@ -220,9 +254,10 @@ int main(int argc, char **argv)
                                                     "           print a voucher exchange file as a table\n"
                                                     "  make     make a voucher file of a book's records of some days\n"
                                                     "  export   write a book into a CSV, TSV or XLSX file\n"
-                                                    "  print    write a book's printed pages into a PDF file"));
+                                                    "  print    write a book's printed pages into a PDF file\n"
+                                                    "  check    check a book's dates and order (exit 1 with the finding)"));
     parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("demo, sample, voucher, make, export or print"));
+    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("demo, sample, voucher, make, export, print or check"));
     const QCommandLineOption dbOption(QStringLiteral("db"), QStringLiteral("Database URL (sqlite:PATH, postgresql://…)."),
                                       QStringLiteral("URL"));
     const QCommandLineOption screenshot(QStringLiteral("screenshot"), QStringLiteral("Write a PNG of the window to FILE and quit."),
@@ -314,6 +349,13 @@ int main(int argc, char **argv)
         if (command == QLatin1String("print"))
             return OutputTool::print(parser.value(dbOption), parser.value(book), parser.value(out));
         return OutputTool::exportBook(parser.value(dbOption), parser.value(book), parser.value(out), parser.value(type));
+    }
+    if (command == QLatin1String("check")) {
+        if (!parser.isSet(dbOption) || !parser.isSet(book)) {
+            std::fprintf(stderr, "kxjournal: check needs --db URL and --book CODE\n");
+            return 2;
+        }
+        return CheckTool::check(parser.value(dbOption), parser.value(book));
     }
     if (command == QLatin1String("demo")) {
         const QString url = parser.isSet(dbOption) ? parser.value(dbOption) : defaultDatabaseUrl();
