@@ -25,7 +25,9 @@ screenshot: deps $(DEMO_DIR)/build.ninja
 	cmake --build $(DEMO_DIR) -j $(JOBS) --target kxjournal_app
 	rm -f build/screenshot.db build/screenshot.db-wal build/screenshot.db-shm
 	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --db sqlite:build/screenshot.db --screenshot docs/screenshot.png
+	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --db sqlite:build/screenshot.db --menu --screenshot docs/context-menu.png
 	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --db sqlite:build/screenshot.db --picker yh --screenshot docs/account-picker.png
+	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --db sqlite:build/screenshot.db --preview --screenshot docs/print-preview.png
 
 $(TEST_DIR)/build.ninja: | deps
 	cmake -S . -B $(TEST_DIR) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DKX_SANITIZE=ON -DKX_BUILD_APP=ON

@@ -14,6 +14,9 @@
 #include <kxjournal/SqlAccContext.h>
 
 #include <QApplication>
+#include <QMenu>
+#include <QPainter>
+#include <QPixmap>
 #include <QCommandLineParser>
 #include <QDate>
 #include <QDir>
@@ -118,8 +121,68 @@ private:
     bool m_done = false;
 };
 
-int runDemo(QCoreApplication &app, const QString &url, const QString &screenshot, const QString &book, bool packed,
-            const QElapsedTimer &clock, bool firstFrame, const QString &pickerSearch)
+// What the demo draws for a screenshot: the window alone, or with the
+// context menu open, the account picker searching, or the print preview.
+struct Shot {
+    QString file;
+    QString pickerSearch;  ///< null: no picker
+    bool menu = false;
+    bool preview = false;
+};
+
+// Draws the window (and a popup over it) into the shot's file.
+int takeShot(DemoWindow &window, const Shot &shot)
+{
+    kx::Journal *journal = window.journal();
+    // Show the latest records, as a bookkeeper opening the book would see them.
+    journal->setRow(journal->Rows());
+    QWidget *over = nullptr;
+    if (!shot.pickerSearch.isNull()) {
+        kx::GridModel *grid = journal->Grid();
+        const int col = grid->colIndex(QStringLiteral("AccName"));
+        grid->setCursor(journal->Rows(), col);
+        journal->gridView()->edit(grid->indexAt(journal->Rows(), col));
+        grid->editCycle()->clickButton();
+        journal->accountPicker()->setSearchText(shot.pickerSearch);
+    }
+    if (shot.menu) {
+        const int row = std::max(journal->Rows() - 24, 1);
+        journal->Grid()->setCursor(row, journal->Grid()->colIndex(QStringLiteral("Explain")));
+        const QRect cell = journal->gridView()->visualRect(journal->Grid()->indexAt(row, journal->Grid()->colIndex(QStringLiteral("Explain"))));
+        journal->contextMenu()->popup(journal->gridView()->viewport()->mapToGlobal(cell.center()));
+        over = journal->contextMenu();
+    }
+    if (shot.preview) {
+        journal->menuAction(QStringLiteral("mnuPrint"))->trigger();
+        for (QWidget *w : QApplication::topLevelWidgets())
+            if (w->objectName() == QLatin1String("printPreview") && w->isVisible())
+                over = w;
+        if (!over) {
+            std::fprintf(stderr, "kxjournal: the print preview did not open\n");
+            return 1;
+        }
+        over->resize(1180, 820);
+    }
+    QCoreApplication::processEvents();
+    QPixmap picture;
+    if (shot.preview) {
+        picture = over->grab();
+    } else {
+        picture = window.grab();
+        if (over) {
+            QPainter painter(&picture);
+            painter.drawPixmap(window.mapFromGlobal(over->mapToGlobal(QPoint(0, 0))), over->grab());
+        }
+    }
+    if (!picture.save(shot.file)) {
+        std::fprintf(stderr, "kxjournal: cannot write %s\n", qPrintable(shot.file));
+        return 1;
+    }
+    return 0;
+}
+
+int runDemo(QCoreApplication &app, const QString &url, const Shot &shot, const QString &book, bool packed,
+            const QElapsedTimer &clock, bool firstFrame)
 {
     const bool fresh = isNewSqliteFile(url);
     kx::Database db = kx::Database::open(url);
@@ -136,58 +199,28 @@ int runDemo(QCoreApplication &app, const QString &url, const QString &screenshot
             return 1;
         }
     }
+    // Screenshots and timings start from nothing remembered.
+    DemoWindow window(shot.file.isEmpty() && !firstFrame);
     // A file that is no journal database (or not a database at all) is said
     // so before any window opens.
-    if (const kx::Result<QVariant> books = db.scalar({QStringLiteral("Select count(*) From kxJournal"), {}});
-        !books.ok()) {
-        std::fprintf(stderr, "kxjournal: %s is not a journal database: %s\n", qPrintable(url),
-                     qPrintable(books.error()));
+    if (const QString why = window.useDatabase(std::move(db), url); !why.isEmpty()) {
+        std::fprintf(stderr, "kxjournal: %s is not a journal database: %s\n", qPrintable(url), qPrintable(why));
         return 1;
     }
-    kx::SqlAccContext context(std::move(db));
-    context.setUserName(QStringLiteral("演示用户"));
-    context.setDirectorName(QStringLiteral("王会计"));
-    context.setBeginDate(QDate(QDate::currentDate().year(), 1, 1));
-    context.setDocTypes(QStringLiteral("记|收|付|转"));
-    const QDate today = QDate::currentDate();
-    context.setCurPeriod(today.toString(QStringLiteral("yyyyMM")));
-    context.setPeriodStart(QDate(today.year(), today.month(), 1));
-    context.setPeriodEnd(QDate(today.year(), today.month(), today.daysInMonth()));
-    if (!book.isEmpty() &&
-        context.Connection()
-                .scalar({QStringLiteral("Select count(*) From kxJournal Where AssistCode=?"), {book}})
-                .valueOr(QVariant(0))
-                .toInt() == 0) {
+    window.journal()->setIsPackedJnl(packed);
+    window.show();
+    if (!window.openBook(book)) {
         std::fprintf(stderr, "kxjournal: no book with code %s\n", qPrintable(book));
         return 1;
     }
-    DemoWindow window(&context);
-    window.show();
-    window.journal()->setIsPackedJnl(packed);
-    window.openBook(book);
     // Installed after the load: the frame that counts is the first one with the book in it.
     if (firstFrame)
         new FirstFrameProbe(clock, window.journal()->gridView()->viewport(), true);
-    if (screenshot.isEmpty())
+    if (shot.file.isEmpty())
         return app.exec();
     int rc = 1;
     QTimer::singleShot(400, &window, [&] {
-        // Show the latest records, as a bookkeeper opening the book would see them.
-        kx::Journal *journal = window.journal();
-        journal->setRow(journal->Rows());
-        if (!pickerSearch.isNull()) {
-            // The account picker open on the empty row, with a search typed.
-            kx::GridModel *grid = journal->Grid();
-            const int col = grid->colIndex(QStringLiteral("AccName"));
-            grid->setCursor(journal->Rows(), col);
-            journal->gridView()->edit(grid->indexAt(journal->Rows(), col));
-            grid->editCycle()->clickButton();
-            journal->accountPicker()->setSearchText(pickerSearch);
-        }
-        QCoreApplication::processEvents();
-        rc = window.grab().save(screenshot) ? 0 : 1;
-        if (rc != 0)
-            std::fprintf(stderr, "kxjournal: cannot write %s\n", qPrintable(screenshot));
+        rc = takeShot(window, shot);
         app.quit();
     });
     app.exec();
@@ -293,7 +326,10 @@ int main(int argc, char **argv)
                                       QStringLiteral("NAME"));
     const QCommandLineOption codec(QStringLiteral("codec"), QStringLiteral("Code page of the voucher file (voucher, make)."),
                                    QStringLiteral("NAME"), QStringLiteral("GBK"));
-    parser.addOptions({dbOption, screenshot, records, books, book, packed, firstFrame, append, picker, from, to, out, types,
+    const QCommandLineOption menuShot(QStringLiteral("menu"), QStringLiteral("With --screenshot: show the context menu open (demo)."));
+    const QCommandLineOption previewShot(QStringLiteral("preview"),
+                                         QStringLiteral("With --screenshot: draw the print preview instead (demo)."));
+    parser.addOptions({menuShot, previewShot, dbOption, screenshot, records, books, book, packed, firstFrame, append, picker, from, to, out, types,
                        user, director, codec, type});
     parser.process(app);
     const QStringList args = parser.positionalArguments();
@@ -359,8 +395,12 @@ int main(int argc, char **argv)
     }
     if (command == QLatin1String("demo")) {
         const QString url = parser.isSet(dbOption) ? parser.value(dbOption) : defaultDatabaseUrl();
-        return runDemo(app, url, parser.value(screenshot), parser.value(book), parser.isSet(packed), clock,
-                       parser.isSet(firstFrame), parser.isSet(picker) ? parser.value(picker) : QString());
+        Shot shot;
+        shot.file = parser.value(screenshot);
+        shot.pickerSearch = parser.isSet(picker) ? parser.value(picker) : QString();
+        shot.menu = parser.isSet(menuShot);
+        shot.preview = parser.isSet(previewShot);
+        return runDemo(app, url, shot, parser.value(book), parser.isSet(packed), clock, parser.isSet(firstFrame));
     }
     std::fprintf(stderr, "kxjournal: unknown command '%s'\n", qPrintable(command));
     return 2;

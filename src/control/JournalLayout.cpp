@@ -91,8 +91,7 @@ void JournalPrivate::setUpLayout()
     });
     QObject::connect(grid, &QAbstractItemModel::dataChanged, refit, qOverload<>(&QTimer::start));
 
-    for (auto signal : {&GridModel::selectionBlockChanged})
-        QObject::connect(grid, signal, q, [this] { syncMenuSoon(); });
+    QObject::connect(grid, &GridModel::selectionBlockChanged, q, [this] { syncMenuSoon(); });
     QObject::connect(grid, &GridModel::cursorChanged, q, [this] { syncMenuSoon(); });
     QObject::connect(grid, &QAbstractItemModel::dataChanged, q, [this] { syncMenuSoon(); });
     QObject::connect(grid, &QAbstractItemModel::rowsInserted, q, [this] { syncMenuSoon(); });
@@ -100,8 +99,17 @@ void JournalPrivate::setUpLayout()
     QObject::connect(grid, &QAbstractItemModel::modelReset, q, [this] { syncMenuSoon(); });
     QObject::connect(q, &Journal::bookChanged, q, [this] { syncMenuSoon(); });
     QObject::connect(q, &Journal::dirtyChanged, q, [this] { syncMenuSoon(); });
-    if (auto *app = qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
-        QObject::connect(app->clipboard(), &QClipboard::dataChanged, q, [this] { syncMenuSoon(); });
+    // Read when it changes, not at every look: asking another program's
+    // clipboard may wait on that program.
+    if (auto *app = qobject_cast<QGuiApplication *>(QCoreApplication::instance())) {
+        const auto readClipboard = [this, app] {
+            const QMimeData *data = app->clipboard()->mimeData();
+            clipboardHasText = data && data->hasText();
+            syncMenuSoon();
+        };
+        QObject::connect(app->clipboard(), &QClipboard::dataChanged, q, readClipboard);
+        readClipboard();
+    }
     QObject::connect(q, &Journal::AfterLoaded, q, [this] {
         const QString period = BookSheet(*grid).period();
         frame->setPeriodText(period.isEmpty() ? QString() : QStringLiteral("期间：") + period);
@@ -113,10 +121,7 @@ void JournalPrivate::setUpLayout()
 bool JournalPrivate::menuAllows(const QString &name) const
 {
     MenuFacts facts;
-    if (auto *app = qobject_cast<QGuiApplication *>(QCoreApplication::instance())) {
-        const QMimeData *data = app->clipboard()->mimeData();
-        facts.clipboardHasText = data && data->hasText();
-    }
+    facts.clipboardHasText = clipboardHasText;
     facts.canUndo = q->canUndo();
     facts.canRedo = q->canRedo();
     return MenuConditions(edit->context(), facts).allows(name);

@@ -148,6 +148,7 @@ public:
     FindBar *findBar = nullptr;
     QMenu *fieldMenu = nullptr;                  ///< the show-fields list
     bool menuSyncDue = false;
+    bool clipboardHasText = false;               ///< as the clipboard said when it last changed
     std::unique_ptr<QPrinter> printer;           ///< the preview's printer, kept for its settings
     std::function<QString(const QString &)> fileNameAsker;
     QString voucherFolder;                        ///< where Make writes (empty: the temporary folder)

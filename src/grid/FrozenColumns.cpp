@@ -1,5 +1,6 @@
 #include "grid/FrozenColumns.h"
 
+#include "grid/GridDelegate.h"
 #include "kxjournal/GridView.h"
 
 #include <QHeaderView>
@@ -22,7 +23,9 @@ FrozenColumns::FrozenColumns(GridView *main) : QTableView(main), m_main(main)
     setHorizontalScrollMode(ScrollPerPixel);
     verticalHeader()->hide();
     horizontalHeader()->setHighlightSections(false);
-    setItemDelegate(main->itemDelegate());
+    // A delegate of its own that paints as the main view's does: a shared
+    // one would hand this view the main view's editors.
+    setItemDelegate(new GridDelegate(main));
     // Both ways: a wheel over the frozen part scrolls the book too.
     connect(verticalScrollBar(), &QScrollBar::valueChanged, main->verticalScrollBar(), &QScrollBar::setValue);
     connect(main->verticalScrollBar(), &QScrollBar::valueChanged, verticalScrollBar(), &QScrollBar::setValue);

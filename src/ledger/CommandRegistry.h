@@ -26,7 +26,7 @@ struct Command {
     std::function<bool()> checked;
     /// The keys that run it, as shown beside the menu item ("Ctrl+C"); the
     /// control handles the keys itself.
-    QString keys;
+    QString keys = QString();
 };
 
 /// Every command the journal offers, in menu order. Each folder adds its
