@@ -79,17 +79,25 @@ void JournalPrivate::setUpLayout()
     view->setWarnNegativeKeys({JournalColumns::key(JournalColumns::Balance),
                                JournalColumns::key(JournalColumns::fxBalance)});
 
-    // Figures typed or worked out may outgrow their column: checked once
-    // the change is over.
+    // Figures typed or worked out may outgrow their column: the rows that
+    // changed are looked at once the change is over.
     auto *refit = new QTimer(q);
     refit->setSingleShot(true);
     refit->setInterval(0);
     QObject::connect(refit, &QTimer::timeout, q, [this] {
-        if (grid->tag().isEmpty())
+        const int first = refitFirst, last = refitLast;
+        refitFirst = refitLast = -1;
+        if (first >= 0 && grid->tag().isEmpty())
             ColumnFit(*grid, state, [](const QString &t, const QFont &f) { return QFontMetrics(f).horizontalAdvance(t); })
-                .fitFigures();
+                .fitFigures(first, last);
     });
-    QObject::connect(grid, &QAbstractItemModel::dataChanged, refit, qOverload<>(&QTimer::start));
+    QObject::connect(grid, &QAbstractItemModel::dataChanged, refit,
+                     [this, refit](const QModelIndex &from, const QModelIndex &to) {
+                         const int a = grid->gridRow(from), b = grid->gridRow(to);
+                         refitFirst = refitFirst < 0 ? a : std::min(refitFirst, a);
+                         refitLast = std::max(refitLast, b);
+                         refit->start();
+                     });
 
     QObject::connect(grid, &GridModel::selectionBlockChanged, q, [this] { syncMenuSoon(); });
     QObject::connect(grid, &GridModel::cursorChanged, q, [this] { syncMenuSoon(); });

@@ -148,6 +148,8 @@ public:
     FindBar *findBar = nullptr;
     QMenu *fieldMenu = nullptr;                  ///< the show-fields list
     bool menuSyncDue = false;
+    int refitFirst = -1;                         ///< rows changed since the widths were last fitted
+    int refitLast = -1;
     bool clipboardHasText = false;               ///< as the clipboard said when it last changed
     std::unique_ptr<QPrinter> printer;           ///< the preview's printer, kept for its settings
     std::function<QString(const QString &)> fileNameAsker;

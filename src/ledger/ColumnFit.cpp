@@ -31,13 +31,14 @@ int ColumnFit::measureCell(int row, int col) const
     return widest;
 }
 
-int ColumnFit::figureWidth(int col) const
+int ColumnFit::figureWidth(int col, int first, int last) const
 {
-    const int first = m_grid.fixedRows();
+    first = std::max(first, m_grid.fixedRows());
+    last = last < 0 ? m_grid.rows() - 1 : std::min(last, m_grid.rows() - 1);
     int largestRow = -1;
     Currency largest;
     int widest = 0;
-    for (int r = first; r < m_grid.rows(); ++r) {
+    for (int r = first; r <= last; ++r) {
         if (m_grid.isSubtotal(r)) {
             // Two-line totals, few of them: measured as shown.
             if (!m_grid.isEmpty(r, col))
@@ -61,7 +62,7 @@ int ColumnFit::figureWidth(int col) const
     return widest == 0 ? 0 : widest + Padding;
 }
 
-void ColumnFit::fitFigures()
+void ColumnFit::fitFigures(int first, int last)
 {
     const JournalColumns columns(m_grid);
     for (JournalColumns::Column which : {JournalColumns::Debit, JournalColumns::Credit, JournalColumns::Rate,
@@ -69,7 +70,7 @@ void ColumnFit::fitFigures()
         const int col = columns[which];
         if (col < m_grid.fixedCols() || m_grid.isColHidden(col))
             continue;
-        const int need = figureWidth(col);
+        const int need = figureWidth(col, first, last);
         if (need > m_grid.colWidth(col))
             m_grid.setColWidth(col, need);
     }

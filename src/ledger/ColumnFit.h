@@ -25,12 +25,14 @@ public:
     /// Fits the columns of \a grid, measuring with \a measure.
     ColumnFit(GridModel &grid, const LedgerState &state, Measure measure);
 
-    /// Grows every amount and balance column to its widest value.
-    void fitFigures();
+    /// Grows every amount and balance column to its widest value in rows
+    /// \a first … \a last (all rows by default).
+    void fitFigures(int first = 0, int last = -1);
     /// Grows the date and number columns to the widest of \a sample rows.
     void fitLabels(int sample = 256);
-    /// The width column \a col needs for its figures (0: no figures).
-    int figureWidth(int col) const;
+    /// The width column \a col needs for its figures in rows \a first …
+    /// \a last (all rows by default; 0: no figures).
+    int figureWidth(int col, int first = 0, int last = -1) const;
 
     /// Room a cell keeps beside its text (the cell's margins and grid line).
     static constexpr int Padding = 10;
