@@ -7,14 +7,11 @@
 
 #include <cstdio>
 
-int CheckTool::check(const QString &url, const QString &code)
+namespace {
+
+// The check stops on the first row out of order and puts the cursor there.
+int checkLoaded(kx::Journal &journal, const QString &code)
 {
-    ToolBook book;
-    if (!book.open(url, code))
-        return 1;
-    kx::Journal journal;
-    if (!book.load(journal))
-        return 1;
     QStringList findings;
     QObject::connect(&journal, &kx::Journal::Notify, [&](const QString &message, bool box) {
         if (box)
@@ -24,7 +21,6 @@ int CheckTool::check(const QString &url, const QString &code)
         std::printf("kxjournal: %s: 账簿检查完毕，没有发现错误。\n", qPrintable(code));
         return 0;
     }
-    // The check stops on the first row out of order and puts the cursor there.
     const kx::GridModel *grid = journal.Grid();
     const int row = grid->row();
     const QString where = QStringLiteral("第%1行（%2 %3 %4）")
@@ -34,4 +30,11 @@ int CheckTool::check(const QString &url, const QString &code)
     for (const QString &finding : findings)
         std::fprintf(stderr, "kxjournal: %s: %s%s\n", qPrintable(code), qPrintable(where), qPrintable(finding));
     return 1;
+}
+
+} // namespace
+
+int CheckTool::check(const QString &url, const QString &code)
+{
+    return ToolBook::run(url, code, [&](ToolBook &, kx::Journal &journal) { return checkLoaded(journal, code); });
 }

@@ -14,16 +14,12 @@ namespace {
 // on it; prints the path written.
 int withBook(const QString &url, const QString &code, const QString &out, const std::function<bool(kx::Journal &)> &write)
 {
-    ToolBook book;
-    if (!book.open(url, code))
-        return 1;
-    kx::Journal journal;
-    if (!book.load(journal))
-        return 1;
-    if (!write(journal))
-        return book.fail();
-    std::printf("%s\n", qPrintable(QFileInfo(out).absoluteFilePath()));
-    return 0;
+    return ToolBook::run(url, code, [&](ToolBook &book, kx::Journal &journal) {
+        if (!write(journal))
+            return book.fail();
+        std::printf("%s\n", qPrintable(QFileInfo(out).absoluteFilePath()));
+        return 0;
+    });
 }
 
 } // namespace

@@ -42,3 +42,14 @@ int ToolBook::fail() const
     std::fprintf(stderr, "kxjournal: %s\n", qPrintable(line));
     return 1;
 }
+
+int ToolBook::run(const QString &url, const QString &code, const std::function<int(ToolBook &, kx::Journal &)> &work)
+{
+    ToolBook book;
+    if (!book.open(url, code))
+        return 1;
+    kx::Journal journal;
+    if (!book.load(journal))
+        return 1;
+    return work(book, journal);
+}

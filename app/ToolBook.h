@@ -3,6 +3,7 @@
 #include <kxjournal/SqlAccContext.h>
 
 #include <QString>
+#include <functional>
 #include <memory>
 
 namespace kx {
@@ -23,6 +24,9 @@ public:
     bool load(kx::Journal &journal);
     /// Tells the latest message of the control on stderr, in one line; returns 1.
     int fail() const;
+    /// Loads book \a code of \a url into a control drawn nowhere and returns
+    /// what \a work returns on it (1 when the book cannot be loaded).
+    static int run(const QString &url, const QString &code, const std::function<int(ToolBook &, kx::Journal &)> &work);
 
 private:
     std::unique_ptr<kx::SqlAccContext> m_context;

@@ -1,0 +1,136 @@
+// GridView: its colours (the host's, or the palette's while the host set
+// none) and the style sheet that draws them.
+#include "kxjournal/GridView.h"
+
+#include "grid/FrozenColumns.h"
+
+#include <QGuiApplication>
+
+namespace kx {
+
+QPalette GridView::basePalette() const
+{
+    // The view's own palette carries its style sheet's colours; the defaults
+    // come from the palette around it.
+    return parentWidget() ? parentWidget()->palette() : QGuiApplication::palette();
+}
+
+QColor GridView::backColor() const
+{
+    return m_backColor.isValid() ? m_backColor : basePalette().color(QPalette::Base);
+}
+
+QColor GridView::backColorFixed() const
+{
+    return m_backColorFixed.isValid() ? m_backColorFixed : basePalette().color(QPalette::Button);
+}
+
+QColor GridView::backColorBkg() const
+{
+    return m_backColorBkg.isValid() ? m_backColorBkg : basePalette().color(QPalette::Mid);
+}
+
+QColor GridView::gridColor() const
+{
+    return m_gridColor.isValid() ? m_gridColor : basePalette().color(QPalette::Midlight).darker(115);
+}
+
+QColor GridView::gridColorFixed() const
+{
+    return m_gridColorFixed.isValid() ? m_gridColorFixed : basePalette().color(QPalette::Mid);
+}
+
+QColor GridView::hotBackColor() const
+{
+    if (m_hotBackColor.isValid())
+        return m_hotBackColor;
+    // The highlight, faint: the row stands out and its texts keep their colours.
+    QColor faint = basePalette().color(QPalette::Highlight);
+    const QColor base = backColor();
+    return QColor((faint.red() + 5 * base.red()) / 6, (faint.green() + 5 * base.green()) / 6,
+                  (faint.blue() + 5 * base.blue()) / 6);
+}
+
+void GridView::setHotBackColor(const QColor &c)
+{
+    m_hotBackColor = c;
+    viewport()->update();
+}
+
+QColor GridView::warnBackColor() const
+{
+    if (m_warnBackColor.isValid())
+        return m_warnBackColor;
+    return backColor().lightness() < 128 ? QColor(0x6b, 0x22, 0x22) : QColor(0xff, 0xdc, 0xdc);
+}
+
+void GridView::setWarnBackColor(const QColor &c)
+{
+    m_warnBackColor = c;
+    viewport()->update();
+}
+
+void GridView::setWarnNegativeKeys(const QStringList &keys)
+{
+    m_warnKeys = keys;
+    viewport()->update();
+}
+
+bool GridView::warnsAt(const QModelIndex &index) const
+{
+    if (!m_model || m_warnKeys.isEmpty() || !index.isValid())
+        return false;
+    const int row = m_model->gridRow(index);
+    const int col = m_model->gridCol(index);
+    return m_warnKeys.contains(m_model->colKey(col)) && !m_model->isEmpty(row, col) &&
+           m_model->amount(row, col) < Currency();
+}
+
+void GridView::setBackColor(const QColor &c)
+{
+    m_backColor = c;
+    viewport()->update();
+}
+
+void GridView::setBackColorFixed(const QColor &c)
+{
+    m_backColorFixed = c;
+    applyLook();
+}
+
+void GridView::setBackColorBkg(const QColor &c)
+{
+    m_backColorBkg = c;
+    applyLook();
+}
+
+void GridView::setGridColor(const QColor &c)
+{
+    m_gridColor = c;
+    applyLook();
+}
+
+void GridView::setGridColorFixed(const QColor &c)
+{
+    m_gridColorFixed = c;
+    applyLook();
+}
+
+void GridView::applyLook()
+{
+    const QString sheet =
+        QStringLiteral("QTableView { background-color: %1; gridline-color: %2; }"
+                       "QHeaderView::section { background-color: %3; border: none;"
+                       " border-right: 1px solid %4; border-bottom: 1px solid %4; padding: 0 2px; }"
+                       "QTableCornerButton::section { background-color: %3; border: none;"
+                       " border-right: 1px solid %4; border-bottom: 1px solid %4; }")
+            .arg(backColorBkg().name(), gridColor().name(), backColorFixed().name(), gridColorFixed().name());
+    // A style sheet changes the palette in turn: set it only when it differs.
+    if (sheet == styleSheet())
+        return;
+    setStyleSheet(sheet);
+    if (m_frozen)
+        m_frozen->setStyleSheet(sheet);
+}
+
+} // namespace kx
