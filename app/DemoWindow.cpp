@@ -1,6 +1,7 @@
 #include "DemoWindow.h"
 
 #include <kxjournal/Database.h>
+#include <kxjournal/GridView.h>
 #include <kxjournal/Journal.h>
 #include <kxjournal/PropertyBag.h>
 #include <kxjournal/SampleBooks.h>
@@ -215,6 +216,10 @@ void DemoWindow::fillBookTree()
 
 bool DemoWindow::mayLeaveBook()
 {
+    // What is still in an open cell counts: it is stored first (and a text
+    // the cell refuses keeps the user where they are).
+    if (m_journal->gridView()->activeEditor() && !m_journal->gridView()->commitEditor())
+        return false;
     if (!m_journal->IsDirty())
         return true;
     const auto answer = QMessageBox::question(

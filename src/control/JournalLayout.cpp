@@ -84,10 +84,16 @@ void JournalPrivate::setUpLayout()
     auto *refit = new QTimer(q);
     refit->setSingleShot(true);
     refit->setInterval(0);
-    QObject::connect(refit, &QTimer::timeout, q, [this] {
+    QObject::connect(refit, &QTimer::timeout, q, [this, refit] {
+        // The grid is still being rewritten: its rows are looked at afterwards.
+        if (!grid->tag().isEmpty()) {
+            refit->start(50);
+            return;
+        }
+        refit->setInterval(0);
         const int first = refitFirst, last = refitLast;
         refitFirst = refitLast = -1;
-        if (first >= 0 && grid->tag().isEmpty())
+        if (first >= 0)
             ColumnFit(*grid, state, [](const QString &t, const QFont &f) { return QFontMetrics(f).horizontalAdvance(t); })
                 .fitFigures(first, last);
     });

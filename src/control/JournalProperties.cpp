@@ -137,6 +137,8 @@ void Journal::ReadProperties(const PropertyBag &bag)
         const QString widths = bag.read(QStringLiteral("ColumnWidths"), QString()).toString();
         FieldChoice::read(d->state.columns, shown, widths);
         ColumnModel::applyChoices(*d->grid, d->state);
+        // A restored width narrower than today's figures still never cuts one.
+        d->fitColumns();
     }
     if (bag.contains(QStringLiteral("LayoutSizes")))
         d->frame->setSizesText(bag.read(QStringLiteral("LayoutSizes"), QString()).toString());

@@ -25,7 +25,9 @@ FrozenColumns::FrozenColumns(GridView *main) : QTableView(main), m_main(main)
     horizontalHeader()->setHighlightSections(false);
     // A delegate of its own that paints as the main view's does: a shared
     // one would hand this view the main view's editors.
-    setItemDelegate(new GridDelegate(main));
+    auto *delegate = new GridDelegate(main);
+    delegate->setParent(this);
+    setItemDelegate(delegate);
     // Both ways: a wheel over the frozen part scrolls the book too.
     connect(verticalScrollBar(), &QScrollBar::valueChanged, main->verticalScrollBar(), &QScrollBar::setValue);
     connect(main->verticalScrollBar(), &QScrollBar::valueChanged, verticalScrollBar(), &QScrollBar::setValue);

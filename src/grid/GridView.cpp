@@ -152,8 +152,11 @@ void GridView::syncCol(int col)
     if (!m_model || !m_model->isDataCol(col))
         return;
     const int c = col - m_model->fixedCols();
-    if (isColumnHidden(c) != m_model->isColHidden(col))
+    if (isColumnHidden(c) != m_model->isColHidden(col)) {
+        // Showing a column gives it back its old width: not the user's doing.
+        QScopedValueRollback<bool> guard(m_syncing, true);
         setColumnHidden(c, m_model->isColHidden(col));
+    }
     const int w = m_model->colWidth(col);
     if (w >= 0 && horizontalHeader()->sectionSize(c) != w && !m_model->isColHidden(col)) {
         QScopedValueRollback<bool> guard(m_syncing, true);
@@ -186,18 +189,24 @@ bool GridView::edit(const QModelIndex &index, EditTrigger trigger, QEvent *event
         setCurrentIndex(index);
     // A frozen cell is edited where it lies in this view: scrolled back into
     // sight, with the frozen part out of its way until the editor closes.
-    if (isFrozenColumn(index.column())) {
+    const bool frozen = isFrozenColumn(index.column());
+    if (frozen) {
         horizontalScrollBar()->setValue(0);
         m_frozen->hide();
     }
     EditCycle *cycle = m_model->editCycle();
-    if (!cycle->begin(m_model->gridRow(index), m_model->gridCol(index)))
+    if (!cycle->begin(m_model->gridRow(index), m_model->gridCol(index))) {
+        if (frozen)
+            m_frozen->show();
         return false;
+    }
     // Typing on a cell replaces what it holds, as in any spreadsheet.
     if (trigger == AnyKeyPressed)
         cycle->setEditText(QString());
     if (!QTableView::edit(index, trigger, event)) {
         cycle->cancel();
+        if (frozen)
+            m_frozen->show();
         return false;
     }
     m_activeEditor = indexWidget(index);

@@ -8,6 +8,17 @@
 
 namespace kx {
 
+namespace {
+
+// A colour read back from a bag that is just the palette's default stays
+// unchosen, so the grid still follows the palette when it changes.
+QColor chosen(const QColor &now, const QColor &wanted, const QColor &shown)
+{
+    return !now.isValid() && wanted == shown ? QColor() : wanted;
+}
+
+} // namespace
+
 QPalette GridView::basePalette() const
 {
     // The view's own palette carries its style sheet's colours; the defaults
@@ -88,31 +99,31 @@ bool GridView::warnsAt(const QModelIndex &index) const
 
 void GridView::setBackColor(const QColor &c)
 {
-    m_backColor = c;
+    m_backColor = chosen(m_backColor, c, backColor());
     viewport()->update();
 }
 
 void GridView::setBackColorFixed(const QColor &c)
 {
-    m_backColorFixed = c;
+    m_backColorFixed = chosen(m_backColorFixed, c, backColorFixed());
     applyLook();
 }
 
 void GridView::setBackColorBkg(const QColor &c)
 {
-    m_backColorBkg = c;
+    m_backColorBkg = chosen(m_backColorBkg, c, backColorBkg());
     applyLook();
 }
 
 void GridView::setGridColor(const QColor &c)
 {
-    m_gridColor = c;
+    m_gridColor = chosen(m_gridColor, c, gridColor());
     applyLook();
 }
 
 void GridView::setGridColorFixed(const QColor &c)
 {
-    m_gridColorFixed = c;
+    m_gridColorFixed = chosen(m_gridColorFixed, c, gridColorFixed());
     applyLook();
 }
 

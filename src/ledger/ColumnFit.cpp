@@ -38,6 +38,10 @@ int ColumnFit::figureWidth(int col, int first, int last) const
     int largestRow = -1;
     Currency largest;
     int widest = 0;
+    // Without a format a figure shows as typed: the longest text may not be the largest.
+    const bool asTyped = m_grid.colFormat(col).isEmpty();
+    int longestRow = -1;
+    qsizetype longest = 0;
     for (int r = first; r <= last; ++r) {
         if (m_grid.isSubtotal(r)) {
             // Two-line totals, few of them: measured as shown.
@@ -47,6 +51,13 @@ int ColumnFit::figureWidth(int col, int first, int last) const
         }
         if (m_grid.isEmpty(r, col))
             continue;
+        if (asTyped) {
+            const qsizetype length = m_grid.text(r, col).size();
+            if (length > longest) {
+                longest = length;
+                longestRow = r;
+            }
+        }
         const Currency v = m_grid.amount(r, col).abs();
         if (largestRow < 0 || largest < v) {
             largest = v;
@@ -59,6 +70,8 @@ int ColumnFit::figureWidth(int col, int first, int last) const
         const QString format = m_grid.colFormat(col);
         widest = std::max(widest, m_measure((-largest).format(format), fontAt(largestRow, col)));
     }
+    if (longestRow >= 0)
+        widest = std::max(widest, measureCell(longestRow, col));
     return widest == 0 ? 0 : widest + Padding;
 }
 

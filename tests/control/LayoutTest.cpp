@@ -130,6 +130,12 @@ TEST(Layout, ColumnsGrowToTheirWidestFigure)
     EXPECT_TRUE(fits(2, "Credit"));
     EXPECT_TRUE(fits(2, "Balance")) << "-987,654,320,098.76 with its sign";
 
+    // Widths a bag brings back never cut a figure either.
+    kx::PropertyBag narrow;
+    narrow.write(QStringLiteral("ColumnWidths"), QStringLiteral("Credit=40"));
+    journal.ReadProperties(narrow);
+    EXPECT_TRUE(fits(2, "Credit"));
+
     ASSERT_TRUE(g->editCycle()->editCell(3, g->colIndex(QStringLiteral("Debit")), QStringLiteral("=9999999999999.99*9")));
     QCoreApplication::processEvents();
     EXPECT_TRUE(fits(3, "Debit"));
@@ -291,6 +297,15 @@ TEST(Layout, ColoursComeFromThePaletteUnlessTheHostSetThem)
     EXPECT_EQ(view->backColor(), dark.color(QPalette::Base));
     EXPECT_LT(view->hotBackColor().lightness(), 100) << "the current row stays dark on a dark palette";
     EXPECT_LT(view->warnBackColor().lightness(), 100);
+    // Written to a bag and read back, the palette's colours stay the palette's.
+    kx::PropertyBag bag;
+    journal->WriteProperties(bag);
+    journal->ReadProperties(bag);
+    QPalette light = dark;
+    light.setColor(QPalette::Base, QColor(0xfa, 0xfa, 0xfa));
+    host.setPalette(light);
+    EXPECT_EQ(view->backColor(), QColor(0xfa, 0xfa, 0xfa));
+
     journal->setBackColor(QColor(250, 250, 240));
     EXPECT_EQ(view->backColor(), QColor(250, 250, 240)) << "the host's colour wins";
     journal->setHotBackColor(QColor(255, 255, 200));
