@@ -149,7 +149,12 @@ int takeShot(DemoWindow &window, const Shot &shot)
         const int row = std::max(journal->Rows() - 24, 1);
         journal->Grid()->setCursor(row, journal->Grid()->colIndex(QStringLiteral("Explain")));
         const QRect cell = journal->gridView()->visualRect(journal->Grid()->indexAt(row, journal->Grid()->colIndex(QStringLiteral("Explain"))));
-        journal->contextMenu()->popup(journal->gridView()->viewport()->mapToGlobal(cell.center()));
+        // Opened high enough that the whole menu lies inside the window's picture.
+        QPoint at = journal->gridView()->viewport()->mapToGlobal(cell.center());
+        const int bottom = window.mapToGlobal(QPoint(0, window.height())).y();
+        at.setY(std::max(window.mapToGlobal(QPoint(0, 0)).y(),
+                         std::min(at.y(), bottom - journal->contextMenu()->sizeHint().height() - 4)));
+        journal->contextMenu()->popup(at);
         over = journal->contextMenu();
     }
     if (shot.preview) {
