@@ -26,6 +26,12 @@ namespace kx {
 
 namespace {
 
+// Widths are measured as the grid paints: the cell's font on the screen.
+int measureText(const QString &text, const QFont &font)
+{
+    return QFontMetrics(font).horizontalAdvance(text);
+}
+
 // The zero colour of a stored look means the host chose none.
 QColor chosen(const QColor &c)
 {
@@ -94,8 +100,7 @@ void JournalPrivate::setUpLayout()
         const int first = refitFirst, last = refitLast;
         refitFirst = refitLast = -1;
         if (first >= 0)
-            ColumnFit(*grid, state, [](const QString &t, const QFont &f) { return QFontMetrics(f).horizontalAdvance(t); })
-                .fitFigures(first, last);
+            ColumnFit(*grid, state, measureText).fitFigures(first, last);
     });
     QObject::connect(grid, &QAbstractItemModel::dataChanged, refit,
                      [this, refit](const QModelIndex &from, const QModelIndex &to) {
@@ -160,9 +165,7 @@ void JournalPrivate::openFieldMenu()
 
 void JournalPrivate::fitColumns()
 {
-    ColumnFit fit(*grid, state, [](const QString &text, const QFont &font) {
-        return QFontMetrics(font).horizontalAdvance(text);
-    });
+    ColumnFit fit(*grid, state, measureText);
     fit.fitFigures();
     fit.fitLabels();
     // The date and the number stay in sight while the rest scrolls sideways,
