@@ -53,6 +53,14 @@ QString BalanceCalculator::pair(Currency first, Currency second) const
     return first.format(m_state.fields.accountFormat) + LineBreak + second.format(m_state.fields.accountFormat);
 }
 
+bool BalanceCalculator::holdsTotals(int row) const
+{
+    // Totals are written as two lines in both amount cells.
+    return BookRow::isSummaryCell(m_grid, row, m_tag) && !m_grid.isEmpty(row, m_outline) &&
+           m_grid.text(row, m_debit).contains(QLatin1Char('\n')) &&
+           m_grid.text(row, m_credit).contains(QLatin1Char('\n'));
+}
+
 void BalanceCalculator::readSummary(int row, Totals &t) const
 {
     twoLines(m_grid.text(row, m_debit), t.periodDebit, t.cumDebit);
@@ -106,8 +114,9 @@ void BalanceCalculator::calculate(int startRow)
         startRow = startRow > m_state.lastSumRow ? m_state.lastSumRow : first;
     if (startRow < first || startRow >= m_grid.rows())
         startRow = first;
-    // Totals are only read from a summary row; a stale anchor starts over.
-    if (startRow != first && (!BookRow::isSummaryCell(m_grid, startRow, m_tag) || m_grid.isEmpty(startRow, m_outline)))
+    // Totals are only read from a summary row that holds them; a stale anchor,
+    // or one as loaded (the database keeps no totals), starts over.
+    if (startRow != first && !holdsTotals(startRow))
         startRow = first;
 
     Totals t;

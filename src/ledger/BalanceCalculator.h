@@ -20,6 +20,8 @@ public:
     BalanceCalculator(GridModel &grid, const LedgerState &state);
 
     /// Recalculates from \a startRow (0: the current row) to the last row.
+    /// A summary row anchors the pass only while it holds the totals of a
+    /// pass; one as loaded makes the pass start at the first data row.
     void calculate(int startRow);
     /// Recalculates after rows from \a row on changed: from the last summary
     /// row when the change lies below it, else from the first data row.
@@ -36,6 +38,7 @@ private:
         Currency balance, fxBalance;
     };
 
+    bool holdsTotals(int row) const;
     void readSummary(int row, Totals &t) const;
     void writeSummary(int row, Totals &t);
     void writeBalance(int row, const Totals &t);
