@@ -228,6 +228,15 @@ public:
     bool rowsShiftedSinceClean() const;
     /// Marks every row clean (what the grid shows is what was stored).
     void markRowsClean();
+    /// Keeps, in the columns \a cols, each row's text as it was at the last
+    /// markRowsClean() when it first changes after it, so that what was
+    /// stored can be told from what was changed since.
+    void setCleanTextCols(const QList<int> &cols);
+    /// Whether \a row was in the grid at the last markRowsClean().
+    bool knowsCleanText(int row) const;
+    /// The text of (row, col) at the last markRowsClean(), for a column given
+    /// to setCleanTextCols() and a row that was there; else text().
+    QString cleanText(int row, int col) const;
     /// Inserts an empty row before grid row \a row (rows() appends).
     void insertRowAt(int row) { insertRowsAt(row, 1); }
     /// Inserts \a count empty rows before grid row \a row (rows() appends).

@@ -271,7 +271,9 @@ bool Journal::Save()
     return d->exclusive(QStringLiteral("Save"), false, [&] {
         BookSaver saver(*d->grid, d->state, *d, d->context());
         const bool saved = saver.save(Caption(), d->instanceNumber());
-        d->edit->clearHistory();
+        // A failed save changes nothing: the steps before it can still be undone.
+        if (saved || saver.reloaded())
+            d->edit->clearHistory();
         if (saver.reloaded())
             Q_EMIT AfterLoaded();
         return saved;

@@ -31,6 +31,18 @@ void rotateOne(Vec &vec, int from, int to)
         std::rotate(vec.begin() + to, vec.begin() + from, vec.begin() + from + 1);
 }
 
+// Where index \a i ends up when the entry at \a from moves to \a to.
+int movedIndex(int i, int from, int to)
+{
+    if (i == from)
+        return to;
+    if (from < to && i > from && i <= to)
+        return i - 1;
+    if (to < from && i >= to && i < from)
+        return i + 1;
+    return i;
+}
+
 } // namespace
 
 CellStore::~CellStore() = default;
@@ -105,8 +117,13 @@ void CellStore::resizeCols(int n)
         row.cells = std::move(cells);
         if (row.extra && !row.extra->data.empty())
             row.extra->data.resize(std::size_t(n));
+        if (row.extra)
+            row.extra->before.erase(std::remove_if(row.extra->before.begin(), row.extra->before.end(),
+                                                   [n](const auto &kept) { return kept.first >= n; }),
+                                    row.extra->before.end());
     }
     m_cols = n;
+    m_kept.resize(std::size_t(n));
 }
 
 void CellStore::insertRows(int at, int count)
@@ -145,7 +162,12 @@ void CellStore::moveCol(int from, int to)
             std::rotate(cells + to, cells + from, cells + from + 1);
         if (row.extra && !row.extra->data.empty())
             rotateOne(row.extra->data, from, to);
+        if (row.extra)
+            for (auto &kept : row.extra->before)
+                kept.first = movedIndex(kept.first, from, to);
     }
+    if (std::size_t(std::max(from, to)) < m_kept.size())
+        rotateOne(m_kept, from, to);
 }
 
 void CellStore::adopt(CellArray &array, int firstRow, int firstCol)
@@ -239,12 +261,44 @@ bool CellStore::setTyped(int row, int col, Cell next)
 
 void CellStore::put(int row, int col, Cell next)
 {
-    Cell &slot = m_rows[std::size_t(row)].cells[std::size_t(col)];
+    Row &r = m_rows[std::size_t(row)];
+    Cell &slot = r.cells[std::size_t(col)];
     if (m_log)
         logValue(row, col, slot);
+    if ((r.flags & Pristine) && std::size_t(col) < m_kept.size() && m_kept[std::size_t(col)])
+        keepBefore(r, col, slot);
     release(slot);
     slot = next;
-    m_rows[std::size_t(row)].flags |= Touched;
+    r.flags |= Touched;
+}
+
+void CellStore::keepBefore(Row &row, int col, Cell cell)
+{
+    if (!row.extra)
+        row.extra = std::make_unique<RowExtra>();
+    auto &before = row.extra->before;
+    for (const auto &kept : before)
+        if (kept.first == col)
+            return;  // the first change since the clean mark has it
+    before.emplace_back(col, cell.kind() == Cell::Text ? m_pool.text(std::uint32_t(cell.payload())) : cell.typedText());
+}
+
+void CellStore::setKeptCols(const std::vector<bool> &kept)
+{
+    m_kept = kept;
+    m_kept.resize(std::size_t(m_cols));
+}
+
+QString CellStore::cleanText(int row, int col) const
+{
+    if (!knowsClean(row))
+        return text(row, col);
+    const auto &extra = m_rows[std::size_t(row)].extra;
+    if (extra)
+        for (const auto &kept : extra->before)
+            if (kept.first == col)
+                return kept.second;
+    return text(row, col);
 }
 
 Currency CellStore::textAmount(Cell c) const
@@ -363,8 +417,11 @@ void CellStore::setRowFlag(int row, RowFlag flag, bool on)
 
 void CellStore::markAllClean()
 {
-    for (Row &r : m_rows)
-        r.flags &= std::uint8_t(~Touched);
+    for (Row &r : m_rows) {
+        r.flags = std::uint8_t((r.flags & ~Touched) | Pristine);
+        if (r.extra)
+            r.extra->before.clear();
+    }
 }
 
 void CellStore::setRowHeight(int row, int height)

@@ -56,6 +56,7 @@ public:
         std::int8_t mark = 0;
         std::uint8_t outline = 0;
         std::uint8_t flags = 0;
+        std::vector<std::pair<int, QString>> before;  ///< (column, text as of the last clean mark)
     };
     /// A copy of row \a row.
     RowCopy copyRow(int row) const;
@@ -117,13 +118,21 @@ public:
     void setRowData(int row, const QVariant &value);
 
     /// Per-row flags.
-    enum RowFlag : std::uint8_t { Hidden = 1, Subtotal = 2, Touched = 4, SmallMark = 8 };
+    enum RowFlag : std::uint8_t { Hidden = 1, Subtotal = 2, Touched = 4, SmallMark = 8, Pristine = 16 };
     /// Whether \a flag is set on \a row.
     bool rowFlag(int row, RowFlag flag) const { return row >= 0 && row < rows() && (m_rows[std::size_t(row)].flags & flag); }
     /// Sets or clears \a flag on \a row.
     void setRowFlag(int row, RowFlag flag, bool on);
-    /// Clears Touched on every row.
+    /// Clears Touched on every row; every row becomes Pristine: the first
+    /// change of a kept column from now on keeps the text it replaces.
     void markAllClean();
+    /// The columns whose texts as of the last clean mark are kept when they change.
+    void setKeptCols(const std::vector<bool> &kept);
+    /// Whether \a row was there at the last clean mark (its clean texts are known).
+    bool knowsClean(int row) const { return rowFlag(row, Pristine); }
+    /// The text of (row, col) as of the last clean mark, when the column is
+    /// kept and the row was there; else the text as it stands.
+    QString cleanText(int row, int col) const;
     /// Row height (-1: the default).
     int rowHeight(int row) const { return row >= 0 && row < rows() ? m_rows[std::size_t(row)].height : -1; }
     /// Sets a row height (-1: the default).
@@ -146,6 +155,7 @@ private:
     struct RowExtra {
         std::vector<QVariant> data;  ///< empty, or one per column
         QVariant rowData;
+        std::vector<std::pair<int, QString>> before;  ///< kept columns changed since the clean mark
     };
     struct Row {
         std::unique_ptr<Cell[]> cells;
@@ -171,12 +181,15 @@ private:
     void logValue(int row, int col, Cell before);
     /// Replaces the cell at (row, col), which differs from \a next.
     void put(int row, int col, Cell next);
+    /// Keeps the text of \a cell, about to be replaced in kept column \a col of \a row.
+    void keepBefore(Row &row, int col, Cell cell);
     static bool irregular(const Row &row) { return row.height >= 0 || (row.flags & Hidden); }
     void countIrregular(const Row &row, int delta) { m_irregular += irregular(row) ? delta : 0; }
 
     std::vector<Row> m_rows;
     int m_cols = 0;
     int m_irregular = 0;
+    std::vector<bool> m_kept;  ///< per column: keep its text as of the clean mark
     TextPool m_pool;
     GridChangesData *m_log = nullptr;
 };

@@ -20,6 +20,7 @@ CellStore::RowCopy CellStore::copyRow(int row) const
     if (r.extra) {
         copy.data = r.extra->data;
         copy.rowData = r.extra->rowData;
+        copy.before = r.extra->before;
     }
     copy.height = r.height;
     copy.mark = r.mark;
@@ -41,12 +42,13 @@ void CellStore::restoreRow(int row, const RowCopy &copy)
     for (const auto &[col, text] : copy.texts)
         if (col >= 0 && col < m_cols)
             r.cells[std::size_t(col)] = Cell::text(m_pool.intern(text));
-    if (!copy.data.empty() || copy.rowData.isValid()) {
+    if (!copy.data.empty() || copy.rowData.isValid() || !copy.before.empty()) {
         r.extra = std::make_unique<RowExtra>();
         r.extra->data = copy.data;
         if (!r.extra->data.empty())
             r.extra->data.resize(std::size_t(m_cols));
         r.extra->rowData = copy.rowData;
+        r.extra->before = copy.before;
     }
     r.height = copy.height;
     r.mark = copy.mark;

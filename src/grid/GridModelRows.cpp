@@ -115,6 +115,25 @@ void GridModel::markRowsClean()
     d->rowsShifted = false;
 }
 
+void GridModel::setCleanTextCols(const QList<int> &cols)
+{
+    std::vector<bool> kept(std::size_t(std::max(0, this->cols())));
+    for (int c : cols)
+        if (c >= 0 && std::size_t(c) < kept.size())
+            kept[std::size_t(c)] = true;
+    d->store.setKeptCols(kept);
+}
+
+bool GridModel::knowsCleanText(int row) const
+{
+    return d->store.knowsClean(row);
+}
+
+QString GridModel::cleanText(int row, int col) const
+{
+    return d->store.cleanText(row, col);
+}
+
 void GridModel::insertRowsAt(int row, int count)
 {
     if (count <= 0)

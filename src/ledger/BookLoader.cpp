@@ -13,6 +13,7 @@
 #include "ledger/LedgerState.h"
 #include "ledger/RowLook.h"
 #include "ledger/StoredForms.h"
+#include "ledger/StoredRecords.h"
 #include "ledger/SummaryRows.h"
 
 #include "grid/CellArrayData.h"
@@ -151,6 +152,9 @@ BookLoader::Outcome BookLoader::load(int docId)
         ColumnModel::define(m_grid, m_state);
     }
     ColumnModel::applyFormats(m_grid, m_state);
+    // What each record held as read, for a save to tell its changes from
+    // other users' (balances are worked out again, never compared).
+    m_grid.setCleanTextCols(StoredRecords::enteredColumns(JournalColumns(m_grid)));
     // Dressing wrote labels and locks; from here on a touched row is one whose
     // values differ from the stored ones (or that was never stored, or is not
     // stored at its place in the grid).

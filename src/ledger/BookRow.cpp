@@ -40,6 +40,16 @@ QDate BookRow::date() const
     return m_grid->date(m_row, (*m_columns)[JournalColumns::JnlDate]);
 }
 
+QString BookRow::cleanText(JournalColumns::Column column) const
+{
+    return m_grid->cleanText(m_row, (*m_columns)[column]);
+}
+
+bool BookRow::knowsClean() const
+{
+    return m_grid->knowsCleanText(m_row);
+}
+
 bool BookRow::isDated() const
 {
     return date().isValid();

@@ -51,6 +51,11 @@ public:
     Currency amount(JournalColumns::Column column) const;
     /// The cell of \a column as a whole number (0 when empty or not a number).
     qint64 number(JournalColumns::Column column) const;
+    /// The cell text of \a column as it was at the last load or save (see
+    /// GridModel::cleanText()).
+    QString cleanText(JournalColumns::Column column) const;
+    /// Whether the row was in the grid at the last load or save.
+    bool knowsClean() const;
     /// A hash of the texts of \a columns[0…count), in that order (see GridModel::textsHash()).
     quint64 textsHash(const JournalColumns::Column *columns, int count) const;
 

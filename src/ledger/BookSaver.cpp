@@ -8,6 +8,7 @@
 #include "ledger/BookLoader.h"
 #include "ledger/BookRow.h"
 #include "ledger/ConflictCheck.h"
+#include "ledger/ConflictMerge.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "ledger/StoredRecords.h"
@@ -36,12 +37,11 @@ bool BookSaver::save(const QString &caption, int instance)
         return false;
     }
     if (m_state.dirty) {
-        // Each round adds the records the user chose to write over, so it ends.
-        QSet<int> overwrite;
-        for (;;) {
+        // Each round merges what others stored since the last; a round only
+        // comes again when somebody stored more in between.
+        for (int round = 0;; ++round) {
             m_conflicts.clear();
-            m_conflictRows.clear();
-            const Result<void> written = writeRecords(overwrite);
+            const Result<void> written = writeRecords();
             if (written.ok())
                 break;
             m_host.progress(-1);
@@ -49,26 +49,32 @@ bool BookSaver::save(const QString &caption, int instance)
                 m_host.prompt(written.error(), false);
                 return false;
             }
-            if (!m_host.ask(conflictQuestion())) {
-                const BookLoader::Outcome reload = BookLoader(m_grid, m_state, m_host, m_acc).load(m_state.savedDocId());
-                m_reloaded = reload == BookLoader::Loaded || reload == BookLoader::Empty;
-                // What the grid shows now is what is stored.
-                if (m_reloaded)
-                    m_state.dirty = false;
-                m_host.prompt(m_reloaded ? QStringLiteral("没有存储：已重新读入账簿，显示其他用户存储的内容。")
-                                         : QStringLiteral("没有存储：其他用户已修改了这些记录。"),
-                              false);
+            if (round == MergeRounds) {
+                m_host.prompt(QStringLiteral("其他用户正在不断修改这些记录，没有存储。请稍后再存储。"), false);
                 return false;
             }
-            for (int key : std::as_const(m_conflicts))
-                overwrite.insert(key);
+            ConflictMerge merge(m_grid, m_state, m_host);
+            const Result<void> merged = merge.merge(m_acc->Connection(), m_conflicts, m_state.savedDocId());
+            if (!merged.ok()) {
+                m_host.prompt(merged.error(), false);
+                return false;
+            }
+            m_readAgain = m_readAgain || merge.tookStored();
         }
-    } else if (const Result<void> reachable = reachDatabase(); !reachable.ok()) {
+        } else if (const Result<void> reachable = reachDatabase(); !reachable.ok()) {
         // Nothing to write, but "stored" must still mean the database has it.
         m_host.prompt(reachable.error(), false);
         return false;
     }
     m_state.dirty = false;
+    if (m_readAgain) {
+        // Values taken from other users show with their names and labels.
+        const int row = m_grid.row();
+        const BookLoader::Outcome reload = BookLoader(m_grid, m_state, m_host, m_acc).load(m_state.savedDocId());
+        m_reloaded = reload == BookLoader::Loaded || reload == BookLoader::Empty;
+        if (m_reloaded)
+            m_grid.setCursor(std::min(row, m_grid.rows() - 1), m_grid.col());
+    }
     if (m_acc)
         m_acc->SaveNotice(QStringLiteral("%1|All|JournalRec|%2||").arg(instance).arg(m_state.savedDocId()));
     m_host.prompt(QStringLiteral("已存储“") + caption + QStringLiteral("”的记录;"), false);
@@ -100,30 +106,31 @@ bool BookSaver::anyDatedAfter(int row) const
     return false;
 }
 
-Result<void> BookSaver::checkConflicts(const Database &db, const std::vector<RecordValues> &records,
-                                       const QSet<int> &overwrite)
+Result<void> BookSaver::checkConflicts(const Database &db, const std::vector<RecordValues> &records)
 {
     QList<int> keys;
     QHash<int, int> rows;
     for (const RecordValues &rec : records) {
-        if (rec.recId > 0 && !overwrite.contains(rec.recId)) {
+        if (rec.recId > 0) {
             keys << rec.recId;
             rows.insert(rec.recId, rec.gridRow);
         }
     }
     for (int key : std::as_const(m_state.removedRecords))
-        if (key > 0 && !overwrite.contains(key))
+        if (key > 0)
             keys << key;
-    const Result<QList<int>> changed = ConflictCheck(db, m_state.stored).changedElsewhere(keys, m_state.savedDocId());
+    QList<int> gone;
+    const Result<QList<int>> changed = ConflictCheck(db, m_state.stored).changedElsewhere(keys, m_state.savedDocId(), &gone);
     if (!changed.ok())
         return Error(changed.error());
-    for (int key : changed.value()) {
-        m_conflicts << key;
+    for (int key : changed.value())
+        m_conflicts.insert(key, rows.value(key, -1));
+    // A record gone that this user removed too is no conflict.
+    for (int key : std::as_const(gone))
         if (rows.contains(key))
-            m_conflictRows.insert(key, rows.value(key));
-    }
+            m_conflicts.insert(key, rows.value(key));
     if (!m_conflicts.isEmpty())
-        return Error(conflictQuestion());
+        return Error(QStringLiteral("其他用户修改了这些记录。"));
     return {};
 }
 
@@ -155,28 +162,35 @@ QString BookSaver::badAmount(const JournalColumns &columns, const BookRow &row, 
     return {};
 }
 
-QString BookSaver::conflictQuestion() const
+bool BookSaver::holdsRecord(const BookRow &row)
 {
-    const JournalColumns columns(m_grid);
-    QStringList lines;
-    for (int key : m_conflicts) {
-        if (lines.size() == 10) {
-            lines << QStringLiteral("……共 %1 条").arg(m_conflicts.size());
-            break;
-        }
-        const auto at = m_conflictRows.constFind(key);
-        if (at == m_conflictRows.constEnd()) {
-            lines << QStringLiteral("已删除的记录（编号 %1）").arg(key);
-            continue;
-        }
-        const BookRow row(m_grid, columns, at.value());
-        lines << QStringLiteral("第%1行 %2 %3").arg(at.value()).arg(row.dateText(), row.text(JournalColumns::Explain));
+    // What a user types or pastes into a record; balances, directions and a
+    // rate carried down are filled in by the control.
+    static const JournalColumns::Column typed[] = {
+        JournalColumns::JnlNo,  JournalColumns::AccName, JournalColumns::AccID,  JournalColumns::Explain,
+        JournalColumns::Debit,  JournalColumns::Credit,  JournalColumns::Forex,  JournalColumns::Field1,
+        JournalColumns::Field2, JournalColumns::Field3,  JournalColumns::Field4, JournalColumns::Remark};
+    for (JournalColumns::Column c : typed) {
+        if (c == JournalColumns::AccID ? row.number(c) != 0 : !row.text(c).trimmed().isEmpty())
+            return true;
     }
-    return QStringLiteral("以下记录在您读入之后已被其他用户修改并存储：\n") + lines.join(QLatin1Char('\n')) +
-           QStringLiteral("\n\n选“是”用您的内容覆盖它们；选“否”放弃您所有未存储的修改，重新读入账簿。");
+    return false;
 }
 
-Result<void> BookSaver::writeRecords(const QSet<int> &overwrite)
+QString BookSaver::undatedRows(const QList<int> &rows)
+{
+    QStringList named;
+    for (int r : rows) {
+        if (named.size() == 10)
+            break;
+        named << QStringLiteral("第%1行").arg(r);
+    }
+    const QString more = rows.size() > named.size() ? QStringLiteral("等 %1 行").arg(rows.size()) : QString();
+    return named.join(QStringLiteral("、")) + more +
+           QStringLiteral("有内容但没有日期，没有存储任何记录。请输入日期，或删除这些行后再存储。");
+}
+
+Result<void> BookSaver::writeRecords()
 {
     m_notStored.clear();
     if (!m_acc)
@@ -202,6 +216,7 @@ Result<void> BookSaver::writeRecords(const QSet<int> &overwrite)
     // changed ones, and rows whose place (the stored Row) moved.
     std::vector<RecordValues> records;
     std::vector<quint64> prints;  // what each written record will be known by
+    QList<int> undated;           // rows with a record's content and no date
     int reported = -1;
     const bool shifted = m_grid.rowsShiftedSinceClean();
     // PostgreSQL text cannot hold NUL: it goes before the row is compared or written.
@@ -220,9 +235,13 @@ Result<void> BookSaver::writeRecords(const QSet<int> &overwrite)
         if (!m_grid.isRowTouched(r) && row.number(JournalColumns::Row) == r && row.recId() > 0)
             continue;
         // Rows without a date are never stored: blank rows and the empty row
-        // at the bottom; nor are records holding values this control cannot hold.
-        if (!row.isDated())
+        // at the bottom; one that holds anything else stops the save.
+        if (!row.isDated()) {
+            if (holdsRecord(row))
+                undated << r;
             continue;
+        }
+        // Nor are records holding values this control cannot hold.
         if (m_state.unwritable.contains(row.recId())) {
             if (m_grid.isRowTouched(r))
                 m_notStored << r;
@@ -247,6 +266,12 @@ Result<void> BookSaver::writeRecords(const QSet<int> &overwrite)
         }
     }
 
+    if (!undated.isEmpty()) {
+        const int show = columns[JournalColumns::ShowName];
+        m_grid.setCursor(undated.first(), show >= 0 ? show : columns[JournalColumns::JnlDate]);
+        return Error(undatedRows(undated));
+    }
+
     Transaction tx(db);
     if (!tx.ok())
         return Error(tx.error());
@@ -259,8 +284,8 @@ Result<void> BookSaver::writeRecords(const QSet<int> &overwrite)
             return snapshot;
     }
     // Nothing is written over a change somebody else stored since this
-    // control read the record, unless the user said so.
-    if (const Result<void> checked = checkConflicts(db, records, overwrite); !checked.ok())
+    // control read the record before it is merged.
+    if (const Result<void> checked = checkConflicts(db, records); !checked.ok())
         return checked;
     const auto writer = RecordWriter::create(db);
     for (int key : m_state.removedRecords) {

@@ -25,7 +25,8 @@ struct LedgerState;
 /// all in one transaction. A pass that fails leaves the database as it was,
 /// the grid's keys unchanged, the removed rows still waiting and the grid
 /// still dirty. A record somebody else changed since this control read it is
-/// not written over unless the user says so; otherwise the book is read again.
+/// merged field by field first (ConflictMerge); the book is read again after
+/// a save that took values from the database.
 class BookSaver
 {
 public:
@@ -37,17 +38,19 @@ public:
     /// when dirty, then notifies the context (\a instance tells this control
     /// from others) and reports "已存储“\a caption”的记录;".
     bool save(const QString &caption, int instance);
-    /// True when the user chose the stored records over their own changes
-    /// and the book was read again.
+    /// True when the save took values other users stored and read the book again.
     bool reloaded() const { return m_reloaded; }
 
 private:
-    /// Writes the pass; the records in \a overwrite are written even when
-    /// changed elsewhere. Fails with m_conflicts filled when others are.
-    Result<void> writeRecords(const QSet<int> &overwrite);
-    Result<void> checkConflicts(const Database &db, const std::vector<RecordValues> &records,
-                                const QSet<int> &overwrite);
-    QString conflictQuestion() const;
+    static constexpr int MergeRounds = 20;
+    /// Writes the pass. Fails with m_conflicts filled when records it would
+    /// write or delete were changed or deleted elsewhere since they were read.
+    Result<void> writeRecords();
+    Result<void> checkConflicts(const Database &db, const std::vector<RecordValues> &records);
+    /// Whether \a row holds anything a user enters into a record.
+    static bool holdsRecord(const BookRow &row);
+    /// The refusal naming rows that hold a record but no date.
+    static QString undatedRows(const QList<int> &rows);
     /// What is wrong with the first amount \a rec would store for \a row
     /// ("" when nothing): past the money range, or a text that is no amount.
     QString badAmount(const JournalColumns &columns, const BookRow &row, const RecordValues &rec) const;
@@ -59,8 +62,8 @@ private:
     LedgerState &m_state;
     LedgerHost &m_host;
     AccContext *m_acc;
-    QList<int> m_conflicts;             // keys changed elsewhere, found by the last pass
-    QHash<int, int> m_conflictRows;     // their grid rows (removed ones have none)
+    QHash<int, int> m_conflicts;        // keys changed elsewhere → grid row (-1: removed here)
+    bool m_readAgain = false;           // the grid took stored values: read the book again once stored
     bool m_reloaded = false;
     QList<int> m_notStored;             // rows edited that hold values this control cannot store
 };

@@ -10,7 +10,7 @@
 
 namespace kx {
 
-Result<QList<int>> ConflictCheck::changedElsewhere(const QList<int> &keys, int docId) const
+Result<QList<int>> ConflictCheck::changedElsewhere(const QList<int> &keys, int docId, QList<int> *gone) const
 {
     QSet<int> remembered;
     for (int key : keys)
@@ -32,6 +32,9 @@ Result<QList<int>> ConflictCheck::changedElsewhere(const QList<int> &keys, int d
         if (!read.ok())
             return Error(read.error());
     }
+    // What no read found is no longer stored.
+    if (gone)
+        *gone = QList<int>(remembered.cbegin(), remembered.cend());
     return changed;
 }
 

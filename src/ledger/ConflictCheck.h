@@ -25,9 +25,10 @@ public:
     ConflictCheck(const Database &db, const StoredRecords &stored) : m_db(db), m_stored(stored) {}
 
     /// The keys among \a keys (records of book \a docId) whose stored record
-    /// differs from what was remembered. A key not remembered, or whose record
-    /// is gone, is no conflict: a new row, or one the save adds again.
-    Result<QList<int>> changedElsewhere(const QList<int> &keys, int docId) const;
+    /// differs from what was remembered. A key not remembered is no conflict
+    /// (a new row); one remembered whose record is gone goes to \a gone when
+    /// given, else counts as no conflict.
+    Result<QList<int>> changedElsewhere(const QList<int> &keys, int docId, QList<int> *gone = nullptr) const;
 
     /// Called with each record read back, as a row of a grid of its own
     /// (the visit may change its cells).

@@ -105,6 +105,66 @@ quint64 StoredRecords::fingerprint(const BookRow &row, int docId, int storedRow,
     return hashMix(h, quint64(docId));
 }
 
+const std::vector<StoredRecords::Entered> &StoredRecords::entered()
+{
+    static const std::vector<Entered> fields = [] {
+        std::vector<Entered> out;
+        for (const Source &s : Sources) {
+            if (s.field == F::Balance || s.field == F::fxBalance)
+                continue;
+            const FieldValue::Kind kind = s.as == As::Text     ? FieldValue::Text
+                                          : s.as == As::Amount ? FieldValue::Amount
+                                                               : FieldValue::Number;
+            out.push_back({s.field, s.column, kind});
+        }
+        return out;
+    }();
+    return fields;
+}
+
+QList<int> StoredRecords::enteredColumns(const JournalColumns &columns)
+{
+    QList<int> cols;
+    for (const Entered &f : entered())
+        if (columns[f.column] >= 0)
+            cols << columns[f.column];
+    return cols;
+}
+
+FieldValue StoredRecords::valueOf(FieldValue::Kind kind, const QString &text)
+{
+    switch (kind) {
+    case FieldValue::Text: return FieldValue::of(text);
+    case FieldValue::Amount: {
+        const int cr = int(text.indexOf(QLatin1Char('\r')));
+        return FieldValue::of(Currency::fromText(cr < 0 ? QStringView(text) : QStringView(text).left(cr)).valueOr(Currency()));
+    }
+    case FieldValue::Number: {
+        bool ok = false;
+        const qint64 n = text.trimmed().toLongLong(&ok);
+        if (ok)
+            return FieldValue::of(n);
+        const Currency a = Currency::fromText(text).valueOr(Currency());
+        return FieldValue::of(a.isValid() ? a.raw() / Currency::Scale : 0);
+    }
+    }
+    return {};
+}
+
+bool StoredRecords::sameAsLoaded(const BookRow &row, const Entered &field)
+{
+    if (!row.knowsClean())
+        return false;
+    const FieldValue now = valueOf(field.kind, row.text(field.column));
+    const FieldValue then = valueOf(field.kind, row.cleanText(field.column));
+    return now.number == then.number && now.text == then.text;
+}
+
+bool StoredRecords::writes(const BookRow &row, const Entered &field, bool opening)
+{
+    return writesAmounts(row, opening) || !isAmountField(field.field);
+}
+
 bool StoredRecords::holds(int recId, quint64 print) const
 {
     quint64 known = 0;

@@ -3,7 +3,10 @@
 #include <QStringList>
 
 #include "data/RecordWriter.h"
+#include "ledger/JournalColumns.h"
 #include "ledger/RecordPrints.h"
+
+#include <vector>
 
 namespace kx {
 
@@ -25,6 +28,26 @@ public:
     /// The fingerprint of the fields recordOf() would give for the same
     /// arguments, read straight off the cells (no text is made).
     static quint64 fingerprint(const BookRow &row, int docId, int storedRow, bool opening);
+
+    /// A field a user enters (balances, worked out by the control, are not).
+    struct Entered {
+        RecordField field;
+        JournalColumns::Column column;
+        FieldValue::Kind kind;
+    };
+    /// Every entered field, in stored order.
+    static const std::vector<Entered> &entered();
+    /// The grid columns of the entered fields.
+    static QList<int> enteredColumns(const JournalColumns &columns);
+    /// The value of an entered field of kind \a kind whose cell reads \a text,
+    /// as recordOf() would store it (an amount by its first line).
+    static FieldValue valueOf(FieldValue::Kind kind, const QString &text);
+    /// Whether the value \a field stores for \a row is the one it had at
+    /// the last load or save; a row that was not there then has none.
+    static bool sameAsLoaded(const BookRow &row, const Entered &field);
+    /// Whether a save writes \a field of \a row (a summary row keeps its
+    /// stored amounts; \a opening: the book's first row, which writes them).
+    static bool writes(const BookRow &row, const Entered &field, bool opening);
 
     /// Forgets everything (a new book is loaded).
     void clear() { m_prints.clear(); }

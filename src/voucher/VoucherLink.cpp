@@ -117,6 +117,12 @@ int VoucherLink::write(const QList<int> &rows, int voucherId)
         m_host.prompt(NoContext, false);
         return 0;
     }
+    // A link names a voucher that exists; an empty label would be all the user sees of one that does not.
+    const QString label = voucherId > 0 ? VoucherDirectory(acc->Connection()).label(voucherId) : QString();
+    if (voucherId > 0 && label.isEmpty()) {
+        m_host.prompt(QStringLiteral("没有找到编号为 %1 的凭证，凭证链接没有改变。").arg(voucherId), false);
+        return 0;
+    }
     const JournalColumns columns(m_grid);
     QList<int> stored, unsaved;
     for (int r : rows) {
@@ -144,7 +150,6 @@ int VoucherLink::write(const QList<int> &rows, int voucherId)
         m_state.dirty = true;
         m_host.markDirty();
     }
-    const QString label = VoucherDirectory(acc->Connection()).label(voucherId);
     for (int r : std::as_const(done)) {
         const BookRow line(m_grid, columns, r);
         line.setText(JournalColumns::AccDoc, label);
@@ -189,6 +194,10 @@ Result<void> VoucherLink::writeStored(const QList<int> &rows, int voucherId, QLi
             db, db.dialect().storedRecords(keys.mid(from, Chunk)), [&](const BookRow &rec) {
                 const int gridRow = rowOf.value(rec.recId());
                 found.insert(rec.recId());
+                if (int(rec.number(JournalColumns::DocID)) != m_state.savedDocId()) {
+                    refused << QStringLiteral("第%1行的记录已被他人移到别的日记账").arg(gridRow);
+                    return;
+                }
                 const int linkedThere = rec.dirId();
                 if (linkedThere != BookRow(m_grid, columns, gridRow).dirId()) {
                     refused << QStringLiteral("第%1行的记录已被他人链接到别的凭证").arg(gridRow);

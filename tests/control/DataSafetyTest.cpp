@@ -173,13 +173,13 @@ TEST_P(DataSafety, ChangesSavedElsewhereAreNeverOverwrittenWithoutAsking)
         return answer;
     });
     edit(*b, row2, QStringLiteral("乙也改第二行"));
-    EXPECT_FALSE(b->Save());
+    EXPECT_TRUE(b->Save());
     ASSERT_EQ(questions.size(), 1);
     EXPECT_TRUE(questions.first().contains(QStringLiteral("其他用户"))) << questions.first().toStdString();
     EXPECT_TRUE(questions.first().contains(QString::number(row2))) << "the question names the row";
-    EXPECT_EQ(storedExplain(key2), QStringLiteral("甲改第二行")) << "No: nothing written";
+    EXPECT_EQ(storedExplain(key2), QStringLiteral("甲改第二行")) << "No: their text stays";
     EXPECT_EQ(b->Grid()->text(row2, QStringLiteral("Explain")), QStringLiteral("甲改第二行"))
-        << "No: the book is read again and shows what is stored";
+        << "No: the grid shows what is stored";
     EXPECT_FALSE(b->IsDirty());
 
     // Asked again after another change elsewhere, B keeps its own version.
@@ -207,7 +207,7 @@ TEST_P(DataSafety, AChangeElsewhereIsFoundWhenTheWholeBookIsWritten)
     const int key = keyAt(*journal, theirs);
     ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set Remark=? Where RecID=?"), {QStringLiteral("别人的"), key}})
                     .ok());
-    for (int r = g->fixedRows(); r < g->rows(); ++r)
+    for (int r = g->fixedRows(); r < g->rows() - 1; ++r)  // not the empty row waiting at the bottom
         g->setText(r, QStringLiteral("Remark"), QStringLiteral("全部重写"));
     journal->setIsDirty(true);
     QStringList questions;
@@ -316,7 +316,7 @@ TEST_P(DataSafety, OddStoredValuesAreReadOrLeftAloneNeverDestroyed)
 
     // Every row is touched and saved: the readable one is written, the odd one left as it is stored.
     kx::GridModel *g = journal->Grid();
-    for (int r = g->fixedRows(); r < g->rows(); ++r)
+    for (int r = g->fixedRows(); r < g->rows() - 1; ++r)  // not the empty row waiting at the bottom
         g->setText(r, QStringLiteral("Remark"), QStringLiteral("都改"));
     journal->setIsDirty(true);
     said.clear();
@@ -400,7 +400,7 @@ TEST_P(DataSafety, RandomRoundsOfThreeWritersLoseNothingAndAlwaysAskOnOverlap)
             stored[key] = text;
             c.seen[key] = text;
         } else {
-            ASSERT_FALSE(saved);
+            ASSERT_TRUE(saved) << "their text is taken, nothing else was changed";
             c.seen = stored;  // the book was read again
         }
     }

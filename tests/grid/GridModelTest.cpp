@@ -1,6 +1,7 @@
 #include "QtPrinters.h"
 
 #include <kxjournal/EditCycle.h>
+#include <kxjournal/GridChanges.h>
 #include <kxjournal/GridModel.h>
 
 #include <QAbstractItemModelTester>
@@ -314,4 +315,40 @@ TEST(GridModel, ProgrammaticEditsRunTheWholeCycle)
 
     g.setEditable(false);
     EXPECT_FALSE(cycle->editCell(2, 1, QStringLiteral("x")));
+}
+
+// What a row held at the last clean mark is kept for the columns asked for,
+// wherever the row or the column moves, and through a removal undone.
+TEST(GridModel, CleanTextsFollowTheirRowsAndColumns)
+{
+    GridModel g;
+    fill(g, 4);
+    g.setCleanTextCols({1, 3});
+    g.markRowsClean();
+    g.setText(2, 1, QStringLiteral("new"));
+    g.setText(2, 1, QStringLiteral("newer"));
+    g.setText(2, 2, QStringLiteral("not kept"));
+    EXPECT_EQ(g.cleanText(2, 1), QStringLiteral("r2c1")) << "the first change keeps the clean text";
+    EXPECT_EQ(g.cleanText(2, 2), QStringLiteral("not kept")) << "a column not asked for reads as it stands";
+    EXPECT_EQ(g.cleanText(3, 1), QStringLiteral("r3c1"));
+
+    g.moveRowTo(2, 4);
+    EXPECT_EQ(g.cleanText(4, 1), QStringLiteral("r2c1"));
+    g.moveColTo(1, 4);
+    EXPECT_EQ(g.cleanText(4, 4), QStringLiteral("r2c1"));
+    EXPECT_EQ(g.text(4, 4), QStringLiteral("newer"));
+
+    g.insertRowAt(1);
+    EXPECT_FALSE(g.knowsCleanText(1)) << "a new row has no clean texts";
+    EXPECT_TRUE(g.knowsCleanText(5));
+    g.beginChanges();
+    g.removeRowAt(5);
+    const kx::GridChanges removal = g.endChanges();
+    g.revertChanges(removal);
+    EXPECT_TRUE(g.knowsCleanText(5));
+    EXPECT_EQ(g.cleanText(5, 4), QStringLiteral("r2c1")) << "undoing a removal brings the clean texts back";
+
+    g.markRowsClean();
+    EXPECT_EQ(g.cleanText(5, 4), QStringLiteral("newer")) << "a clean mark makes the texts as they stand the clean ones";
+    EXPECT_TRUE(g.knowsCleanText(1));
 }

@@ -195,7 +195,13 @@ TEST_P(Saving, RecordDeletedElsewhereIsAddedAgainWithANewKeyOnlyWhenChangedHere)
     ASSERT_TRUE(db.run(db.dialect().deleteRecord(untouched)).ok());
     g->setText(2, QStringLiteral("Explain"), QStringLiteral("提取备用金（改）"));
     journal->setIsDirty(true);
+    QStringList questions;
+    journal->setAsker([&](const QString &text, const QString &) {
+        questions << text;
+        return true;  // keep this user's record
+    });
     ASSERT_TRUE(journal->Save());
+    EXPECT_EQ(questions.size(), 1) << "a record deleted there and changed here is asked about";
     const int again = int(g->value(2, QStringLiteral("RecID")));
     EXPECT_GT(again, key);
     EXPECT_EQ(count(), 3) << "the record nobody changed here stays deleted, as the other user left it";

@@ -69,10 +69,12 @@ TEST_P(VoucherLinks, ALinkIsStoredAtOnceAndNeverOverwritten)
     EXPECT_EQ(storedLink(b, 2), v.jan5);
     EXPECT_EQ(b.text(2, "AccDoc"), QStringLiteral("01-05记 12"));
 
-    // A record whose voucher was taken away elsewhere still links; it just has no label.
+    // A voucher that does not exist takes no link, and says so.
+    b.said.clear();
     b.journal->setDirID(999999, 3);
-    EXPECT_EQ(storedLink(b, 3), 999999);
-    EXPECT_EQ(b.text(3, "AccDoc"), QString());
+    EXPECT_EQ(storedLink(b, 3), 0);
+    EXPECT_EQ(b.journal->DirID(3), 0);
+    EXPECT_EQ(b.said, QStringList{QStringLiteral("没有找到编号为 999999 的凭证，凭证链接没有改变。")});
 
     // The next save neither rewrites the linked records nor asks about them.
     QStringList asked;
@@ -83,7 +85,7 @@ TEST_P(VoucherLinks, ALinkIsStoredAtOnceAndNeverOverwritten)
     EXPECT_EQ(storedLink(b, 2), v.jan5);
     ASSERT_TRUE(b.journal->Load());
     EXPECT_EQ(b.text(2, "AccDoc"), QStringLiteral("01-05记 12"));
-    EXPECT_EQ(b.text(3, "AccDoc"), QStringLiteral("#错误的凭证链接#"));
+    EXPECT_EQ(b.text(3, "AccDoc"), QString());
 }
 
 TEST_P(VoucherLinks, RowsThatMayNotTakeAVoucherSayWhy)

@@ -1,0 +1,241 @@
+// A save never drops what a user entered: rows with a record's content but
+// no date stop it, named; and changes by two users to one book meet field by
+// field, so neither side's work is lost to a question about the other's.
+#include "QtPrinters.h"
+#include "editing/EditingBook.h"
+
+#include <kxjournal/Database.h>
+#include <kxjournal/Journal.h>
+
+#include <gtest/gtest.h>
+
+using kxtest::EditingBook;
+using kxtest::Engine;
+
+namespace {
+
+class NothingLost : public ::testing::TestWithParam<Engine>
+{
+protected:
+    QVariant stored(const EditingBook &b, const char *field, int key) const
+    {
+        return b.db->open()
+            .scalar({QStringLiteral("Select %1 From kxJournalRecs Where RecID=?").arg(QLatin1String(field)), {key}})
+            .valueOr(QVariant());
+    }
+
+    int count(const EditingBook &b) const
+    {
+        return b.db->open()
+            .scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=?"), {b.book}})
+            .valueOr(QVariant())
+            .toInt();
+    }
+
+    static int key(const EditingBook &b, int row) { return int(b.grid->number(row, b.col("RecID"))); }
+};
+
+// One line of a paste: the texts for the visible columns from the date on.
+QString line(const EditingBook &b, const QMap<QString, QString> &cells)
+{
+    QStringList out;
+    for (int c = b.col("ShowName"); c < b.grid->cols(); ++c)
+        if (!b.grid->isColHidden(c))
+            out << cells.value(b.grid->colKey(c));
+    return out.join(QLatin1Char('\t'));
+}
+
+} // namespace
+
+TEST_P(NothingLost, RowsWithContentButNoDateStopTheSaveNamed)
+{
+    EditingBook b(GetParam());
+    const int key2 = key(b, 2);
+    ASSERT_TRUE(b.type(2, "Explain", QStringLiteral("改过的货款")));
+    // A typed record whose date was never given.
+    const int typed = b.grid->rows() - 1;
+    ASSERT_TRUE(b.type(typed, "Explain", QStringLiteral("忘了日期")));
+    ASSERT_TRUE(b.type(typed, "Debit", QStringLiteral("30")));
+    b.said.clear();
+    EXPECT_FALSE(b.journal->Save());
+    const QString why = b.said.join(QLatin1Char('\n'));
+    EXPECT_TRUE(why.contains(QStringLiteral("第%1行").arg(typed)) && why.contains(QStringLiteral("没有日期"))) << qPrintable(why);
+    EXPECT_FALSE(why.contains(QStringLiteral("已存储"))) << qPrintable(why);
+    EXPECT_TRUE(b.journal->IsDirty());
+    EXPECT_EQ(b.grid->row(), typed) << "the cursor goes to the row to date";
+    EXPECT_EQ(stored(b, "Explain", key2).toString(), QStringLiteral("收到货款")) << "nothing of the pass is stored";
+    EXPECT_EQ(count(b), 4);
+    ASSERT_TRUE(b.journal->undo()) << "a refused save keeps the steps before it";
+    EXPECT_EQ(b.text(typed, "Debit"), QString());
+    ASSERT_TRUE(b.journal->redo());
+
+    // A pasted block whose one date is refused leaves that row undated.
+    const int pasted = b.grid->rows() - 1;
+    b.grid->setCursor(pasted, b.col("ShowName"));
+    ASSERT_TRUE(b.journal->pasteText(
+        line(b, {{QStringLiteral("ShowName"), QStringLiteral("2025-01-20")}, {QStringLiteral("Explain"), QStringLiteral("甲")},
+                 {QStringLiteral("Debit"), QStringLiteral("1")}}) +
+        QLatin1Char('\n') +
+        line(b, {{QStringLiteral("ShowName"), QStringLiteral("2025-13-40")}, {QStringLiteral("Explain"), QStringLiteral("乙")},
+                 {QStringLiteral("Credit"), QStringLiteral("2")}})));
+    b.said.clear();
+    EXPECT_FALSE(b.journal->Save());
+    EXPECT_TRUE(b.said.join(QLatin1Char('\n')).contains(QStringLiteral("第%1行、第%2行").arg(typed).arg(pasted + 1)))
+        << qPrintable(b.said.join(QLatin1Char('\n')));
+    EXPECT_EQ(count(b), 4);
+
+    // Dated, everything goes; the empty row waiting at the bottom stays out.
+    ASSERT_TRUE(b.type(typed, "ShowName", QStringLiteral("2025-01-18")));
+    ASSERT_TRUE(b.type(pasted + 1, "ShowName", QStringLiteral("2025-01-21")));
+    ASSERT_TRUE(b.journal->Save()) << qPrintable(b.said.join(QLatin1Char('\n')));
+    EXPECT_EQ(count(b), 7);
+    EXPECT_EQ(stored(b, "Explain", key2).toString(), QStringLiteral("改过的货款"));
+    ASSERT_TRUE(b.journal->Load(b.book));
+    EXPECT_EQ(b.text(pasted + 1, "Explain"), QStringLiteral("乙"));
+}
+
+// Another user's correction and this user's amount meet without a question;
+// only a field both changed is asked about, and either answer keeps the rest.
+TEST_P(NothingLost, ConflictsAreJudgedFieldByField)
+{
+    EditingBook b(GetParam());
+    QStringList questions;
+    bool mine = true;
+    b.journal->setAsker([&](const QString &text, const QString &) {
+        if (!text.contains(QStringLiteral("其他用户")))
+            return true;
+        questions << text;
+        return mine;
+    });
+    kx::Database other = b.db->open();
+    const auto theirs = [&](const char *field, const QString &value, int key) {
+        ASSERT_TRUE(other.run({QStringLiteral("Update kxJournalRecs Set %1=? Where RecID=?").arg(QLatin1String(field)), {value, key}}).ok());
+    };
+    const int key2 = key(b, 2), key3 = key(b, 3), key4 = key(b, 4);
+
+    // They correct row 4's explanation; this user's amount on row 2 moves row 4's balance.
+    theirs("Explain", QStringLiteral("别人改的摘要"), key4);
+    theirs("Remark", QStringLiteral("别人的备注"), key4);
+    ASSERT_TRUE(b.type(2, "Debit", QStringLiteral("600")));
+    ASSERT_TRUE(b.journal->Save()) << qPrintable(b.said.join(QLatin1Char('\n')));
+    EXPECT_TRUE(questions.isEmpty()) << qPrintable(questions.join(QLatin1Char('\n')));
+    EXPECT_EQ(stored(b, "Explain", key4).toString(), QStringLiteral("别人改的摘要"));
+    EXPECT_EQ(stored(b, "Remark", key4).toString(), QStringLiteral("别人的备注"));
+    EXPECT_EQ(stored(b, "Debit", key2).toString(), QStringLiteral("600"));
+    EXPECT_EQ(stored(b, "balance", key4).toString(), QStringLiteral("1350")) << "1000 + 600 − 200 − 50, worked out again";
+    EXPECT_EQ(b.text(4, "Explain"), QStringLiteral("别人改的摘要")) << "the grid shows what is stored";
+    EXPECT_FALSE(b.journal->IsDirty());
+
+    // Both change row 3's explanation; "否" takes theirs and keeps this user's amount.
+    theirs("Explain", QStringLiteral("别人再改"), key3);
+    theirs("Field1", QStringLiteral("别人的字段"), key3);
+    ASSERT_TRUE(b.type(3, "Explain", QStringLiteral("我改的")));
+    ASSERT_TRUE(b.type(2, "Debit", QStringLiteral("700")));
+    mine = false;
+    ASSERT_TRUE(b.journal->Save()) << qPrintable(b.said.join(QLatin1Char('\n')));
+    ASSERT_EQ(questions.size(), 1);
+    EXPECT_TRUE(questions[0].contains(QStringLiteral("第3行")) && questions[0].contains(QStringLiteral("摘要")) &&
+                questions[0].contains(QStringLiteral("我改的")) && questions[0].contains(QStringLiteral("别人再改")))
+        << qPrintable(questions[0]);
+    EXPECT_EQ(questions[0].count(QStringLiteral("第")), 1) << "only the field changed on both sides is asked about";
+    EXPECT_EQ(stored(b, "Explain", key3).toString(), QStringLiteral("别人再改"));
+    EXPECT_EQ(stored(b, "Field1", key3).toString(), QStringLiteral("别人的字段"));
+    EXPECT_EQ(stored(b, "Debit", key2).toString(), QStringLiteral("700"));
+
+    // "是" keeps this user's text and still takes what only they changed.
+    theirs("Explain", QStringLiteral("第三个人的"), key4);
+    theirs("Field2", QStringLiteral("第三个人的字段"), key4);
+    ASSERT_TRUE(b.type(4, "Explain", QStringLiteral("我的第四行")));
+    mine = true;
+    ASSERT_TRUE(b.journal->Save());
+    EXPECT_EQ(questions.size(), 2);
+    EXPECT_EQ(stored(b, "Explain", key4).toString(), QStringLiteral("我的第四行"));
+    EXPECT_EQ(stored(b, "Field2", key4).toString(), QStringLiteral("第三个人的字段"));
+    EXPECT_EQ(stored(b, "Debit", key2).toString(), QStringLiteral("700"));
+}
+
+TEST_P(NothingLost, ARecordDeletedOnOneSideAndChangedOnTheOtherIsAskedAbout)
+{
+    EditingBook b(GetParam());
+    QStringList questions;
+    bool mine = true;
+    b.journal->setAsker([&](const QString &text, const QString &) {
+        if (!text.contains(QStringLiteral("其他用户")))
+            return true;
+        questions << text;
+        return mine;
+    });
+    kx::Database other = b.db->open();
+    const int key3 = key(b, 3), key4 = key(b, 4);
+
+    // Deleted there, changed here: "是" stores it again, under a new key.
+    ASSERT_TRUE(other.run(other.dialect().deleteRecord(key3)).ok());
+    ASSERT_TRUE(b.type(3, "Explain", QStringLiteral("我还要这条")));
+    ASSERT_TRUE(b.journal->Save()) << qPrintable(b.said.join(QLatin1Char('\n')));
+    ASSERT_EQ(questions.size(), 1);
+    EXPECT_TRUE(questions[0].contains(QStringLiteral("删除"))) << qPrintable(questions[0]);
+    EXPECT_GT(key(b, 3), key4);
+    EXPECT_EQ(stored(b, "Explain", key(b, 3)).toString(), QStringLiteral("我还要这条"));
+    EXPECT_EQ(count(b), 4);
+
+    // Deleted there, only its balance moved here: it goes, without a question.
+    ASSERT_TRUE(other.run(other.dialect().deleteRecord(key4)).ok());
+    ASSERT_TRUE(b.type(2, "Debit", QStringLiteral("900")));
+    b.said.clear();
+    ASSERT_TRUE(b.journal->Save()) << qPrintable(b.said.join(QLatin1Char('\n')));
+    EXPECT_EQ(questions.size(), 1);
+    EXPECT_EQ(count(b), 3);
+    EXPECT_NE(b.text(4, "Explain"), QStringLiteral("报销差旅费"));
+    EXPECT_TRUE(b.said.join(QLatin1Char('\n')).contains(QStringLiteral("已被其他用户删除"))) << qPrintable(b.said.join(QLatin1Char('\n')));
+
+    // Removed here, changed there: "否" keeps their record, and the grid shows it again.
+    const int key2 = key(b, 2);
+    ASSERT_TRUE(other.run({QStringLiteral("Update kxJournalRecs Set Explain=? Where RecID=?"), {QStringLiteral("别人刚改"), key2}}).ok());
+    b.grid->select(2, b.col("Explain"), 2, b.col("Explain"));
+    ASSERT_TRUE(b.journal->DeleteRows());
+    mine = false;
+    ASSERT_TRUE(b.journal->Save()) << qPrintable(b.said.join(QLatin1Char('\n')));
+    EXPECT_EQ(questions.size(), 2);
+    EXPECT_EQ(stored(b, "Explain", key2).toString(), QStringLiteral("别人刚改"));
+    EXPECT_EQ(b.text(2, "Explain"), QStringLiteral("别人刚改"));
+}
+
+// A voucher linked to a record another user corrected, then a save of an
+// amount elsewhere: their text, the link and the amount all stay.
+TEST_P(NothingLost, ALinkToARecordChangedElsewhereLosesNothing)
+{
+    EditingBook b(GetParam());
+    QStringList questions;
+    b.journal->setAsker([&](const QString &text, const QString &) {
+        questions << text;
+        return true;
+    });
+    kx::Database other = b.db->open();
+    kxtest::BookBuilder builder(other);
+    const int voucher = builder.voucher(QStringLiteral("2025-01-10"), QStringLiteral("记"), 3);
+    const int key3 = key(b, 3);
+    ASSERT_TRUE(other.run({QStringLiteral("Update kxJournalRecs Set Explain=? Where RecID=?"), {QStringLiteral("别人改的"), key3}}).ok());
+    b.journal->setDirID(voucher, 3);
+    ASSERT_EQ(b.journal->DirID(3), voucher) << qPrintable(b.said.join(QLatin1Char('\n')));
+    ASSERT_TRUE(b.type(2, "Debit", QStringLiteral("650")));
+    ASSERT_TRUE(b.journal->Save()) << qPrintable(b.said.join(QLatin1Char('\n')));
+    EXPECT_TRUE(questions.isEmpty()) << qPrintable(questions.join(QLatin1Char('\n')));
+    EXPECT_EQ(stored(b, "Explain", key3).toString(), QStringLiteral("别人改的"));
+    EXPECT_EQ(stored(b, "DirID", key3).toInt(), voucher);
+    EXPECT_EQ(stored(b, "Debit", key(b, 2)).toString(), QStringLiteral("650"));
+
+    // A voucher that does not exist, or a record moved to another book, takes no link.
+    b.said.clear();
+    b.journal->setDirID(voucher + 100, 4);
+    EXPECT_EQ(b.journal->DirID(4), 0);
+    EXPECT_EQ(stored(b, "DirID", key(b, 4)).toInt(), 0);
+    const int elsewhere = builder.book(QStringLiteral("0299"), QStringLiteral("别的账"));
+    ASSERT_TRUE(other.run({QStringLiteral("Update kxJournalRecs Set DocID=? Where RecID=?"), {elsewhere, key(b, 4)}}).ok());
+    b.journal->setDirID(voucher, 4);
+    EXPECT_EQ(b.journal->DirID(4), 0);
+    EXPECT_EQ(stored(b, "DirID", key(b, 4)).toInt(), 0);
+    EXPECT_TRUE(b.said.join(QLatin1Char('\n')).contains(QStringLiteral("第4行"))) << qPrintable(b.said.join(QLatin1Char('\n')));
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, NothingLost, ::testing::Values(Engine::Sqlite, Engine::Postgres),
+                         [](const auto &info) { return kxtest::engineName(info.param); });
