@@ -1,6 +1,7 @@
 #!/bin/sh
 # A full disk fails export and print, says so in plain words, and leaves the
-# file that was there; a full temporary folder does not stop a PDF. Each
+# file that was there; a full temporary folder does not stop a PDF and
+# fails a spreadsheet the same way. Each
 # runs on a tiny file system mounted in a namespace of its own (skipped,
 # exit 77, where the system allows none).
 #   tool-full-disk.sh KXJOURNAL SAMPLE_DB WORK_DIR
@@ -38,4 +39,13 @@ if TMPDIR="$work/tmp" QT_QPA_PLATFORM=offscreen "$tool" print --db "sqlite:$db" 
 else
   echo "FAIL: no PDF with a full temporary folder"; fails=$((fails + 1))
 fi
+# A spreadsheet is made in the temporary folder: a full one fails it, saying so.
+echo old >"$work/keep.xlsx"
+msg=$(TMPDIR="$work/tmp" QT_QPA_PLATFORM=offscreen "$tool" export --db "sqlite:$db" --book 020101 --out "$work/keep.xlsx" 2>&1)
+rc=$?
+case "$rc:$msg" in
+1:*"kxjournal: 不能写入文件"*磁盘空间不足*) echo "refused a spreadsheet with a full temporary folder" ;;
+*) echo "FAIL: a spreadsheet with a full temporary folder gave rc=$rc: $msg"; fails=$((fails + 1)) ;;
+esac
+[ "$(cat "$work/keep.xlsx")" = old ] || { echo "FAIL: keep.xlsx was replaced"; fails=$((fails + 1)); }
 [ "$fails" -eq 0 ] && echo "nothing lost"
