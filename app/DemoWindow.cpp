@@ -167,13 +167,15 @@ QString DemoWindow::openDatabase(const QString &url)
         if (!made.ok())
             return made.error();
     }
-    return useDatabase(std::move(db), url);
+    if (const QString why = useDatabase(std::move(db), url); !why.isEmpty())
+        return QStringLiteral("%1 不是日记账账套：%2").arg(kx::Database::shownUrl(url), why);
+    return {};
 }
 
 QString DemoWindow::useDatabase(kx::Database db, const QString &url)
 {
     if (const kx::Result<QVariant> books = db.scalar({QStringLiteral("Select count(*) From kxJournal"), {}}); !books.ok())
-        return QStringLiteral("%1 不是日记账账套：%2").arg(url, books.error());
+        return books.error();
     auto context = std::make_unique<kx::SqlAccContext>(std::move(db));
     context->setUserName(QStringLiteral("演示用户"));
     context->setDirectorName(QStringLiteral("王会计"));
@@ -190,7 +192,7 @@ QString DemoWindow::useDatabase(kx::Database db, const QString &url)
     fillBookTree();
     if (url.startsWith(QLatin1String("sqlite:")) && url != QLatin1String("sqlite::memory:"))
         rememberFile(url.mid(7));
-    setWindowFilePath(url.startsWith(QLatin1String("sqlite:")) ? url.mid(7) : url);
+    setWindowFilePath(url.startsWith(QLatin1String("sqlite:")) ? url.mid(7) : kx::Database::shownUrl(url));
     return {};
 }
 

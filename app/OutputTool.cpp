@@ -5,6 +5,7 @@
 #include <kxjournal/Journal.h>
 
 #include <QFileInfo>
+#include <QStringList>
 #include <cstdio>
 #include <functional>
 
@@ -15,8 +16,17 @@ namespace {
 int withBook(const QString &url, const QString &code, const QString &out, const std::function<bool(kx::Journal &)> &write)
 {
     return ToolBook::run(url, code, [&](ToolBook &book, kx::Journal &journal) {
+        // What the control would show in a box beside a written file (texts
+        // a spreadsheet cut) is said on stderr, not passed over.
+        QStringList notices;
+        QObject::connect(&journal, &kx::Journal::Notify, [&](const QString &message, bool box) {
+            if (box)
+                notices << message;
+        });
         if (!write(journal))
             return book.fail();
+        for (const QString &notice : notices)
+            std::fprintf(stderr, "kxjournal: %s\n", qPrintable(notice));
         std::printf("%s\n", qPrintable(QFileInfo(out).absoluteFilePath()));
         return 0;
     });

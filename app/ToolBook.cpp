@@ -3,16 +3,37 @@
 #include <kxjournal/Database.h>
 #include <kxjournal/Journal.h>
 
+#include <QFileInfo>
 #include <cstdio>
 
 bool ToolBook::open(const QString &url, const QString &code)
 {
+    // SQLite makes a file it is asked to open; a mistyped name would leave
+    // an empty database behind. Only a file that is there is opened.
+    if (url.startsWith(QLatin1String("sqlite:")) && url != QLatin1String("sqlite::memory:")) {
+        const QFileInfo file(url.mid(7));
+        if (!file.exists()) {
+            std::fprintf(stderr, "kxjournal: no database file %s\n", qPrintable(file.absoluteFilePath()));
+            return false;
+        }
+        if (!file.isFile()) {
+            std::fprintf(stderr, "kxjournal: %s is not a database file\n", qPrintable(file.absoluteFilePath()));
+            return false;
+        }
+    }
     kx::Database db = kx::Database::open(url);
     if (!db.isOpen()) {
         std::fprintf(stderr, "kxjournal: %s\n", qPrintable(db.lastError()));
         return false;
     }
-    m_bookId = db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {code}}).valueOr(QVariant()).toInt();
+    const kx::Result<QVariant> found = db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {code}});
+    if (!found.ok()) {
+        // A file that is no database, or a database without journal books.
+        std::fprintf(stderr, "kxjournal: %s is not a journal database: %s\n", qPrintable(kx::Database::shownUrl(url)),
+                     qPrintable(QString(found.error()).replace(QLatin1Char('\n'), QLatin1Char(' '))));
+        return false;
+    }
+    m_bookId = found.value().toInt();
     if (m_bookId <= 0) {
         std::fprintf(stderr, "kxjournal: no book with code %s\n", qPrintable(code));
         return false;

@@ -59,7 +59,7 @@ int runSample(const QString &url, int records, int books, bool append)
     // Sample books beside a bookkeeper's own would mix invented records into real ones.
     if (!append && bookCount(db) > 0) {
         std::fprintf(stderr, "kxjournal: %s already holds books; add --append to write samples beside them\n",
-                     qPrintable(url));
+                     qPrintable(kx::Database::shownUrl(url)));
         return 1;
     }
     kx::SampleOptions options;
@@ -70,7 +70,8 @@ int runSample(const QString &url, int records, int books, bool append)
         std::fprintf(stderr, "kxjournal: %s\n", qPrintable(made.error()));
         return 1;
     }
-    std::printf("kxjournal: %d records in %d books written to %s\n", records, books, qPrintable(url));
+    std::printf("kxjournal: %d records in %d books written to %s\n", records, books,
+                qPrintable(kx::Database::shownUrl(url)));
     return 0;
 }
 
@@ -209,7 +210,8 @@ int runDemo(QCoreApplication &app, const QString &url, const Shot &shot, const Q
     // A file that is no journal database (or not a database at all) is said
     // so before any window opens.
     if (const QString why = window.useDatabase(std::move(db), url); !why.isEmpty()) {
-        std::fprintf(stderr, "kxjournal: %s is not a journal database: %s\n", qPrintable(url), qPrintable(why));
+        std::fprintf(stderr, "kxjournal: %s is not a journal database: %s\n", qPrintable(kx::Database::shownUrl(url)),
+                     qPrintable(why));
         return 1;
     }
     window.journal()->setIsPackedJnl(packed);
@@ -230,6 +232,15 @@ int runDemo(QCoreApplication &app, const QString &url, const Shot &shot, const Q
     });
     app.exec();
     return rc;
+}
+
+// The commands the tool knows ("demo" also when none is given).
+const QStringList &knownCommands()
+{
+    static const QStringList commands{QStringLiteral("demo"),   QStringLiteral("sample"), QStringLiteral("voucher"),
+                                      QStringLiteral("make"),   QStringLiteral("export"), QStringLiteral("print"),
+                                      QStringLiteral("check")};
+    return commands;
 }
 
 enum class ToolNeeds { Nothing, Drawing, Screen };
@@ -253,7 +264,9 @@ ToolNeeds toolNeeds(int argc, char **argv)
         else if (!arg.startsWith('-') && command.isEmpty())
             command = arg;
     }
-    if (command == "sample" || command == "voucher")
+    // An unknown command is told so, with no window needed.
+    if (command == "sample" || command == "voucher" ||
+        (!command.isEmpty() && !knownCommands().contains(QString::fromLocal8Bit(command))))
         return ToolNeeds::Nothing;
     if (command == "make" || command == "export" || command == "print" || command == "check")
         return ToolNeeds::Drawing;
@@ -371,7 +384,16 @@ int main(int argc, char **argv)
         o.from = QDate::fromString(parser.value(from), Qt::ISODate);
         o.to = QDate::fromString(parser.value(to), Qt::ISODate);
         o.out = parser.isSet(out) ? parser.value(out) : QStringLiteral(".");
-        o.types = parser.value(types);
+        // Blank places name no type; a voucher is never made without one.
+        QStringList named;
+        for (const QString &t : parser.value(types).split(QLatin1Char('|')))
+            if (!t.trimmed().isEmpty())
+                named << t.trimmed();
+        if (named.isEmpty()) {
+            std::fprintf(stderr, "kxjournal: --types names no voucher type; give at least one, e.g. --types '记|收|付|转'\n");
+            return 2;
+        }
+        o.types = named.join(QLatin1Char('|'));
         o.user = parser.value(user);
         o.director = parser.value(director);
         o.codec = parser.value(codec);
@@ -407,6 +429,7 @@ int main(int argc, char **argv)
         shot.preview = parser.isSet(previewShot);
         return runDemo(app, url, shot, parser.value(book), parser.isSet(packed), clock, parser.isSet(firstFrame));
     }
-    std::fprintf(stderr, "kxjournal: unknown command '%s'\n", qPrintable(command));
+    std::fprintf(stderr, "kxjournal: unknown command '%s'; the commands are %s (see kxjournal --help)\n",
+                 qPrintable(command), qPrintable(knownCommands().join(QStringLiteral(", "))));
     return 2;
 }

@@ -29,7 +29,13 @@ public:
     /// The voucher held by \a bytes in \a codec. A malformed file fails with
     /// a message that names its line ("第12行：…").
     static Result<Voucher> decode(const QByteArray &bytes, const QString &codec = QStringLiteral("GBK"));
-    /// Reads the voucher file at \a path.
+    /// The largest voucher file read (64 MB): far beyond any voucher, so a
+    /// larger file is something else and is refused unread.
+    static constexpr qint64 MaxFileBytes = qint64(64) * 1024 * 1024;
+
+    /// Reads the voucher file at \a path. Only a regular file (or a link to
+    /// one) of at most MaxFileBytes is read; a folder, a device or a pipe is
+    /// refused before it is opened, so the call never waits for a writer.
     static Result<Voucher> read(const QString &path, const QString &codec = QStringLiteral("GBK"));
     /// The first character of \a text that code page \a codec cannot hold;
     /// empty when it holds them all (or the code page is unknown).

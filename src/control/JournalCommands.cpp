@@ -45,7 +45,8 @@ void JournalCommands::offer(JournalPrivate &d)
     JournalVoucherCommands::offer(d);
     r.add({QStringLiteral("mnuFind"), {}, QStringLiteral("查找..."), output, [p](const QString &) { p->openFindBar(); },
            {}, {}});
-    r.add({QStringLiteral("mnuExport"), {}, QStringLiteral("导出..."), output, [p](const QString &) { p->q->Export(); }, {}, {}});
+    r.add({QStringLiteral("mnuExport"), QStringLiteral("Export"), QStringLiteral("导出..."), output,
+           [p](const QString &) { p->q->Export(); }, {}, {}});
     r.add({QStringLiteral("mnuPrint"), {}, QStringLiteral("打印预览..."), output, [p](const QString &) { p->printPreview(); },
            {}, {}});
 
@@ -68,6 +69,7 @@ void JournalCommands::offer(JournalPrivate &d)
     refine(d);
 
     // Commands a host sends through DoCommand, without a menu item of their own.
+    // ("Find" is accepted and does nothing, as an unknown name: the find bar is the user's.)
     r.add({{}, QStringLiteral("DefaultFormat"), {}, {}, [p](const QString &) { p->q->SetDefaultFormat(); }, {}, {}});
     const auto applyFormats = [p](const QString &) { ColumnModel::applyFormats(*p->grid, p->state); };
     r.add({{}, QStringLiteral("AfterSetFormat"), {}, {}, applyFormats, {}, {}});

@@ -9,6 +9,9 @@
 #include "output/BookExporter.h"
 #include "output/BookFinder.h"
 #include "output/BookPrinter.h"
+#include "output/FileOutput.h"
+#include "kxjournal/AccContext.h"
+#include "kxjournal/Database.h"
 
 #include <QDir>
 #include <QFileDialog>
@@ -64,6 +67,14 @@ void JournalPrivate::openFindBar()
     findBar->open();
 }
 
+QStringList JournalPrivate::databaseFiles()
+{
+    AccContext *acc = context();
+    if (!acc || acc->Connection().engine() != Database::SqliteEngine)
+        return {};
+    return FileOutput::databaseFiles(acc->Connection().handle().databaseName());
+}
+
 QString JournalPrivate::exportBook(bool ask, QString path, int type)
 {
     if (Result<void> known = BookExporter::checkType(type); !known.ok()) {
@@ -90,7 +101,7 @@ QString JournalPrivate::exportBook(bool ask, QString path, int type)
     return exclusive(QStringLiteral("Export"), QString(), [&] {
         if (!settleEditor())
             return QString();
-        const Result<void> written = BookExporter(*grid, *this).write(path, type, q->Caption());
+        const Result<int> written = BookExporter(*grid, *this).write(path, type, q->Caption(), databaseFiles());
         if (!alive)
             return QString();
         if (!written.ok()) {
@@ -98,6 +109,9 @@ QString JournalPrivate::exportBook(bool ask, QString path, int type)
             return QString();
         }
         prompt(QStringLiteral("已导出到 %1").arg(QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath())), false);
+        // Texts the spreadsheet had to cut are said, never passed over.
+        if (const QString cut = BookExporter::cutNotice(written.value()); !cut.isEmpty() && alive)
+            prompt(cut, true);
         return path;
     });
 }
@@ -174,7 +188,7 @@ bool Journal::printToPdf(const QString &fileName)
     return d->exclusive(QStringLiteral("Print"), false, [&] {
         if (d->cancels(QStringLiteral("Print")) || !alive || !d->settleEditor())
             return false;
-        const Result<void> printed = BookPrinter(*d->grid, *d->printGrid, Caption(), d->grid->font()).printToPdf(fileName);
+        const Result<void> printed = BookPrinter(*d->grid, *d->printGrid, Caption(), d->grid->font()).printToPdf(fileName, d->databaseFiles());
         if (!printed.ok())
             d->prompt(printed.error(), false);
         return printed.ok();

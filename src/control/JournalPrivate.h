@@ -112,6 +112,9 @@ public:
     /// Exports the book into \a path (\a ask: the asker chooses it); the
     /// path written, or empty when nothing was.
     QString exportBook(bool ask, QString path, int type);
+    /// The files of the SQLite database the control works on, which no
+    /// export or print may replace (none for a server database).
+    QStringList databaseFiles();
     /// Opens the find bar under the grid.
     void openFindBar();
     /// Opens a print preview of the book.

@@ -113,7 +113,7 @@ PgRecordWriter::PgRecordWriter(const Database &db) : m_db(db), m_conn(PgRowReade
 QString PgRecordWriter::error(const char *what) const
 {
     const QString why = m_conn ? QString::fromUtf8(PQerrorMessage(m_conn)).trimmed() : QStringLiteral("没有连接");
-    return QStringLiteral("数据库操作失败（%1）：%2").arg(QLatin1String(what), why);
+    return QStringLiteral("数据库操作失败（%1）：%2").arg(QString::fromUtf8(what), why);
 }
 
 Result<void> PgRecordWriter::remove(int recId)

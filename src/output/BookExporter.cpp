@@ -41,13 +41,23 @@ Result<void> BookExporter::checkType(int type)
     return {};
 }
 
-Result<void> BookExporter::write(const QString &path, int type, const QString &caption) const
+QString BookExporter::cutNotice(int cut)
+{
+    if (cut <= 0)
+        return {};
+    return QStringLiteral("电子表格的单元格最多容纳 %1 个字符：有 %2 段更长的文字只导出了前 %1 个字符。"
+                          "要完整的文字，请导出为逗号分隔的文本文件。")
+        .arg(SpreadsheetWriter::MaxCellText)
+        .arg(cut);
+}
+
+Result<int> BookExporter::write(const QString &path, int type, const QString &caption, const QStringList &keep) const
 {
     if (Result<void> known = checkType(type); !known.ok())
-        return known;
+        return Error(known.error());
     QSaveFile out(path);
-    if (Result<void> opened = FileOutput::open(out); !opened.ok())
-        return opened;
+    if (Result<void> opened = FileOutput::open(out, keep); !opened.ok())
+        return Error(opened.error());
 
     const BookSheet sheet(m_grid);
     const int rows = std::max(1, m_grid.rows());
@@ -72,16 +82,19 @@ Result<void> BookExporter::write(const QString &path, int type, const QString &c
         if (!scratch.isValid())
             return Error(FileOutput::cannotWrite(path, scratch.errorString()));
         const QString written = scratch.filePath(QStringLiteral("book.xlsx"));
-        if (Result<void> done = SpreadsheetWriter::write(sheet, caption, written, rowDone); !done.ok())
-            return done;
-        return FileOutput::publish(written, out);
+        const Result<int> done = SpreadsheetWriter::write(sheet, caption, written, rowDone);
+        if (!done.ok())
+            return Error(FileOutput::cannotWrite(path, done.error()));
+        if (Result<void> published = FileOutput::publish(written, out); !published.ok())
+            return Error(published.error());
+        return done.value();
     }
     const DelimitedWriter writer(kind == Tsv ? QChar(u'\t') : QChar(u','));
     if (Result<void> done = writer.write(sheet, out, rowDone); !done.ok())
-        return Error(FileOutput::cannotWrite(path, done.error()));
-    if (!out.commit())
-        return Error(FileOutput::cannotWrite(path, out.errorString()));
-    return {};
+        return Error(FileOutput::cannotWrite(path, FileOutput::why(out)));
+    if (Result<void> committed = FileOutput::commit(out); !committed.ok())
+        return Error(committed.error());
+    return 0;
 }
 
 } // namespace kx

@@ -3,6 +3,7 @@
 #include "kxjournal/Result.h"
 
 #include <QString>
+#include <QStringList>
 
 namespace kx {
 
@@ -28,8 +29,13 @@ public:
     /// The extension of a file of kind \a type (".csv").
     static QString suffix(Type type);
     /// Writes the book into \a path as kind \a type (0 to 3), the
-    /// spreadsheet captioned \a caption.
-    Result<void> write(const QString &path, int type, const QString &caption) const;
+    /// spreadsheet captioned \a caption; never over any of \a keep (the
+    /// database in use), a SQLite database or what is not a regular file.
+    /// Gives the number of texts the spreadsheet holds cut
+    /// (SpreadsheetWriter::MaxCellText); 0 for delimited text.
+    Result<int> write(const QString &path, int type, const QString &caption, const QStringList &keep = {}) const;
+    /// What the user is told of \a cut texts cut in a spreadsheet (empty for none).
+    static QString cutNotice(int cut);
 
 private:
     const GridModel &m_grid;

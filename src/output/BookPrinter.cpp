@@ -4,9 +4,12 @@
 #include "output/PageLayout.h"
 #include "output/PagePainter.h"
 
+#include "output/PdfTextLayer.h"
+
+#include <QBuffer>
+#include <QPdfWriter>
 #include <QPrinter>
 #include <QSaveFile>
-#include <QTemporaryDir>
 
 namespace kx {
 
@@ -15,10 +18,14 @@ BookPrinter::BookPrinter(const GridModel &grid, GridModel &printGrid, const QStr
 {
 }
 
+QPageLayout BookPrinter::page()
+{
+    return QPageLayout(QPageSize(QPageSize::A4), QPageLayout::Landscape, QMarginsF(10, 10, 10, 10), QPageLayout::Millimeter);
+}
+
 void BookPrinter::setUpPage(QPrinter &printer)
 {
-    printer.setPageLayout(QPageLayout(QPageSize(QPageSize::A4), QPageLayout::Landscape, QMarginsF(10, 10, 10, 10),
-                                      QPageLayout::Millimeter));
+    printer.setPageLayout(page());
 }
 
 Result<void> BookPrinter::print(QPrinter &printer) const
@@ -29,26 +36,32 @@ Result<void> BookPrinter::print(QPrinter &printer) const
     return PagePainter(m_printGrid, m_caption, layout.period(), m_font).print(printer);
 }
 
-Result<void> BookPrinter::printToPdf(const QString &path) const
+Result<void> BookPrinter::printToPdf(const QString &path, const QStringList &keep) const
 {
     QSaveFile out(path);
-    if (Result<void> opened = FileOutput::open(out); !opened.ok())
+    if (Result<void> opened = FileOutput::open(out, keep); !opened.ok())
         return opened;
-    QTemporaryDir scratch;
-    if (!scratch.isValid())
-        return Error(FileOutput::cannotWrite(path, scratch.errorString()));
-    const QString written = scratch.filePath(QStringLiteral("book.pdf"));
+    QBuffer pdf;
+    pdf.open(QIODevice::WriteOnly);
     {
-        QPrinter printer(QPrinter::HighResolution);
-        printer.setOutputFormat(QPrinter::PdfFormat);
-        printer.setOutputFileName(written);
-        printer.setCreator(QStringLiteral("kxAccJournal"));
-        printer.setDocName(m_caption.trimmed());
-        setUpPage(printer);
-        if (Result<void> printed = print(printer); !printed.ok())
+        QPdfWriter writer(&pdf);
+        writer.setResolution(1200);
+        writer.setCreator(QStringLiteral("kxAccJournal"));
+        writer.setTitle(m_caption.trimmed());
+        writer.setPageLayout(page());
+        const PageLayout layout(m_grid, m_font);
+        layout.layout(writer.pageLayout().paintRect(QPageLayout::Point).size(), m_printGrid);
+        const Result<void> printed = PagePainter(m_printGrid, m_caption, layout.period(), m_font).print(writer, path);
+        if (!printed.ok())
             return Error(FileOutput::cannotWrite(path, printed.error()));
     }
-    return FileOutput::publish(written, out);
+    // The writer reports no failure of its own: a PDF it did not finish has no end mark.
+    if (!pdf.data().trimmed().endsWith("%%EOF"))
+        return Error(FileOutput::cannotWrite(path, QStringLiteral("PDF 文件没有写完。")));
+    const QByteArray bytes = PdfTextLayer::readable(pdf.data(), m_font);
+    if (out.write(bytes) != bytes.size())
+        return Error(FileOutput::cannotWrite(path, FileOutput::why(out)));
+    return FileOutput::commit(out);
 }
 
 } // namespace kx

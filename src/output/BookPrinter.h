@@ -3,7 +3,9 @@
 #include "kxjournal/Result.h"
 
 #include <QFont>
+#include <QPageLayout>
 #include <QString>
+#include <QStringList>
 
 class QPrinter;
 
@@ -20,13 +22,18 @@ public:
     /// \a gridFont, laying it out into \a printGrid.
     BookPrinter(const GridModel &grid, GridModel &printGrid, const QString &caption, const QFont &gridFont);
 
-    /// Gives \a printer the book's page: A4 on its side, 10 mm margins.
+    /// The book's page: A4 on its side, 10 mm margins.
+    static QPageLayout page();
+    /// Gives \a printer the book's page.
     static void setUpPage(QPrinter &printer);
     /// Lays the book out for \a printer's page and paints it; fails when the
     /// printer cannot be drawn on.
     Result<void> print(QPrinter &printer) const;
-    /// Writes the book into the PDF file \a path, which appears whole or not at all.
-    Result<void> printToPdf(const QString &path) const;
+    /// Writes the book into the PDF file \a path, which appears whole or not
+    /// at all, never over any of \a keep (the database in use), a SQLite
+    /// database or what is not a regular file. The PDF is made in memory:
+    /// no temporary folder is needed.
+    Result<void> printToPdf(const QString &path, const QStringList &keep = {}) const;
 
 private:
     const GridModel &m_grid;

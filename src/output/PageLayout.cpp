@@ -3,6 +3,7 @@
 #include "kxjournal/GridModel.h"
 #include "output/BookSheet.h"
 
+#include <QFontDatabase>
 #include <QFontMetricsF>
 #include <QPageLayout>
 #include <QTextLayout>
@@ -90,6 +91,20 @@ QSizeF PageLayout::defaultArea()
 QFont PageLayout::bodyFont(const QFont &gridFont)
 {
     QFont font = gridFont;
+    // Chinese is set in a Simplified Chinese face whatever the machine's
+    // language: left to the system, a Japanese face may be taken (its forms
+    // of 直, 骨 differ). The grid's own face follows for what these lack.
+    static const QStringList chinese = [] {
+        QStringList found;
+        const QStringList installed = QFontDatabase::families(QFontDatabase::SimplifiedChinese);
+        for (const char *family : {"Noto Sans CJK SC", "Source Han Sans SC", "Source Han Sans CN", "WenQuanYi Micro Hei",
+                                   "WenQuanYi Zen Hei", "Microsoft YaHei", "PingFang SC", "SimSun", "Noto Serif CJK SC"})
+            if (installed.contains(QLatin1String(family)))
+                found << QLatin1String(family);
+        return found;
+    }();
+    if (!chinese.isEmpty())
+        font.setFamilies(QStringList(chinese.first()) << gridFont.families() << gridFont.family());
     // Sizes in points are the painter's units on paper.
     font.setPixelSize(9);
     return font;

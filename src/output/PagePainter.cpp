@@ -3,6 +3,7 @@
 #include "kxjournal/GridModel.h"
 #include "output/PageLayout.h"
 
+#include <QPagedPaintDevice>
 #include <QPainter>
 #include <QPrinter>
 #include <QTextOption>
@@ -16,11 +17,15 @@ int PagePainter::pageCount() const
 
 Result<void> PagePainter::print(QPrinter &printer) const
 {
+    return print(printer, printer.outputFileName().isEmpty() ? printer.printerName() : printer.outputFileName());
+}
+
+Result<void> PagePainter::print(QPagedPaintDevice &printer, const QString &name) const
+{
     QPainter painter;
     if (!painter.begin(&printer))
-        return Error(QStringLiteral("不能在打印机“%1”上打印。").arg(printer.outputFileName().isEmpty() ? printer.printerName()
-                                                                                              : printer.outputFileName()));
-    const double scale = printer.resolution() / 72.0;
+        return Error(QStringLiteral("不能在打印机“%1”上打印。").arg(name));
+    const double scale = printer.logicalDpiX() / 72.0;
     const QSizeF area = printer.pageLayout().paintRect(QPageLayout::Point).size();
     // An empty book still prints its heads, so the paper says it is empty.
     const int pages = std::max(1, pageCount());

@@ -6,6 +6,7 @@
 #include <QSizeF>
 #include <QString>
 
+class QPagedPaintDevice;
 class QPainter;
 class QPrinter;
 
@@ -28,6 +29,9 @@ public:
 
     /// Paints every page onto \a printer; fails when the printer cannot be drawn on.
     Result<void> print(QPrinter &printer) const;
+    /// Paints every page onto \a device (a printer or a PDF writer), named
+    /// \a name in the message when it cannot be drawn on.
+    Result<void> print(QPagedPaintDevice &device, const QString &name) const;
     /// Paints page \a page (from 1) of \a pages, whose lines start at grid
     /// row \a firstRow, with \a painter, whose units are points, on a
     /// printable \a area.

@@ -1,6 +1,8 @@
 #include "output/SpreadsheetWriter.h"
 
 #include <QFile>
+#include <QFileInfo>
+#include <cerrno>
 #include <QTemporaryDir>
 #include <xlsxwriter.h>
 
@@ -8,12 +10,13 @@ namespace kx {
 
 namespace {
 
-// The longest text a spreadsheet cell takes.
-constexpr int MaxCellText = 32767;
-
-QByteArray cellBytes(const QString &text)
+QByteArray cellBytes(const QString &text, int *cut = nullptr)
 {
-    QString clean = text.left(MaxCellText);
+    if (cut && text.size() > SpreadsheetWriter::MaxCellText)
+        ++*cut;
+    QString clean = text.left(SpreadsheetWriter::MaxCellText);
+    if (clean.size() < text.size() && clean.back().isHighSurrogate())
+        clean.chop(1);  // never half a character
     // Control characters other than tab and line breaks make the sheet's XML
     // unreadable to spreadsheet programs.
     for (QChar &c : clean)
@@ -56,8 +59,8 @@ QString SpreadsheetWriter::sheetName(const QString &text)
     return name.isEmpty() ? QStringLiteral("日记账") : name;
 }
 
-Result<void> SpreadsheetWriter::write(const BookSheet &sheet, const QString &caption, const QString &path,
-                                      const std::function<void(int)> &rowDone)
+Result<int> SpreadsheetWriter::write(const BookSheet &sheet, const QString &caption, const QString &path,
+                                     const std::function<void(int)> &rowDone)
 {
     const QByteArray file = QFile::encodeName(path);
     lxw_workbook_options options{};
@@ -102,6 +105,7 @@ Result<void> SpreadsheetWriter::write(const BookSheet &sheet, const QString &cap
 
     lxw_row_t r = 2;
     bool tooLong = false;
+    int cut = 0;
     sheet.forEachRow([&](const BookSheet::Row &row) {
         tooLong = tooLong || r >= LXW_ROW_MAX;
         if (err != LXW_NO_ERROR || tooLong)
@@ -120,21 +124,25 @@ Result<void> SpreadsheetWriter::write(const BookSheet &sheet, const QString &cap
                 lxw_datetime when{cell.date.year(), cell.date.month(), cell.date.day(), 0, 0, 0.0};
                 err = worksheet_write_datetime(ws, r, c, &when, f.date);
             } else if (!cell.text.isEmpty()) {
-                err = worksheet_write_string(ws, r, c, cellBytes(cell.text).constData(), f.text);
+                err = worksheet_write_string(ws, r, c, cellBytes(cell.text, &cut).constData(), f.text);
             }
         }
         ++r;
         if (rowDone)
             rowDone(row.gridRow);
     });
+    errno = 0;
     const lxw_error closed = workbook_close(book);
+    const int cause = errno;
     if (tooLong)
         return Error(QStringLiteral("电子表格最多 %1 行，这本账放不下，请导出为逗号分隔的文本文件。").arg(LXW_ROW_MAX));
     if (err == LXW_NO_ERROR)
         err = closed;
+    if (err != LXW_NO_ERROR && (cause == ENOSPC || cause == EDQUOT))
+        return Error(QStringLiteral("临时文件夹“%1”所在的磁盘空间不足，电子表格没有写完。").arg(QFileInfo(path).absolutePath()));
     if (err != LXW_NO_ERROR)
         return Error(QStringLiteral("不能写出电子表格：%1").arg(QString::fromUtf8(lxw_strerror(err))));
-    return {};
+    return cut;
 }
 
 } // namespace kx

@@ -15,10 +15,14 @@ namespace kx {
 class SpreadsheetWriter
 {
 public:
+    /// The longest text a spreadsheet cell holds; a longer one keeps its start.
+    static constexpr int MaxCellText = 32767;
+
     /// Writes \a sheet captioned \a caption to the file \a path (made anew),
-    /// telling \a rowDone each grid row written.
-    static Result<void> write(const BookSheet &sheet, const QString &caption, const QString &path,
-                              const std::function<void(int)> &rowDone);
+    /// telling \a rowDone each grid row written. Gives the number of texts
+    /// longer than MaxCellText, which the file holds cut.
+    static Result<int> write(const BookSheet &sheet, const QString &caption, const QString &path,
+                             const std::function<void(int)> &rowDone);
     /// \a text as a worksheet's name may be: at most 31 characters, none of []:*?/\ .
     static QString sheetName(const QString &text);
 };

@@ -1,6 +1,7 @@
 #include "kxjournal/VoucherFile.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QStringDecoder>
 #include <QStringEncoder>
 #include <variant>
@@ -412,10 +413,27 @@ Result<Voucher> VoucherFile::decode(const QByteArray &bytes, const QString &code
 
 Result<Voucher> VoucherFile::read(const QString &path, const QString &codec)
 {
+    // Looked at before it is opened: opening a pipe waits for its writer,
+    // and a device may never end.
+    const QFileInfo info(path);
+    if (!info.exists())
+        return Error(QStringLiteral("不能打开凭证文件“%1”：文件不存在。").arg(path));
+    if (!info.isFile())
+        return Error(QStringLiteral("不能读凭证文件“%1”：它不是普通文件（是文件夹、设备或管道）。").arg(path));
+    const QString limit = QStringLiteral("%1 MB").arg(MaxFileBytes / (1024 * 1024));
+    const auto tooLarge = [&] {
+        return Error(QStringLiteral("不能读凭证文件“%1”：它大于 %2，凭证文件不会这么大。").arg(path, limit));
+    };
+    if (info.size() > MaxFileBytes)
+        return tooLarge();
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return Error(QStringLiteral("不能打开凭证文件“%1”：%2").arg(path, file.errorString()));
-    const Result<Voucher> v = decode(file.readAll(), codec);
+    // The file may have grown since it was looked at: never more than the limit is read.
+    const QByteArray bytes = file.read(MaxFileBytes + 1);
+    if (bytes.size() > MaxFileBytes)
+        return tooLarge();
+    const Result<Voucher> v = decode(bytes, codec);
     if (!v.ok())
         return Error(QStringLiteral("凭证文件“%1”%2").arg(path, v.error()));
     return v;

@@ -3,13 +3,18 @@
 #include "QtPrinters.h"
 #include "support/TestDatabase.h"
 
+#include <kxjournal/GridModel.h>
 #include <kxjournal/Journal.h>
 #include <kxjournal/SqlAccContext.h>
 
 #include <QAction>
+#include <QApplication>
+#include <QClipboard>
 #include <QMenu>
 #include <QSignalSpy>
+#include <functional>
 #include <gtest/gtest.h>
+#include <vector>
 
 using kx::Journal;
 
@@ -151,4 +156,74 @@ TEST_F(JournalOperations, TheMenuAndDoCommandRunTheSameCommands)
     EXPECT_EQ(packed.count(), 1);
     journal.setIsPackedJnl(false);
     EXPECT_FALSE(journal.menuAction(QStringLiteral("mnuPackJnl"))->isChecked());
+}
+
+// Every name a host may send runs its action; the same name in another case
+// runs nothing.
+TEST_F(JournalOperations, EveryDoCommandNameRunsItsActionAndNoOtherCaseDoes)
+{
+    journal.setDocID(bookA);
+    ASSERT_TRUE(journal.Load());
+    kx::GridModel *g = journal.Grid();
+    const int debit = g->colIndex(QStringLiteral("Debit"));
+    const int explain = g->colIndex(QStringLiteral("Explain"));
+    ASSERT_GE(debit, 0);
+    ASSERT_GE(explain, 0);
+    const QString amountFormat = g->colFormat(debit);
+    QAction *side = journal.menuAction(QStringLiteral("mnuSideTask"));
+    ASSERT_NE(side, nullptr);
+    QStringList commands;
+    QObject::connect(&journal, &Journal::CommandExecute, [&](const QString &c, bool &) { commands << c; });
+    QStringList asked;
+    journal.setFileNameAsker([&](const QString &suggested) {
+        asked << suggested;
+        return QString();  // the user closes the dialog
+    });
+
+    // What each name does, undone before the next name is tried.
+    const auto disturb = [&] {
+        QApplication::clipboard()->setText(QStringLiteral("before"));
+        g->select(3, explain, 3, explain);
+        g->setColFormat(debit, QStringLiteral("0.000"));
+        g->setColHidden(explain, true);
+        journal.DoCommand(QStringLiteral("SideVisible"), QStringLiteral("False"));
+        commands.clear();
+        asked.clear();
+        said.clear();
+    };
+    struct Case {
+        const char *name;
+        const char *parameter;
+        std::function<bool()> ran;
+    };
+    const std::vector<Case> cases{
+        {"Copy", "", [&] { return QApplication::clipboard()->text() != QLatin1String("before"); }},
+        {"Export", "", [&] { return asked.size() == 1 && asked.first().endsWith(QLatin1String(".csv")); }},
+        {"DefaultFormat", "", [&] { return !g->isColHidden(explain); }},
+        {"Refresh", "", [&] { return commands.contains(QLatin1String("Refresh")); }},
+        {"AfterSetFormat", "", [&] { return g->colFormat(debit) == amountFormat; }},
+        {"SetColFont", "", [&] { return g->colFormat(debit) == amountFormat; }},
+        {"SideVisible", "True", [&] { return side->isChecked(); }},
+    };
+    for (const Case &c : cases) {
+        const QString name = QString::fromLatin1(c.name);
+        for (const QString &wrong : {name.toLower(), name.toUpper(), name + QLatin1Char(' ')}) {
+            disturb();
+            journal.DoCommand(wrong, QString::fromLatin1(c.parameter));
+            EXPECT_FALSE(c.ran()) << qPrintable(wrong) << " ran";
+            EXPECT_TRUE(commands.isEmpty()) << qPrintable(wrong);
+        }
+        disturb();
+        journal.DoCommand(name, QString::fromLatin1(c.parameter));
+        EXPECT_TRUE(c.ran()) << c.name << " did not run";
+    }
+
+    // "Find" is accepted and does nothing: no message, no event, nothing copied or moved.
+    disturb();
+    const int row = g->row();
+    journal.DoCommand(QStringLiteral("Find"), QStringLiteral("银行"));
+    EXPECT_TRUE(said.isEmpty());
+    EXPECT_TRUE(commands.isEmpty());
+    EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("before"));
+    EXPECT_EQ(g->row(), row);
 }

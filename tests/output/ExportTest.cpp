@@ -273,6 +273,43 @@ TEST(Export, TheSpreadsheetHoldsNumbersDatesAndAFrozenHeader)
         << "2025-01-05 as a spreadsheet day";
 }
 
+// A spreadsheet cell holds 32,767 characters: a longer text is cut there,
+// whole characters kept, and the user is told; delimited text keeps it all.
+TEST(Export, ATextTooLongForASpreadsheetCellIsCutAndSaidSo)
+{
+    ExportingBook b;
+    const QString longText = QStringLiteral("超长摘要😀").repeated(8000);  // 48,000 UTF-16 units
+    b.grid->setText(3, b.col("Explain"), longText);
+    QStringList boxes;
+    QObject::connect(b.journal.get(), &kx::Journal::Notify, [&](const QString &m, bool box) {
+        if (box)
+            boxes << m;
+    });
+    const QString file = b.path(QStringLiteral("long.xlsx"));
+    ASSERT_TRUE(b.journal->ExportToFile(file));
+    ASSERT_EQ(boxes.size(), 1);
+    EXPECT_TRUE(boxes.first().contains(QStringLiteral("32767"))) << qPrintable(boxes.first());
+    EXPECT_TRUE(boxes.first().contains(QStringLiteral("有 1 段"))) << qPrintable(boxes.first());
+    QProcess unzip;
+    unzip.start(QStringLiteral("unzip"), {QStringLiteral("-p"), file, QStringLiteral("xl/worksheets/sheet1.xml")});
+    ASSERT_TRUE(unzip.waitForFinished(20000));
+    const QString strings = QString::fromUtf8(unzip.readAllStandardOutput());
+    const QRegularExpression cut(QStringLiteral("<t[^>]*>(超长摘要[^<]*)</t>"));
+    const QString kept = cut.match(strings).captured(1);
+    EXPECT_TRUE(longText.startsWith(kept));
+    EXPECT_LE(kept.size(), 32767);
+    EXPECT_GE(kept.size(), 32766) << "at most half a character less";
+
+    boxes.clear();
+    const QString csv = b.path(QStringLiteral("long.csv"));
+    ASSERT_TRUE(b.journal->ExportToFile(csv));
+    EXPECT_TRUE(boxes.isEmpty());
+    bool whole = false;
+    for (const QStringList &record : b.readBack(csv, QLatin1Char(',')))
+        whole = whole || record.contains(longText);
+    EXPECT_TRUE(whole);
+}
+
 TEST(Export, AVetoOrAnUnwritablePlaceWritesNothing)
 {
     ExportingBook b;

@@ -16,6 +16,7 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+#include <algorithm>
 #include <gtest/gtest.h>
 
 using kx::Currency;
@@ -30,18 +31,10 @@ QString run(const QString &program, const QStringList &args)
     return QString::fromUtf8(p.readAllStandardOutput());
 }
 
-// The PDF's text, page by page. Some fonts map an ideograph to its radical's
-// code point; the text is folded back to the ideographs a person reads.
+// The PDF's text, page by page, as a reader of the file gets it.
 QStringList pdfPages(const QString &file)
 {
-    const QString raw = run(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), file, QStringLiteral("-")});
-    QString text;
-    for (const QChar c : raw) {
-        if (c.unicode() >= 0x2F00 && c.unicode() <= 0x2FDF)
-            text += QString(c).normalized(QString::NormalizationForm_KC);
-        else
-            text += c.unicode() == 0x2EDA ? QChar(u'页') : c;
-    }
+    const QString text = run(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), file, QStringLiteral("-")});
     QStringList pages = text.split(QLatin1Char('\f'));
     if (!pages.isEmpty() && pages.last().trimmed().isEmpty())
         pages.removeLast();
@@ -128,6 +121,16 @@ TEST(Print, PagesCarryTheirFiguresForwardAsPaperJournalsDo)
         EXPECT_EQ(text[p].contains(QStringLiteral("过次页")), p + 1 < pages) << "page " << p + 1;
         EXPECT_EQ(text[p].contains(QStringLiteral("承前页")), p > 0) << "page " << p + 1;
     }
+    // The text layer holds the characters a person reads: 页, 日, 月, never
+    // the radicals that share their glyphs; and the face is a Simplified Chinese one.
+    const QString all = text.join(QLatin1Char('\f'));
+    const auto radical = std::find_if(all.begin(), all.end(), [](QChar c) { return c.unicode() >= 0x2E80 && c.unicode() <= 0x2FDF; });
+    EXPECT_EQ(radical, all.end()) << "a radical U+" << QString::number(radical == all.end() ? 0 : radical->unicode(), 16).toStdString()
+                                  << " near: " << all.mid(std::max<qsizetype>(0, radical - all.begin() - 10), 20).toStdString();
+    for (const char *word : {"过次页", "承前页", "日期", "本月合计", "本年累计"})
+        EXPECT_TRUE(all.contains(QString::fromUtf8(word))) << word;
+    EXPECT_TRUE(run(QStringLiteral("pdffonts"), {file}).contains(QStringLiteral("CJKsc"))) << qPrintable(run(QStringLiteral("pdffonts"), {file}));
+
     // What a page carries over is what the next one brings forward.
     for (int p = 0; p + 1 < pages; ++p) {
         const QList<Currency> out = figuresOf(text[p], QStringLiteral("过次页"));

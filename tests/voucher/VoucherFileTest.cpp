@@ -4,6 +4,7 @@
 #include <QStringDecoder>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 using kx::Currency;
 using kx::Voucher;
@@ -111,6 +112,47 @@ TEST(VoucherFile, ReadsBackWhatItWrote)
     EXPECT_TRUE(VoucherFile::decode("\xEF\xBB\xBF" + utf8.value(), QStringLiteral("UTF-8")).ok()) << "an editor's mark";
     EXPECT_FALSE(VoucherFile::encode(sample(), QStringLiteral("no-such-codec")).ok());
     EXPECT_FALSE(VoucherFile::read(dir.filePath(QStringLiteral("missing.kxe"))).ok());
+}
+
+// Only a regular file of a size a voucher can have is read: a device, a
+// pipe or a huge file is refused at once, saying why, without reading it.
+TEST(VoucherFile, ReadsOnlyARegularFileOfAVouchersSize)
+{
+    const kx::Result<Voucher> zero = VoucherFile::read(QStringLiteral("/dev/zero"));
+    ASSERT_FALSE(zero.ok());
+    EXPECT_TRUE(zero.error().contains(QStringLiteral("不是普通文件"))) << qPrintable(zero.error());
+
+    QTemporaryDir dir;
+    const QString fifo = dir.filePath(QStringLiteral("pipe.kxe"));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    const kx::Result<Voucher> pipe = VoucherFile::read(fifo);  // would wait for a writer forever if opened
+    ASSERT_FALSE(pipe.ok());
+    EXPECT_TRUE(pipe.error().contains(QStringLiteral("不是普通文件"))) << qPrintable(pipe.error());
+
+    const kx::Result<Voucher> folder = VoucherFile::read(dir.path());
+    ASSERT_FALSE(folder.ok());
+    EXPECT_TRUE(folder.error().contains(QStringLiteral("不是普通文件"))) << qPrintable(folder.error());
+
+    // One byte beyond the limit (a sparse file: nothing is written to disk).
+    const QString huge = dir.filePath(QStringLiteral("huge.kxe"));
+    QFile file(huge);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(encoded());
+    ASSERT_TRUE(file.resize(VoucherFile::MaxFileBytes + 1));
+    file.close();
+    const kx::Result<Voucher> big = VoucherFile::read(huge);
+    ASSERT_FALSE(big.ok());
+    EXPECT_TRUE(big.error().contains(QStringLiteral("64 MB"))) << qPrintable(big.error());
+
+    // A link to a voucher file is read like the file.
+    const QString real = dir.filePath(QStringLiteral("real.kxe"));
+    QFile good(real);
+    ASSERT_TRUE(good.open(QIODevice::WriteOnly));
+    good.write(encoded());
+    good.close();
+    const QString link = dir.filePath(QStringLiteral("link.kxe"));
+    ASSERT_TRUE(QFile::link(real, link));
+    EXPECT_TRUE(VoucherFile::read(link).ok());
 }
 
 TEST(VoucherFile, RefusesWhatTheCodePageCannotHoldAndKeepsLinesWhole)
