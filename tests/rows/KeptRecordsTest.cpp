@@ -41,7 +41,9 @@ struct ClosedBook : EditingBook {
         rec(6, "2025-02-03", "房租", "Credit", "100", 0);
         rec(7, "2025-02-10", "销售收入", "Debit", "300", febVoucher);
         rec(8, "2025-02-20", "利息", "Debit", "5", 0);
-        db.run({QStringLiteral("Update kxJournalRecs Set DirID=%1 Where DocID=%2 And Row=3").arg(janVoucher).arg(book), {}});
+        linkedAtStart =
+            db.run({QStringLiteral("Update kxJournalRecs Set DirID=%1 Where DocID=%2 And Row=3").arg(janVoucher).arg(book), {}})
+                .ok();
         journal->setAsker([this](const QString &text, const QString &) {
             asked << text;
             return true;
@@ -78,6 +80,7 @@ struct ClosedBook : EditingBook {
     void drop(int source, int row) const { Q_EMIT journal->gridView()->rowDropped(source, row, 0); }
 
     int janVoucher = 0, febVoucher = 0;
+    bool linkedAtStart = false;
     QStringList asked;
 };
 
@@ -94,6 +97,7 @@ class KeptRecords : public ::testing::TestWithParam<Engine>
 TEST_P(KeptRecords, DeletingEverythingTakesOnlyOpenUnlinkedRecordsAndSurvivesSaveAndReload)
 {
     ClosedBook b(GetParam());
+    ASSERT_TRUE(b.linkedAtStart);
     ASSERT_EQ(b.column("Explain"), Loaded);
     ASSERT_EQ(b.journal->LastSumRow(), 5);
     kxtest::runMenuItem(*b.journal, "mnuRecalc");  // the stored summary row carries no totals
@@ -239,6 +243,33 @@ TEST_P(KeptRecords, DeletingHistoryKeepsClosedAndLinkedRecordsInTheDatabase)
     EXPECT_EQ(b.journal->LastSumRow(), 5);
     ASSERT_TRUE(b.journal->Load(b.book));
     EXPECT_EQ(b.journal->DirID(6), b.febVoucher);
+}
+
+TEST(KeptRecordsMany, TheMessageNamesTenRowsAndCountsTheRest)
+{
+    EditingBook b;
+    {
+        const kx::Database db = b.db->open();
+        BookBuilder builder(db);
+        for (int i = 0; i < 12; ++i)
+            builder.record(b.book, 5 + i,
+                           {{QStringLiteral("JnlDate"), QStringLiteral("2025-01-20")},
+                            {QStringLiteral("Explain"), QStringLiteral("零星支出%1").arg(i)},
+                            {QStringLiteral("Credit"), 1}});
+        builder.record(b.book, 17,
+                       {{QStringLiteral("JnlDate"), QStringLiteral("2025-01-31")},
+                        {QStringLiteral("Explain"), QStringLiteral("本月结余")},
+                        {QStringLiteral("Tag"), -1}});
+        builder.record(b.book, 18, {{QStringLiteral("JnlDate"), QStringLiteral("2025-02-01")}, {QStringLiteral("Debit"), 7}});
+    }
+    b.journal->setAsker([](const QString &, const QString &) { return true; });
+    ASSERT_TRUE(b.journal->Load(b.book));
+    ASSERT_EQ(b.journal->LastSumRow(), 17);
+    b.grid->select(1, b.col("Explain"), 18, b.col("Explain"));
+    ASSERT_TRUE(b.journal->DeleteRows());
+    EXPECT_EQ(b.boxes.last(), QStringLiteral("第2行、第3行、第4行、第5行、第6行、第7行、第8行、第9行、第10行、第11行……等 16 行"
+                                             "是已结账或已生成凭证的记录，不能删除；其余的 1 行已删除。"));
+    EXPECT_EQ(b.grid->rows(), 19) << "the header, the opening row, 15 records, the summary row and the empty row";
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, KeptRecords, ::testing::Values(Engine::Sqlite, Engine::Postgres),
