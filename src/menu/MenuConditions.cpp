@@ -5,6 +5,7 @@
 #include "kxjournal/GridModel.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerState.h"
+#include "ledger/RecordGuard.h"
 #include "voucher/VoucherLink.h"
 
 #include <QHash>
@@ -87,10 +88,14 @@ bool MenuConditions::allows(const QString &item) const
         {QStringLiteral("mnuClear"), [](const MenuConditions &m) { return m.selectionEditable(); }},
         {QStringLiteral("mnuPaste"),
          [](const MenuConditions &m) { return m.m_facts.clipboardHasText && m.changeable() && m.currentEditable(); }},
-        // The opening row is never inserted above, deleted or renumbered.
-        {QStringLiteral("mnuInsertRows"), [](const MenuConditions &m) { return m.changeable() && m.selectionBelowOpening(); }},
-        {QStringLiteral("mnuDeleteRows"), [](const MenuConditions &m) { return m.changeable() && m.selectionBelowOpening(); }},
-        {QStringLiteral("mnuRenumber"), [](const MenuConditions &m) { return m.changeable() && m.hasRows(); }},
+        // The opening row is never inserted above, deleted or renumbered;
+        // nor are records of a closed period or on vouchers (RecordGuard).
+        {QStringLiteral("mnuInsertRows"),
+         [](const MenuConditions &m) { return m.changeable() && m.selectionBelowOpening() && m.insertionOpen(); }},
+        {QStringLiteral("mnuDeleteRows"),
+         [](const MenuConditions &m) { return m.changeable() && m.selectionBelowOpening() && m.selectionDeletable(); }},
+        {QStringLiteral("mnuRenumber"),
+         [](const MenuConditions &m) { return m.changeable() && m.hasRows() && m.selectionRenumberable(); }},
         {QStringLiteral("mnuDelHistory"), [](const MenuConditions &m) { return m.changeable() && m.hasRecords(); }},
         {QStringLiteral("mnuSave"), [](const MenuConditions &m) { return m.m_ctx.state.dirty && m.m_ctx.state.mayModify(); }},
         {QStringLiteral("mnuInsSumRow"),
@@ -130,6 +135,29 @@ bool MenuConditions::allows(const QString &item) const
     };
     const auto test = tests.constFind(item);
     return test == tests.constEnd() || (*test)(*this);
+}
+
+bool MenuConditions::insertionOpen() const
+{
+    const GridModel &g = m_ctx.grid;
+    int r1 = 0, c1 = 0, r2 = 0, c2 = 0;
+    g.selection(r1, c1, r2, c2);
+    // Rows open above the selection, below the opening row.
+    return !RecordGuard(g, m_ctx.state).closesAt(std::max(r1, g.fixedRows() + 1));
+}
+
+bool MenuConditions::selectionDeletable() const
+{
+    int r1 = 0, c1 = 0, r2 = 0, c2 = 0;
+    m_ctx.grid.selection(r1, c1, r2, c2);
+    const RecordGuard guard(m_ctx.grid, m_ctx.state);
+    return anySelected([&](int r) { return guard.deletes(r, r1, r2); });
+}
+
+bool MenuConditions::selectionRenumberable() const
+{
+    const RecordGuard guard(m_ctx.grid, m_ctx.state);
+    return anySelected([&](int r) { return !m_ctx.grid.isSubtotal(r) && !guard.keeps(r); });
 }
 
 bool MenuConditions::selectionBelowOpening() const

@@ -47,6 +47,13 @@ public:
 
     /// True when the selected block reaches below the opening row.
     bool selectionBelowOpening() const;
+    /// True when rows opened above the selection would not land among the
+    /// records of a closed period.
+    bool insertionOpen() const;
+    /// True when a deletion of the selected block would take some row.
+    bool selectionDeletable() const;
+    /// True when renumbering would number some row of the selected block.
+    bool selectionRenumberable() const;
 
 private:
     template <typename Test>

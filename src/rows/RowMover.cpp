@@ -5,6 +5,7 @@
 #include "ledger/BookRow.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
+#include "ledger/RecordGuard.h"
 
 #include <QDate>
 
@@ -30,6 +31,11 @@ bool RowMover::isBadDropRow(int source, int row, int col) const
     const JournalColumns columns(m_grid);
     if (BookRow::of(m_grid, columns, row).isSummary() || BookRow::of(m_grid, columns, source).isSummary())
         return true;
+    // Records of a closed period and records on vouchers stay where they
+    // are, and nothing is put among closed records.
+    const RecordGuard guard(m_grid, m_state);
+    if (guard.keeps(source) || guard.closesAt(row))
+        return true;
     const QString month = monthOf(row);
     if (!month.isEmpty())
         return month != monthOf(source);
@@ -43,6 +49,15 @@ bool RowMover::drop(int source, int row, int col)
     if (!m_grid.isDataRow(source) || !m_grid.isDataRow(row))
         return false;
     const JournalColumns columns(m_grid);
+    const RecordGuard guard(m_grid, m_state);
+    if (guard.isClosed(source)) {
+        m_host.prompt(QStringLiteral("不能移动已结账月份中的记录。"), false);
+        return false;
+    }
+    if (guard.isLinked(source)) {
+        m_host.prompt(QStringLiteral("不能移动已生成凭证的记录，请先删除凭证链接。"), false);
+        return false;
+    }
     const int top = std::min(source, row);
     if (BookRow::of(m_grid, columns, top).isSummary()) {
         m_host.prompt(QStringLiteral("不能将当前行放在汇总行之前。"), false);
@@ -53,6 +68,8 @@ bool RowMover::drop(int source, int row, int col)
         dropMonth = monthOf(r);
     if (!dropMonth.isEmpty() && !monthOf(source).isEmpty() && dropMonth != monthOf(source))
         m_host.prompt(QStringLiteral("不能将当前行拖动到其它月份中。"), false);
+    else if (guard.closesAt(row))
+        m_host.prompt(QStringLiteral("不能将当前行拖动到已结账的月份中。"), false);
     if (isBadDropRow(source, row, col))
         return false;
     // Dropped on the empty row below the month, the record goes last in the

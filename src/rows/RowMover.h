@@ -18,11 +18,14 @@ public:
     RowMover(GridModel &grid, LedgerState &state, LedgerHost &host);
     /// True when row \a source may not be dropped on grid row \a row over
     /// grid column \a col (0: the row header): above the rows, off the row
-    /// header, onto a summary row, into another month, or onto an empty row
-    /// that does not follow a dated one.
+    /// header, onto a summary row, into another month, among the records of
+    /// a closed period, or onto an empty row that does not follow a dated
+    /// one; and always when \a source is a record of a closed period or on
+    /// a voucher (see RecordGuard).
     bool isBadDropRow(int source, int row, int col) const;
-    /// Drops row \a source on (\a row, \a col). Says why a drop upward onto
-    /// a summary row or into another month is refused; true when the row
+    /// Drops row \a source on (\a row, \a col). Says why a closed or linked
+    /// record does not move, and why a drop upward onto a summary row, into
+    /// another month or into a closed period is refused; true when the row
     /// moved (a drop on itself counts: its rows are marked and recalculated).
     bool drop(int source, int row, int col);
 

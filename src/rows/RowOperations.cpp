@@ -10,6 +10,8 @@
 #include "ledger/BookRow.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
+#include "ledger/RecordGuard.h"
+#include "ledger/RowLook.h"
 
 #include <QDate>
 
@@ -49,6 +51,11 @@ bool RowOperations::insertRows()
     const int count = r2 - r1 + 1;
     if (count <= 0 || !m_grid.isDataRow(r1))
         return false;
+    // Empty rows among closed records would move them.
+    if (RecordGuard(m_grid, m_state).closesAt(r1)) {
+        m_host.prompt(QStringLiteral("不能在已结账的记录中插入行。"), false);
+        return false;
+    }
     m_grid.insertRowsAt(r1, count);
     for (int r = r1; r < r1 + count; ++r)
         m_grid.setRowData(r, int(BookRow::Unchanged));
@@ -66,16 +73,36 @@ bool RowOperations::deleteRows(int row)
     } else {
         m_grid.selection(r1, c1, r2, c2);
     }
-    const int selected = r2 - r1 + 1;
-    const QString middle = selected > 1 ? QStringLiteral("被选中的 %1 ").arg(selected) : QString();
-    if (!m_host.ask(QStringLiteral("是否删除当前%1行？").arg(middle), QStringLiteral("删除行")))
+    QList<int> going, kept;
+    RecordGuard(m_grid, m_state).sortForDeletion(r1, r2, going, kept);
+    const QString reason = RecordGuard::keptReason();
+    if (going.isEmpty() && !kept.isEmpty()) {
+        if (m_state.mayModify() && !m_state.isConsolidated())
+            m_host.prompt(RecordGuard::rowList(kept) + reason + QStringLiteral("，不能删除。"), true);
+        return false;
+    }
+    QString question;
+    if (kept.isEmpty()) {
+        const int selected = r2 - r1 + 1;
+        const QString middle = selected > 1 ? QStringLiteral("被选中的 %1 ").arg(selected) : QString();
+        question = QStringLiteral("是否删除当前%1行？").arg(middle);
+    } else {
+        // The question counts only the rows that will go.
+        question = QStringLiteral("是否删除当前 %1 行？另有 %2 行%3，不能删除。").arg(going.size()).arg(kept.size()).arg(reason);
+    }
+    if (!m_host.ask(question, QStringLiteral("删除行")))
         return false;
     if (!m_state.mayModify() || m_state.isConsolidated())
         return false;
     const int removed = removeRows(r1, r2);
     if (removed <= 0)
         return false;
-    m_host.prompt(QStringLiteral("已删除 %1 行；").arg(removed), false);
+    if (kept.isEmpty())
+        m_host.prompt(QStringLiteral("已删除 %1 行；").arg(removed), false);
+    else
+        m_host.prompt(RecordGuard::rowList(RecordGuard::afterRemoval(kept, going)) + reason +
+                          QStringLiteral("，不能删除；其余的 %1 行已删除。").arg(removed),
+                      true);
     m_host.cancels(QStringLiteral("AfterDeleted"));
     return true;
 }
@@ -83,33 +110,49 @@ bool RowOperations::deleteRows(int row)
 int RowOperations::removeRows(int r1, int r2)
 {
     const int first = m_grid.fixedRows();
-    if (r1 == first)
-        ++r1;
-    r1 = std::max(r1, first + 1);
-    r2 = std::min(r2, m_grid.rows() - 1);
-    const int count = r2 - r1 + 1;
-    if (count <= 0)
+    // The guard is asked here, where rows go, so that no record of a closed
+    // period or on a voucher can reach the removed-records collection.
+    QList<int> going, kept;
+    RecordGuard(m_grid, m_state).sortForDeletion(r1, r2, going, kept);
+    if (going.isEmpty())
         return 0;
     GridBusy busy(m_grid, QStringLiteral("Remove"));
     const JournalColumns columns(m_grid);
     const int recCol = columns[JournalColumns::RecID];
-    m_state.removedRecords.reserve(m_state.removedRecords.size() + count);
-    for (int r = r1; r <= r2; ++r)
+    m_state.removedRecords.reserve(m_state.removedRecords.size() + going.size());
+    for (int r : std::as_const(going))
         m_state.removedRecords << int(m_grid.number(r, recCol));
-    m_grid.removeRowsAt(r1, count);
     const int lastBefore = m_state.lastSumRow;
-    m_state.rowsRemoved(m_grid, r1, count);
-    // When the closing row went, the rows it had closed are open again.
-    if (lastBefore >= r1 && lastBefore <= r2) {
+    // Bottom up, a run at a time, so the indexes above stay true.
+    for (qsizetype i = going.size() - 1; i >= 0;) {
+        qsizetype j = i;
+        while (j > 0 && going.at(j - 1) == going.at(j) - 1)
+            --j;
+        const int count = int(i - j + 1);
+        m_grid.removeRowsAt(going.at(j), count);
+        m_state.rowsRemoved(m_grid, going.at(j), count);
+        i = j - 1;
+    }
+    // When the closing row went (it goes only alone), the rows it had closed
+    // are open again; a record locked for values this control cannot read
+    // stays locked.
+    const int top = going.first();
+    if (going.size() == 1 && lastBefore == top) {
         const int stop = m_state.lastSumRow > first ? m_state.lastSumRow : first;
-        for (int r = std::min(r1, m_grid.rows()) - 1; r > stop; --r)
-            if (!BookRow(m_grid, columns, r).isLocked())
+        for (int r = std::min(top, m_grid.rows()) - 1; r > stop; --r) {
+            const BookRow line(m_grid, columns, r);
+            if (m_state.unwritable.contains(line.recId()))
+                continue;
+            if (line.isLocked())
+                RowLook::setLocked(m_grid, columns, m_state.looks, r, false);
+            else
                 m_grid.setRowForeColor(r, QColor());
+        }
     }
     m_host.markDirty();
     m_state.dirty = true;
-    BalanceCalculator(m_grid, m_state).recalculateFrom(std::min(r1, m_grid.rows() - 1));
-    return count;
+    BalanceCalculator(m_grid, m_state).recalculateFrom(std::min(top, m_grid.rows() - 1));
+    return int(going.size());
 }
 
 bool RowOperations::renumber()
@@ -133,10 +176,27 @@ bool RowOperations::renumber()
         splitNumber(above, prefix, number);
         width = int(above.size() - prefix.size());
     }
+    const RecordGuard guard(m_grid, m_state);
+    QList<int> kept;
     bool changed = false;
     for (int r = r1; r <= r2; ++r) {
         if (m_grid.isSubtotal(r))
             continue;
+        if (guard.keeps(r)) {
+            // Its number is stored with a closed month or on a voucher: it
+            // stays, and the numbering goes on from it.
+            kept << r;
+            const QString own = m_grid.text(r, noCol);
+            QString ownPrefix;
+            qint64 ownNumber = 0;
+            splitNumber(own, ownPrefix, ownNumber);
+            if (own.size() > ownPrefix.size()) {
+                prefix = ownPrefix;
+                number = ownNumber;
+                width = int(own.size() - ownPrefix.size());
+            }
+            continue;
+        }
         ++number;
         if (QString::number(number).size() > width)
             ++width;
@@ -148,6 +208,8 @@ bool RowOperations::renumber()
         BookRow(m_grid, columns, r).setChangeMark(BookRow::Modified);
         changed = true;
     }
+    if (!kept.isEmpty())
+        m_host.prompt(RecordGuard::rowList(kept) + RecordGuard::keptReason() + QStringLiteral("，单据号没有改动。"), false);
     if (changed) {
         m_host.markDirty();
         m_state.dirty = true;
@@ -164,24 +226,38 @@ Result<int> RowOperations::deleteHistory(AccContext *acc)
     const QDate cutOff = acc->BeginDate();
     if (!cutOff.isValid())
         return Error(QStringLiteral("账套没有建账日期，无法删除以前的记录。"));
-    if (!m_host.ask(QStringLiteral("将从数据库中删除 %1 以前的全部记录，删除后不能恢复。是否继续？")
-                        .arg(cutOff.toString(Qt::ISODate)),
-                    QStringLiteral("删除以前记录")))
-        return 0;
-    const Database &db = acc->Connection();
     const JournalColumns columns(m_grid);
+    const RecordGuard guard(m_grid, m_state);
     QList<int> doomed;
+    QList<int> kept;
     // The opening row carries the balance brought in, not a record of the
-    // past: it stays, and the grid keeps its first row for it.
+    // past: it stays, and the grid keeps its first row for it. Records of a
+    // closed period (their summary rows with them) and records on vouchers
+    // stay too: this deletion is stored at once and cannot be undone.
     for (int r = m_grid.fixedRows() + 1; r < m_grid.rows(); ++r) {
-        const QDate date = BookRow::of(m_grid, columns, r).date();
+        const BookRow line = BookRow::of(m_grid, columns, r);
+        const QDate date = line.date();
         if (date.isValid() && date < cutOff)
-            doomed << r;
+            (line.isSummary() || guard.keeps(r) ? kept : doomed) << r;
     }
+    const QString reason = RecordGuard::keptReason();
+    const QString question =
+        kept.isEmpty() ? QStringLiteral("将从数据库中删除 %1 以前的全部记录，删除后不能恢复。是否继续？").arg(cutOff.toString(Qt::ISODate))
+                       : QStringLiteral("将从数据库中删除 %1 以前的 %2 条记录，删除后不能恢复；另有 %3 条%4，不删除。是否继续？")
+                             .arg(cutOff.toString(Qt::ISODate))
+                             .arg(doomed.size())
+                             .arg(kept.size())
+                             .arg(reason);
+    if (!m_host.ask(question, QStringLiteral("删除以前记录")))
+        return 0;
+    const QString keptText =
+        kept.isEmpty() ? QString()
+                       : RecordGuard::rowList(RecordGuard::afterRemoval(kept, doomed)) + reason + QStringLiteral("，没有删除。");
     if (doomed.isEmpty()) {
-        m_host.prompt(QStringLiteral("删除以前记录共 0 条;"), false);
+        m_host.prompt(QStringLiteral("删除以前记录共 0 条;") + keptText, !kept.isEmpty());
         return 0;
     }
+    const Database &db = acc->Connection();
     {
         // All of them or none: the grid changes only once the deletion is stored.
         Transaction tx(db);
@@ -210,7 +286,7 @@ Result<int> RowOperations::deleteHistory(AccContext *acc)
         m_state.rowsRemoved(m_grid, doomed.at(j), i - j + 1);
         i = j - 1;
     }
-    m_host.prompt(QStringLiteral("删除以前记录共 %1 条;").arg(doomed.size()), false);
+    m_host.prompt(QStringLiteral("删除以前记录共 %1 条;").arg(doomed.size()) + keptText, !kept.isEmpty());
     return int(doomed.size());
 }
 

@@ -78,16 +78,34 @@ TEST(MenuState, ItemsAreEnabledExactlyWhenTheyCanRunOnTheRowAndBook)
              ASSERT_TRUE(b.journal->InsSumRow(3));
              b.grid->setCursor(4, b.col("Explain"));
          },
+         // Deleting it alone reopens the rows it closed; nothing opens above it.
          {QStringLiteral("mnuRedo"), QStringLiteral("mnuRemoveDoc"), QStringLiteral("mnuAccDoc"),
           QStringLiteral("mnuDocSelect"), QStringLiteral("mnuMakeDoc"), QStringLiteral("mnuCut"),
-          QStringLiteral("mnuClear"), QStringLiteral("mnuPaste")}},
+          QStringLiteral("mnuClear"), QStringLiteral("mnuPaste"), QStringLiteral("mnuInsertRows"),
+          QStringLiteral("mnuRenumber")}},
         {"a record closed by a summary row below it",
          [](EditingBook &b) {
              ASSERT_TRUE(b.journal->InsSumRow(3));
              b.grid->setCursor(3, b.col("Explain"));
          },
          {QStringLiteral("mnuRedo"), QStringLiteral("mnuRemoveDoc"), QStringLiteral("mnuRemoveSumRow"),
-          QStringLiteral("mnuCut"), QStringLiteral("mnuClear"), QStringLiteral("mnuPaste")}},
+          QStringLiteral("mnuCut"), QStringLiteral("mnuClear"), QStringLiteral("mnuPaste"),
+          QStringLiteral("mnuInsertRows"), QStringLiteral("mnuDeleteRows"), QStringLiteral("mnuRenumber")}},
+        {"closed records with the summary row below them: a summary row goes only alone",
+         [](EditingBook &b) {
+             ASSERT_TRUE(b.journal->InsSumRow(3));
+             b.grid->select(2, b.col("Explain"), 4, b.col("Explain"));
+         },
+         {QStringLiteral("mnuRedo"), QStringLiteral("mnuRemoveDoc"), QStringLiteral("mnuRemoveSumRow"),
+          QStringLiteral("mnuCut"), QStringLiteral("mnuClear"), QStringLiteral("mnuPaste"),
+          QStringLiteral("mnuInsertRows"), QStringLiteral("mnuDeleteRows"), QStringLiteral("mnuRenumber")}},
+        {"closed records and an open one: the open one can go",
+         [](EditingBook &b) {
+             ASSERT_TRUE(b.journal->InsSumRow(2));
+             b.grid->select(2, b.col("Explain"), 4, b.col("Explain"));
+         },
+         {QStringLiteral("mnuRedo"), QStringLiteral("mnuRemoveDoc"), QStringLiteral("mnuRemoveSumRow"),
+          QStringLiteral("mnuInsertRows"), QStringLiteral("mnuPaste")}},
         {"a record linked to a voucher",
          [](EditingBook &b) {
              b.grid->setText(2, QStringLiteral("DirID"), QStringLiteral("9"));
@@ -95,7 +113,7 @@ TEST(MenuState, ItemsAreEnabledExactlyWhenTheyCanRunOnTheRowAndBook)
          },
          plus(NothingDone, {QStringLiteral("mnuRemoveSumRow"), QStringLiteral("mnuDocSelect"),
                             QStringLiteral("mnuMakeDoc"), QStringLiteral("mnuCut"), QStringLiteral("mnuClear"),
-                            QStringLiteral("mnuPaste")})},
+                            QStringLiteral("mnuPaste"), QStringLiteral("mnuDeleteRows"), QStringLiteral("mnuRenumber")})},
         {"the empty row waiting at the bottom",
          [](EditingBook &b) { b.grid->setCursor(b.grid->rows() - 1, b.col("Explain")); },
          plus(NothingDone, {QStringLiteral("mnuRemoveSumRow"), QStringLiteral("mnuRemoveDoc"),

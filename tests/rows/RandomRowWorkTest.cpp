@@ -1,5 +1,6 @@
 // Random sequences of row work keep the last summary row true, the
-// balances right, and undo exact.
+// balances right, undo exact, and records of closed periods and records on
+// vouchers where they are.
 #include "editing/EditingBook.h"
 
 #include <kxjournal/GridView.h>
@@ -64,6 +65,42 @@ QString fault(const EditingBook &b)
     return {};
 }
 
+// A record by the stored row number it was loaded with (empty for rows
+// made since), for the rows below the opening row that are not summary rows.
+QStringList records(const EditingBook &b, int below = -1)
+{
+    const kx::GridModel &g = *b.grid;
+    const int end = below >= 0 ? std::min(below, g.rows()) : g.rows();
+    QStringList out;
+    for (int r = g.fixedRows() + 1; r < end; ++r)
+        if (g.number(r, b.col("Tag")) >= 0)
+            out << b.text(r, "Row");
+    return out;
+}
+
+QStringList linked(const EditingBook &b)
+{
+    QStringList out;
+    for (int r = b.grid->fixedRows() + 1; r < b.grid->rows(); ++r)
+        if (b.grid->number(r, b.col("Tag")) >= 0 && b.grid->number(r, b.col("DirID")) > 0)
+            out << b.text(r, "Row");
+    return out;
+}
+
+// Empty when no record of a closed period (\a closed: those above the last
+// summary row before the step) went or moved — they still lead the book, in
+// their order, whatever was reopened — and the linked records are all there
+// in their order.
+QString keptFault(const EditingBook &b, const QStringList &closed, const QStringList &links)
+{
+    const QStringList now = records(b);
+    if (now.mid(0, closed.size()) != closed)
+        return QStringLiteral("closed records %1 became %2").arg(closed.join(QLatin1Char(',')), now.join(QLatin1Char(',')));
+    if (linked(b) != links)
+        return QStringLiteral("linked records %1 became %2").arg(links.join(QLatin1Char(',')), linked(b).join(QLatin1Char(',')));
+    return {};
+}
+
 } // namespace
 
 TEST(RandomRowWork, LastSumRowBalancesAndUndoStayTrue)
@@ -83,11 +120,17 @@ TEST(RandomRowWork, LastSumRowBalancesAndUndoStayTrue)
     b.journal->setLockedForeColor(QColor(Qt::gray));
     kx::GridView *view = b.journal->gridView();
     const int explain = b.col("Explain");
+    // Two records on vouchers, never deleted or moved by any step below.
+    b.grid->setText(3, b.col("DirID"), QStringLiteral("77"));
+    b.grid->setText(4, b.col("DirID"), QStringLiteral("78"));
+    const QStringList links = linked(b);
+    ASSERT_EQ(links, (QStringList{QStringLiteral("3"), QStringLiteral("4")}));
     for (int step = 0; step < 2000; ++step) {
         const int rows = b.grid->rows();
         const int r1 = 1 + int(rng.bounded(rows - 1));
         const int r2 = std::min(rows - 1, r1 + int(rng.bounded(3)));
         const QStringList before = picture(b);
+        const QStringList closed = records(b, b.journal->LastSumRow());  // none while LastSumRow is 0
         // The book stays small, so that every step can be checked whole.
         const int op = rows > 20 && rng.bounded(2) ? 1 : int(rng.bounded(10));
         b.grid->select(r1, explain, r2, explain);
@@ -122,6 +165,9 @@ TEST(RandomRowWork, LastSumRowBalancesAndUndoStayTrue)
                 ASSERT_TRUE(picture(b) == after) << "redo of op " << op << " at step " << step;
             }
         }
+        const QString lost = keptFault(b, closed, links);
+        ASSERT_TRUE(lost.isEmpty()) << qPrintable(lost) << " after op " << op << " at step " << step << "\n"
+                                    << qPrintable(diff(before, picture(b)));
         const QString why = fault(b);
         ASSERT_TRUE(why.isEmpty()) << qPrintable(why) << " after op " << op << " at step " << step << "\n"
                                    << qPrintable(before.join(QLatin1Char('\n'))) << "\n----\n"

@@ -95,7 +95,8 @@ TEST(RowDrag, OtherMonthsAndSummaryRowsRefuseTheDrop)
     drag.run(5, 3);
     EXPECT_EQ(b.said.last(), QStringLiteral("不能将当前行放在汇总行之前。"));
     drag.run(2, 3);
-    EXPECT_EQ(int(b.said.size()), said + 1) << "a drop downward onto a summary row is refused without a word";
+    EXPECT_EQ(int(b.said.size()), said + 2);
+    EXPECT_EQ(b.said.last(), QStringLiteral("不能移动已结账月份中的记录。")) << "the sub-total closed row 2";
     EXPECT_EQ(b.text(3, "Tag"), QStringLiteral("-1"));
     EXPECT_EQ(b.text(2, "Explain"), QStringLiteral("收到货款"));
 }

@@ -106,22 +106,24 @@ TEST_P(RowWork, RenumberingFollowsTheRowAboveAndSkipsSummaryRows)
 {
     EditingBook b(GetParam());
     const int no = b.col("JnlNo");
-    b.grid->setText(2, no, QStringLiteral("A0099"));
-    ASSERT_TRUE(b.journal->InsSumRow(3));  // row 4 is a sub-total now
-    b.grid->select(3, no, 5, no);
-    kxtest::runMenuItem(*b.journal, "mnuRenumber");
-    EXPECT_EQ(b.text(3, "JnlNo"), QStringLiteral("A0100"));
-    EXPECT_TRUE(b.text(4, "JnlNo").isEmpty()) << "a summary row keeps its text and takes no number";
-    EXPECT_EQ(b.text(5, "JnlNo"), QStringLiteral("A0101"));
-    EXPECT_EQ(b.grid->rowData(5).toInt(), 2);
-
-    b.grid->setText(2, no, QStringLiteral("9"));
-    b.grid->select(3, no, 3, no);
-    kxtest::runMenuItem(*b.journal, "mnuRenumber");
-    EXPECT_EQ(b.text(3, "JnlNo"), QStringLiteral("10")) << "the width grows with the number";
     b.grid->select(1, no, 2, no);
     kxtest::runMenuItem(*b.journal, "mnuRenumber");
     EXPECT_EQ(texts(b, "JnlNo").mid(0, 2), (QStringList{QStringLiteral("1"), QStringLiteral("2")}));
+
+    b.grid->setText(2, no, QStringLiteral("A0099"));
+    ASSERT_TRUE(b.journal->InsSumRow(2));  // row 3 is a sub-total now, closing rows 1–2
+    b.grid->select(2, no, 5, no);
+    kxtest::runMenuItem(*b.journal, "mnuRenumber");
+    EXPECT_EQ(b.text(2, "JnlNo"), QStringLiteral("A0099")) << "a closed record keeps its number";
+    EXPECT_TRUE(b.text(3, "JnlNo").isEmpty()) << "a summary row keeps its text and takes no number";
+    EXPECT_EQ(b.text(4, "JnlNo"), QStringLiteral("A0100"));
+    EXPECT_EQ(b.text(5, "JnlNo"), QStringLiteral("A0101"));
+    EXPECT_EQ(b.grid->rowData(5).toInt(), 2);
+
+    b.grid->setText(4, no, QStringLiteral("9"));
+    b.grid->select(5, no, 5, no);
+    kxtest::runMenuItem(*b.journal, "mnuRenumber");
+    EXPECT_EQ(b.text(5, "JnlNo"), QStringLiteral("10")) << "the width grows with the number";
 }
 
 TEST_P(RowWork, DeletingHistoryAsksThenDeletesAtOnceAndForGood)
