@@ -15,6 +15,10 @@ bool EditGate::canEditRow(const EditContext &ctx, int row)
     const BookRow line = BookRow::of(ctx.grid, ctx.columns, row);
     if (line.isSummary() || line.isLocked() || line.dirId() > 0)
         return false;
+    // Above the last summary row lies a closed period, whether or not its
+    // rows were marked locked yet (closing a month only colours them).
+    if (ctx.state.lastSumRow > ctx.grid.fixedRows() && row < ctx.state.lastSumRow)
+        return false;
     return !ctx.state.unwritable.contains(line.recId());
 }
 

@@ -237,5 +237,22 @@ TEST_P(NothingLost, ALinkToARecordChangedElsewhereLosesNothing)
     EXPECT_TRUE(b.said.join(QLatin1Char('\n')).contains(QStringLiteral("第4行"))) << qPrintable(b.said.join(QLatin1Char('\n')));
 }
 
+// A month closed in this session takes no typing, paste or clearing, as one
+// closed before the book was read does not.
+TEST_P(NothingLost, AMonthClosedNowIsClosedToEditsAtOnce)
+{
+    EditingBook b(GetParam());
+    ASSERT_TRUE(b.journal->CloseBook());
+    EXPECT_FALSE(b.type(3, "Explain", QStringLiteral("结账后改的")));
+    EXPECT_FALSE(b.type(2, "Debit", QStringLiteral("1")));
+    b.grid->setCursor(3, b.col("Explain"));
+    b.journal->pasteText(QStringLiteral("贴上的"));
+    EXPECT_EQ(b.text(3, "Explain"), QStringLiteral("付材料款"));
+    EXPECT_EQ(b.text(2, "Debit"), QStringLiteral("500"));
+    // Reopened, it takes them again.
+    ASSERT_TRUE(b.journal->CloseBook());
+    EXPECT_TRUE(b.type(3, "Explain", QStringLiteral("重开后改的")));
+}
+
 INSTANTIATE_TEST_SUITE_P(Engines, NothingLost, ::testing::Values(Engine::Sqlite, Engine::Postgres),
                          [](const auto &info) { return kxtest::engineName(info.param); });
