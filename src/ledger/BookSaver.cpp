@@ -204,12 +204,13 @@ Result<void> BookSaver::writeRecords()
     const int first = m_grid.fixedRows();
     const int last = m_grid.rows() - 1;
     const int rows = m_grid.rows();
-    // A book whose first row was never stored is written out whole.
+    // A book whose first row was never stored is written out whole. The
+    // grid itself changes only once the pass is stored, so a pass that
+    // fails leaves the undo history fitting the grid.
+    bool writeAll = false;
     if (last >= first) {
         const BookRow opening(m_grid, columns, first);
-        if (opening.number(JournalColumns::Row) == opening.recId())
-            for (int r = first; r <= last; ++r)
-                BookRow(m_grid, columns, r).setChangeMark(BookRow::Modified);
+        writeAll = opening.number(JournalColumns::Row) == opening.recId();
     }
 
     // Only what differs from what the database holds is written: new rows,
@@ -229,10 +230,11 @@ Result<void> BookSaver::writeRecords()
         }
         // A row nobody touched, still at the place it is stored at, is what the
         // database holds (a load or save leaves every other row touched).
-        if (!m_grid.isRowTouched(r) && !shifted)
+        const bool touched = writeAll || m_grid.isRowTouched(r);
+        if (!touched && !shifted)
             continue;
         const BookRow row(m_grid, columns, r);
-        if (!m_grid.isRowTouched(r) && row.number(JournalColumns::Row) == r && row.recId() > 0)
+        if (!touched && row.number(JournalColumns::Row) == r && row.recId() > 0)
             continue;
         // Rows without a date are never stored: blank rows and the empty row
         // at the bottom; one that holds anything else stops the save.

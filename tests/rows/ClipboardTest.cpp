@@ -66,10 +66,16 @@ TEST(Clipboard, AThousandRowsPasteWithTheTwoBadCellsNamed)
     EXPECT_EQ(b.grid->amount(last, b.col("Balance")), kx::Currency::fromRaw(12625000));
     EXPECT_TRUE(b.journal->IsDirty());
 
-    ASSERT_TRUE(b.journal->Save());
+    // The row whose date was refused holds a record: the save stops and names it.
+    b.said.clear();
+    EXPECT_FALSE(b.journal->Save());
+    EXPECT_TRUE(b.said.join(QLatin1Char('\n')).contains(QStringLiteral("第105行有内容但没有日期")))
+        << qPrintable(b.said.join(QLatin1Char('\n')));
     kx::Database db = b.db->open();
-    EXPECT_EQ(db.scalar({QStringLiteral("Select count(*) From kxJournalRecs"), {}}).value().toInt(), 4 + 999)
-        << "the row left without a date waits, as any undated row";
+    EXPECT_EQ(db.scalar({QStringLiteral("Select count(*) From kxJournalRecs"), {}}).value().toInt(), 4);
+    ASSERT_TRUE(b.type(105, "ShowName", QStringLiteral("2025-01-26")));
+    ASSERT_TRUE(b.journal->Save()) << qPrintable(b.said.join(QLatin1Char('\n')));
+    EXPECT_EQ(db.scalar({QStringLiteral("Select count(*) From kxJournalRecs"), {}}).value().toInt(), 4 + 1000);
 
     ASSERT_TRUE(b.journal->Load(b.book));
     b.grid->setCursor(5, b.col("ShowName"));
