@@ -33,17 +33,19 @@ protected:
     }
 
     static int key(const EditingBook &b, int row) { return int(b.grid->number(row, b.col("RecID"))); }
-};
 
-// One line of a paste: the texts for the visible columns from the date on.
-QString line(const EditingBook &b, const QMap<QString, QString> &cells)
-{
-    QStringList out;
-    for (int c = b.col("ShowName"); c < b.grid->cols(); ++c)
-        if (!b.grid->isColHidden(c))
-            out << cells.value(b.grid->colKey(c));
-    return out.join(QLatin1Char('\t'));
-}
+    // Questions about other users' changes go to \a questions and are
+    // answered \a mine; any other question is answered yes.
+    static void answerConflicts(EditingBook &b, QStringList &questions, const bool &mine)
+    {
+        b.journal->setAsker([&questions, &mine](const QString &text, const QString &) {
+            if (!text.contains(QStringLiteral("其他用户")))
+                return true;
+            questions << text;
+            return mine;
+        });
+    }
+};
 
 } // namespace
 
@@ -73,10 +75,10 @@ TEST_P(NothingLost, RowsWithContentButNoDateStopTheSaveNamed)
     const int pasted = b.grid->rows() - 1;
     b.grid->setCursor(pasted, b.col("ShowName"));
     ASSERT_TRUE(b.journal->pasteText(
-        line(b, {{QStringLiteral("ShowName"), QStringLiteral("2025-01-20")}, {QStringLiteral("Explain"), QStringLiteral("甲")},
+        kxtest::pasteLine(b, {{QStringLiteral("ShowName"), QStringLiteral("2025-01-20")}, {QStringLiteral("Explain"), QStringLiteral("甲")},
                  {QStringLiteral("Debit"), QStringLiteral("1")}}) +
         QLatin1Char('\n') +
-        line(b, {{QStringLiteral("ShowName"), QStringLiteral("2025-13-40")}, {QStringLiteral("Explain"), QStringLiteral("乙")},
+        kxtest::pasteLine(b, {{QStringLiteral("ShowName"), QStringLiteral("2025-13-40")}, {QStringLiteral("Explain"), QStringLiteral("乙")},
                  {QStringLiteral("Credit"), QStringLiteral("2")}})));
     b.said.clear();
     EXPECT_FALSE(b.journal->Save());
@@ -101,12 +103,7 @@ TEST_P(NothingLost, ConflictsAreJudgedFieldByField)
     EditingBook b(GetParam());
     QStringList questions;
     bool mine = true;
-    b.journal->setAsker([&](const QString &text, const QString &) {
-        if (!text.contains(QStringLiteral("其他用户")))
-            return true;
-        questions << text;
-        return mine;
-    });
+    answerConflicts(b, questions, mine);
     kx::Database other = b.db->open();
     const auto theirs = [&](const char *field, const QString &value, int key) {
         ASSERT_TRUE(other.run({QStringLiteral("Update kxJournalRecs Set %1=? Where RecID=?").arg(QLatin1String(field)), {value, key}}).ok());
@@ -159,12 +156,7 @@ TEST_P(NothingLost, ARecordDeletedOnOneSideAndChangedOnTheOtherIsAskedAbout)
     EditingBook b(GetParam());
     QStringList questions;
     bool mine = true;
-    b.journal->setAsker([&](const QString &text, const QString &) {
-        if (!text.contains(QStringLiteral("其他用户")))
-            return true;
-        questions << text;
-        return mine;
-    });
+    answerConflicts(b, questions, mine);
     kx::Database other = b.db->open();
     const int key3 = key(b, 3), key4 = key(b, 4);
 

@@ -67,6 +67,15 @@ bool EditingBook::type(int row, const char *key, const QString &t) const
     return grid->editCycle()->editCell(row, col(key), t);
 }
 
+QString pasteLine(const EditingBook &b, const QMap<QString, QString> &cells)
+{
+    QStringList out;
+    for (int c = b.col("ShowName"); c < b.grid->cols(); ++c)
+        if (!b.grid->isColHidden(c))
+            out << cells.value(b.grid->colKey(c));
+    return out.join(QLatin1Char('\t'));
+}
+
 void runMenuItem(kx::Journal &journal, const char *name)
 {
     journal.contextMenu()->popup(QPoint(0, 0));

@@ -7,6 +7,7 @@
 #include <kxjournal/Journal.h>
 #include <kxjournal/SqlAccContext.h>
 
+#include <QMap>
 #include <QStringList>
 #include <memory>
 
@@ -35,6 +36,10 @@ struct EditingBook {
     int book = 0;
     int bank = 0, icbc = 0, ccb = 0, receivable = 0, codeAsName = 0, payable = 0, payableIcbc = 0, expenses = 0;
 };
+
+/// One line of a paste into \a b: the texts of \a cells (by column key) for
+/// the visible columns from the date on, tab-separated.
+QString pasteLine(const EditingBook &b, const QMap<QString, QString> &cells);
 
 /// Runs the context-menu item \a name as a click would, its state brought
 /// up to date as the menu showing does.

@@ -11,19 +11,7 @@
 
 using kxtest::EditingBook;
 
-namespace {
-
-// One line of a paste: the texts for the visible columns from ShowName on.
-QString line(const EditingBook &b, const QMap<QString, QString> &cells)
-{
-    QStringList out;
-    for (int c = b.col("ShowName"); c < b.grid->cols(); ++c)
-        if (!b.grid->isColHidden(c))
-            out << cells.value(b.grid->colKey(c));
-    return out.join(QLatin1Char('\t'));
-}
-
-} // namespace
+using kxtest::pasteLine;
 
 TEST(Clipboard, AThousandRowsPasteWithTheTwoBadCellsNamed)
 {
@@ -38,7 +26,7 @@ TEST(Clipboard, AThousandRowsPasteWithTheTwoBadCellsNamed)
             cells[QStringLiteral("ShowName")] = QStringLiteral("2025-13-40");
         if (i == 700)
             cells[QStringLiteral("AccName")] = QStringLiteral("没有这个科目");
-        lines << line(b, cells);
+        lines << pasteLine(b, cells);
     }
     QList<int> progress;
     QObject::connect(b.journal.get(), &kx::Journal::Process, [&](int p) { progress << p; });
@@ -80,7 +68,7 @@ TEST(Clipboard, AThousandRowsPasteWithTheTwoBadCellsNamed)
     ASSERT_TRUE(b.journal->Load(b.book));
     b.grid->setCursor(5, b.col("ShowName"));
     const int rows = b.grid->rows();
-    ASSERT_TRUE(b.journal->pasteText(line(b, {{QStringLiteral("Explain"), QStringLiteral("改")}})));
+    ASSERT_TRUE(b.journal->pasteText(pasteLine(b, {{QStringLiteral("Explain"), QStringLiteral("改")}})));
     ASSERT_TRUE(b.journal->undo());
     EXPECT_EQ(b.grid->rows(), rows);
     EXPECT_EQ(b.text(5, "Explain"), QStringLiteral("导入0")) << "a paste is one undo step";
