@@ -57,9 +57,10 @@ GridView::GridView(QWidget *parent) : QTableView(parent), m_delegate(new GridDel
     verticalHeader()->viewport()->installEventFilter(this);
     connect(horizontalHeader(), &QHeaderView::sectionMoved, this, &GridView::onSectionMoved);
     connect(horizontalHeader(), &QHeaderView::sectionResized, this, &GridView::onSectionResized);
-    connect(verticalHeader(), &QHeaderView::sectionResized, this, [this](int logical, int, int size) {
+    // A row the user drags taller is as tall in the frozen part.
+    connect(verticalHeader(), &QHeaderView::sectionResized, this, [this](int logical) {
         if (m_frozen)
-            m_frozen->setRowHeight(logical, size);
+            m_frozen->followRow(logical);
     });
     applyLook();
 }
@@ -117,11 +118,12 @@ void GridView::syncRow(int row)
     const bool hidden = m_model->isRowHidden(row);
     if (isRowHidden(r) != hidden)
         setRowHidden(r, hidden);
-    if (m_frozen && m_frozen->isRowHidden(r) != hidden)
-        m_frozen->setRowHidden(r, hidden);
     const int h = m_model->rowHeight(row);
     if (verticalHeader()->sectionSize(r) != h && !hidden)
         verticalHeader()->resizeSection(r, h);
+    // The frozen part copies this view's row, never the model's: one source.
+    if (m_frozen)
+        m_frozen->followRow(r);
 }
 
 void GridView::syncRows()
@@ -133,18 +135,17 @@ void GridView::syncRows()
     verticalHeader()->setDefaultSectionSize(def);
     // A book without rows of their own height is laid out by the default
     // alone; asking a million rows one by one would cost seconds.
-    if (m_model->uniformRows()) {
-        if (m_model->rows() > 0)
-            horizontalHeader()->setFixedHeight(m_model->rowHeight(0));
-        return;
+    if (!m_model->uniformRows()) {
+        const int n = m_model->rows();
+        for (int row = m_model->fixedRows(); row < n; ++row)
+            syncRow(row);
     }
-    const int n = m_model->rows();
-    for (int row = m_model->fixedRows(); row < n; ++row)
-        syncRow(row);
     if (m_model->rows() > 0)
         horizontalHeader()->setFixedHeight(m_model->rowHeight(0));
-    if (m_frozen)
+    if (m_frozen) {
+        m_frozen->followRows();
         m_frozen->follow();
+    }
 }
 
 void GridView::syncCol(int col)
