@@ -56,8 +56,16 @@ void FrozenColumns::attach()
     delete m_modelWatch;
     m_modelWatch = new QObject(this);
     if (QAbstractItemModel *shown = model()) {
-        connect(shown, &QAbstractItemModel::modelReset, m_modelWatch, [this] { followRows(); });
-        connect(shown, &QAbstractItemModel::layoutChanged, m_modelWatch, [this] { followRows(); });
+        // Between "about to" and done, the rows on either side may be the old ones.
+        const auto stale = [this] { m_stale = true; };
+        const auto fresh = [this] {
+            m_stale = false;
+            followRows();
+        };
+        connect(shown, &QAbstractItemModel::modelAboutToBeReset, m_modelWatch, stale);
+        connect(shown, &QAbstractItemModel::layoutAboutToBeChanged, m_modelWatch, stale);
+        connect(shown, &QAbstractItemModel::modelReset, m_modelWatch, fresh);
+        connect(shown, &QAbstractItemModel::layoutChanged, m_modelWatch, fresh);
         connect(shown, &QAbstractItemModel::rowsInserted, m_modelWatch,
                 [this](const QModelIndex &, int first, int last) {
                     for (int r = first; r <= last; ++r)
@@ -100,7 +108,7 @@ void FrozenColumns::followRows()
     QHeaderView *mine = verticalHeader();
     const QHeaderView *theirs = m_main->verticalHeader();
     // Part way through a change of the rows: called again once it is done.
-    if (mine->count() != theirs->count())
+    if (m_stale || mine->count() != theirs->count())
         return;
     if (mine->minimumSectionSize() != theirs->minimumSectionSize())
         mine->setMinimumSectionSize(theirs->minimumSectionSize());
@@ -114,15 +122,19 @@ void FrozenColumns::followRows()
     if (grid && grid->uniformRows() && theirs->hiddenSectionCount() == 0 && mine->hiddenSectionCount() == 0 &&
         theirs->length() == even && mine->length() == even)
         return;
+    // Row by row, without working out where each row lies on screen.
+    const bool updates = mine->updatesEnabled();
+    mine->setUpdatesEnabled(false);
     for (int r = 0; r < theirs->count(); ++r)
         followRow(r);
+    mine->setUpdatesEnabled(updates);
 }
 
 void FrozenColumns::followRow(int row)
 {
     QHeaderView *mine = verticalHeader();
     const QHeaderView *theirs = m_main->verticalHeader();
-    if (row < 0 || row >= mine->count() || mine->count() != theirs->count())
+    if (m_stale || row < 0 || row >= mine->count() || mine->count() != theirs->count())
         return;
     if (theirs->isSectionHidden(row)) {
         if (!mine->isSectionHidden(row))

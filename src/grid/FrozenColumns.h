@@ -41,6 +41,7 @@ private:
     QObject *m_modelWatch = nullptr; ///< receives the shown model's signals
     int m_count = 0;
     bool m_following = false;
+    bool m_stale = false; ///< the model is being reset: this view's rows are not read yet
 };
 
 } // namespace kx

@@ -59,7 +59,7 @@ GridView::GridView(QWidget *parent) : QTableView(parent), m_delegate(new GridDel
     connect(horizontalHeader(), &QHeaderView::sectionResized, this, &GridView::onSectionResized);
     // A row the user drags taller is as tall in the frozen part.
     connect(verticalHeader(), &QHeaderView::sectionResized, this, [this](int logical) {
-        if (m_frozen)
+        if (m_frozen && !m_syncingRows)
             m_frozen->followRow(logical);
     });
     applyLook();
@@ -122,7 +122,7 @@ void GridView::syncRow(int row)
     if (verticalHeader()->sectionSize(r) != h && !hidden)
         verticalHeader()->resizeSection(r, h);
     // The frozen part copies this view's row, never the model's: one source.
-    if (m_frozen)
+    if (m_frozen && !m_syncingRows)
         m_frozen->followRow(r);
 }
 
@@ -130,18 +130,23 @@ void GridView::syncRows()
 {
     if (!m_model)
         return;
-    const int def = m_model->rowHeight(-1);
-    verticalHeader()->setMinimumSectionSize(std::max(1, std::min(def, m_model->rowHeightMin() > 0 ? m_model->rowHeightMin() : def)));
-    verticalHeader()->setDefaultSectionSize(def);
-    // A book without rows of their own height is laid out by the default
-    // alone; asking a million rows one by one would cost seconds.
-    if (!m_model->uniformRows()) {
-        const int n = m_model->rows();
-        for (int row = m_model->fixedRows(); row < n; ++row)
-            syncRow(row);
+    {
+        // The frozen part copies the rows once at the end, not each as it changes.
+        QScopedValueRollback<bool> bulk(m_syncingRows, true);
+        const int def = m_model->rowHeight(-1);
+        verticalHeader()->setMinimumSectionSize(
+            std::max(1, std::min(def, m_model->rowHeightMin() > 0 ? m_model->rowHeightMin() : def)));
+        verticalHeader()->setDefaultSectionSize(def);
+        // A book without rows of their own height is laid out by the default
+        // alone; asking a million rows one by one would cost seconds.
+        if (!m_model->uniformRows()) {
+            const int n = m_model->rows();
+            for (int row = m_model->fixedRows(); row < n; ++row)
+                syncRow(row);
+        }
+        if (m_model->rows() > 0)
+            horizontalHeader()->setFixedHeight(m_model->rowHeight(0));
     }
-    if (m_model->rows() > 0)
-        horizontalHeader()->setFixedHeight(m_model->rowHeight(0));
     if (m_frozen) {
         m_frozen->followRows();
         m_frozen->follow();
