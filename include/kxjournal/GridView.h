@@ -182,6 +182,7 @@ private:
     int m_mouseRow = -1;
     int m_mouseCol = -1;
     bool m_syncing = false;
+    bool m_syncingRows = false;  ///< reading every row: the frozen part follows once at the end
     // Invalid until set: the palette's colour is used.
     QColor m_backColor;
     QColor m_backColorFixed;

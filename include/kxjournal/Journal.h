@@ -385,6 +385,15 @@ public:
     void setAsker(std::function<bool(const QString &text, const QString &title)> asker);
     /// Asks a Yes/No question through the asker.
     bool ask(const QString &text, const QString &title = QString()) const;
+    /// Replaces how a question with several answers is asked (such as
+    /// 存储 / 不存储 / 取消): the asker returns the index in \a answers of the
+    /// one chosen. The first answer is the default; the last is what closing
+    /// the question gives.
+    void setChoiceAsker(
+        std::function<int(const QString &text, const QString &title, const QStringList &answers)> asker);
+    /// Asks a question with several answers through the choice asker: the
+    /// index of the answer chosen (the last one for anything out of range).
+    int choose(const QString &text, const QStringList &answers, const QString &title = QString()) const;
     /// The context menu.
     QMenu *contextMenu() const;
     /// The context-menu item named \a name ("mnuCopy"), or nullptr when there is none.

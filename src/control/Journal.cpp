@@ -19,6 +19,7 @@
 
 #include <QContextMenuEvent>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -49,6 +50,22 @@ Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_unique<JournalP
     d->asker = [this](const QString &text, const QString &title) {
         return QMessageBox::question(this, title.isEmpty() ? Caption() : title, text,
                                      QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
+    };
+    d->choiceAsker = [this](const QString &text, const QString &title, const QStringList &answers) {
+        QMessageBox box(QMessageBox::Question, title.isEmpty() ? Caption() : title, text, QMessageBox::NoButton, this);
+        QList<QAbstractButton *> buttons;
+        for (int i = 0; i < int(answers.size()); ++i) {
+            const bool last = i == int(answers.size()) - 1;
+            buttons << box.addButton(answers.at(i), i == 0 ? QMessageBox::AcceptRole
+                                                    : last ? QMessageBox::RejectRole
+                                                           : QMessageBox::DestructiveRole);
+        }
+        if (!buttons.isEmpty()) {
+            box.setDefaultButton(qobject_cast<QPushButton *>(buttons.first()));
+            box.setEscapeButton(buttons.last());
+        }
+        box.exec();
+        return int(buttons.indexOf(box.clickedButton()));
     };
     connect(d->grid, &GridModel::cursorChanged, this, &Journal::onCursorChanged);
     connect(d->view, &GridView::mouseUp, this,
@@ -359,6 +376,20 @@ void Journal::setAsker(std::function<bool(const QString &, const QString &)> ask
 bool Journal::ask(const QString &text, const QString &title) const
 {
     return d->asker(text, title);
+}
+
+void Journal::setChoiceAsker(std::function<int(const QString &, const QString &, const QStringList &)> asker)
+{
+    if (asker)
+        d->choiceAsker = std::move(asker);
+}
+
+int Journal::choose(const QString &text, const QStringList &answers, const QString &title) const
+{
+    if (answers.isEmpty())
+        return -1;
+    const int answer = d->choiceAsker(text, title, answers);
+    return answer >= 0 && answer < int(answers.size()) ? answer : int(answers.size()) - 1;
 }
 
 } // namespace kx

@@ -135,8 +135,22 @@ void JournalPrivate::setSidePanel(bool visible)
 
 void JournalPrivate::refresh()
 {
-    if (!cancels(QStringLiteral("Refresh")))
-        q->Load();
+    if (cancels(QStringLiteral("Refresh")) || !settleEditor())
+        return;
+    // Reading the book again drops what was changed since the last save:
+    // the user decides first.
+    if (q->IsDirty()) {
+        enum { Store, Drop, Keep };
+        const int answer =
+            q->choose(QStringLiteral("“%1”有没有存储的修改。要先存储吗？").arg(q->Caption()),
+                      {QStringLiteral("存储"), QStringLiteral("不存储"), QStringLiteral("取消")}, q->Caption());
+        // A save that fails keeps the changes on screen: nothing is read over them.
+        if (answer == Keep || (answer == Store && !q->Save()))
+            return;
+    }
+    // The grid holds what is stored now: nothing is left to save.
+    if (q->Load())
+        q->setIsDirty(false);
 }
 
 void JournalPrivate::defaultFormatCommand()

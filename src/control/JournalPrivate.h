@@ -164,6 +164,7 @@ public:
     QString caption;
     bool sidePanel = false;
     std::function<bool(const QString &, const QString &)> asker;
+    std::function<int(const QString &, const QString &, const QStringList &)> choiceAsker;
     int lastRow = -1;
     int lastCol = -1;
 

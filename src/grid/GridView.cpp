@@ -57,9 +57,10 @@ GridView::GridView(QWidget *parent) : QTableView(parent), m_delegate(new GridDel
     verticalHeader()->viewport()->installEventFilter(this);
     connect(horizontalHeader(), &QHeaderView::sectionMoved, this, &GridView::onSectionMoved);
     connect(horizontalHeader(), &QHeaderView::sectionResized, this, &GridView::onSectionResized);
-    connect(verticalHeader(), &QHeaderView::sectionResized, this, [this](int logical, int, int size) {
-        if (m_frozen)
-            m_frozen->setRowHeight(logical, size);
+    // A row the user drags taller is as tall in the frozen part.
+    connect(verticalHeader(), &QHeaderView::sectionResized, this, [this](int logical) {
+        if (m_frozen && !m_syncingRows)
+            m_frozen->followRow(logical);
     });
     applyLook();
 }
@@ -117,34 +118,39 @@ void GridView::syncRow(int row)
     const bool hidden = m_model->isRowHidden(row);
     if (isRowHidden(r) != hidden)
         setRowHidden(r, hidden);
-    if (m_frozen && m_frozen->isRowHidden(r) != hidden)
-        m_frozen->setRowHidden(r, hidden);
     const int h = m_model->rowHeight(row);
     if (verticalHeader()->sectionSize(r) != h && !hidden)
         verticalHeader()->resizeSection(r, h);
+    // The frozen part copies this view's row, never the model's: one source.
+    if (m_frozen && !m_syncingRows)
+        m_frozen->followRow(r);
 }
 
 void GridView::syncRows()
 {
     if (!m_model)
         return;
-    const int def = m_model->rowHeight(-1);
-    verticalHeader()->setMinimumSectionSize(std::max(1, std::min(def, m_model->rowHeightMin() > 0 ? m_model->rowHeightMin() : def)));
-    verticalHeader()->setDefaultSectionSize(def);
-    // A book without rows of their own height is laid out by the default
-    // alone; asking a million rows one by one would cost seconds.
-    if (m_model->uniformRows()) {
+    {
+        // The frozen part copies the rows once at the end, not each as it changes.
+        QScopedValueRollback<bool> bulk(m_syncingRows, true);
+        const int def = m_model->rowHeight(-1);
+        verticalHeader()->setMinimumSectionSize(
+            std::max(1, std::min(def, m_model->rowHeightMin() > 0 ? m_model->rowHeightMin() : def)));
+        verticalHeader()->setDefaultSectionSize(def);
+        // A book without rows of their own height is laid out by the default
+        // alone; asking a million rows one by one would cost seconds.
+        if (!m_model->uniformRows()) {
+            const int n = m_model->rows();
+            for (int row = m_model->fixedRows(); row < n; ++row)
+                syncRow(row);
+        }
         if (m_model->rows() > 0)
             horizontalHeader()->setFixedHeight(m_model->rowHeight(0));
-        return;
     }
-    const int n = m_model->rows();
-    for (int row = m_model->fixedRows(); row < n; ++row)
-        syncRow(row);
-    if (m_model->rows() > 0)
-        horizontalHeader()->setFixedHeight(m_model->rowHeight(0));
-    if (m_frozen)
+    if (m_frozen) {
+        m_frozen->followRows();
         m_frozen->follow();
+    }
 }
 
 void GridView::syncCol(int col)

@@ -252,6 +252,64 @@ TEST(Layout, TheFrozenDateAndNumberScrollInStepWithTheBook)
     EXPECT_EQ(s.grid()->row(), s.grid()->fixedRows() + 40);
 }
 
+namespace {
+
+// The first pixel line across the book where the frozen date and number
+// stand beside another row than the amounts (empty when none).
+QString frozenLineOff(kx::GridView *view)
+{
+    QTableView *frozen = view->frozenView();
+    const int x = frozen->columnViewportPosition(0) + 1;
+    for (int y = 0; y < view->viewport()->height(); ++y) {
+        const QPoint there = frozen->viewport()->mapFrom(view, view->viewport()->mapTo(view, QPoint(x, y)));
+        if (frozen->rowAt(there.y()) != view->rowAt(y) || there.y() >= frozen->viewport()->height())
+            return QStringLiteral("line %1 at scroll %2: row %3 beside row %4")
+                .arg(y)
+                .arg(view->verticalScrollBar()->value())
+                .arg(frozen->rowAt(there.y()))
+                .arg(view->rowAt(y));
+    }
+    return {};
+}
+
+} // namespace
+
+TEST(Layout, EveryFrozenDateStaysBesideItsRecord)
+{
+    SampleJournal s(600);
+    s.journal->resize(560, 360);
+    s.journal->show();
+    ASSERT_TRUE(s.load());
+    QCoreApplication::processEvents();
+    kx::GridView *view = s.journal->gridView();
+    ASSERT_NE(view->frozenView(), nullptr);
+    kx::GridModel *g = s.grid();
+    // The month totals are two lines high.
+    std::vector<int> sums;
+    for (int r = g->fixedRows(); r < g->rows(); ++r)
+        if (g->rowHeight(r) > g->defaultRowHeight())
+            sums.push_back(r - g->fixedRows());
+    ASSERT_GE(sums.size(), 3u);
+    g->setRowHidden(sums[1] + g->fixedRows() - 2, true);
+    QCoreApplication::processEvents();
+
+    QScrollBar *bar = view->verticalScrollBar();
+    std::vector<int> stops{0, bar->maximum() / 3, bar->maximum()};
+    for (int row : sums)
+        stops.push_back(std::max(0, row - 4));
+    for (int stop : stops) {
+        bar->setValue(stop);
+        EXPECT_EQ(frozenLineOff(view), QString());
+    }
+    // After a reload as well.
+    ASSERT_TRUE(s.load());
+    QCoreApplication::processEvents();
+    for (int stop : stops) {
+        bar->setValue(stop);
+        EXPECT_EQ(frozenLineOff(view), QString()) << "after the reload";
+    }
+}
+
 TEST(Layout, PanesKeepTheirSizesAndTheOptionButtonHasAPicture)
 {
     SampleJournal s;
