@@ -204,12 +204,12 @@ kx::Currency stored(const EditingBook &b, int row, const char *field)
     return kx::Currency::fromStoredText(v.toString()).valueOr(kx::Currency::invalid());
 }
 
-// Amounts, balances and foreign figures of the data rows (an emptied
+// Amounts, balances and foreign figures of the four records (an emptied
 // amount is stored as 0).
 std::vector<std::int64_t> figures(const EditingBook &b)
 {
     std::vector<std::int64_t> out;
-    for (int r = b.grid->fixedRows(); r < b.grid->rows(); ++r)
+    for (int r = 1; r <= 4; ++r)
         for (const char *key : {"Debit", "Credit", "Forex", "Balance", "fxBalance"}) {
             EXPECT_TRUE(b.grid->holdsAmount(r, b.col(key))) << r << key;
             out.push_back(b.grid->amount(r, b.col(key)).raw());
@@ -271,6 +271,13 @@ TEST_P(AmountEntry, AmountsAndBalancesTheEngineCannotHoldExactlyAreRefused)
         EXPECT_EQ(b.text(4, "Balance"), QStringLiteral("8656897005074.62"));
         EXPECT_FALSE(b.type(3, "Credit", QStringLiteral("0.0001"))) << "8656897005324.6199 has 17 digits";
         EXPECT_TRUE(b.type(3, "Credit", QStringLiteral("0.01")));
+        // A row without a day counts towards no balance until it gets one.
+        const int blank = b.grid->rows() - 1;
+        EXPECT_TRUE(b.type(blank, "Debit", QStringLiteral("99999999999.9999")));
+        EXPECT_FALSE(b.type(blank, "ShowName", QStringLiteral("2025-01-20")));
+        EXPECT_EQ(b.boxes.last(), QStringLiteral("这样输入后，第5行的余额超出了账簿能准确保存的位数（最多15位有效数字）。"));
+        EXPECT_TRUE(b.text(blank, "JnlDate").isEmpty());
+        EXPECT_TRUE(b.type(blank, "Debit", QString()));
     } else {
         EXPECT_EQ(b.text(4, "Balance"), QStringLiteral("98765432110626.5432"));
         // The balance would pass the largest amount a book holds.
