@@ -63,7 +63,14 @@ public:
     constexpr bool isZero() const { return m_raw == 0; }
     /// -1, 0 or 1; 0 for the invalid value.
     int sign() const { return isValid() ? (m_raw > 0) - (m_raw < 0) : 0; }
-    /// The nearest double (for display helpers and charts only).
+    /// How many digits the amount has from its first digit other than 0 to
+    /// its last decimal other than 0 ("1250.5": 5, "12300": 5, "0.01": 1);
+    /// 0 for zero and the invalid value. A store that keeps n significant
+    /// digits holds the amount exactly when this is at most n.
+    int significantDigits() const;
+    /// The nearest double (for display helpers, charts, and engines that
+    /// keep amounts as doubles: one of up to 15 significant digits comes back
+    /// from it by its shortest decimal form).
     double toDouble() const;
 
     /// Plain text: no grouping, no trailing zeros ("1250.5", "0", "-0.01").

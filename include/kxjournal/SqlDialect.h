@@ -37,6 +37,10 @@ public:
     virtual Kind kind() const = 0;
     /// A short name for messages ("server", "desktop", "sqlite", "postgresql").
     QString name() const;
+    /// How many significant digits the engine keeps exactly in an amount
+    /// column (see Currency::significantDigits()); an amount with more would
+    /// come back changed. 19 where every amount is kept exactly.
+    virtual int exactDigits() const;
 
     // ---- kxJournal: book definitions ----
     /// The book with id \a asId.

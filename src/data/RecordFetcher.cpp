@@ -22,12 +22,14 @@ namespace kx {
 
 namespace {
 
-// A stored double amount. Amounts carry at most four decimals, so scaling
-// and rounding to the nearest ten-thousandth is exact well inside the range
-// a double holds them in.
+// A stored double amount. Amounts carry at most four decimals; below 1e11
+// scaling and rounding to the nearest ten-thousandth is exact. Above, the
+// error of the double times 10000 can pass half a ten-thousandth, so the
+// amount is read from the double's shortest decimal form, which gives back
+// every amount of up to 15 significant digits as it was written.
 Currency amountOf(double d)
 {
-    if (std::fabs(d) < 1e14)
+    if (std::fabs(d) < 1e11)
         return Currency::fromRaw(std::llround(d * double(Currency::Scale)));
     return Currency::fromDouble(d).valueOr(Currency::invalid());
 }

@@ -38,6 +38,11 @@ QString SqlDialect::name() const
     return QStringLiteral("sqlite");
 }
 
+int SqlDialect::exactDigits() const
+{
+    return 19;
+}
+
 QString SqlDialect::loadSelect() const
 {
     const auto named = [this](const char *column, const char *key) {

@@ -7,6 +7,11 @@ SqlDialect::Kind SqliteDialect::kind() const
     return Sqlite;
 }
 
+int SqliteDialect::exactDigits() const
+{
+    return 15;
+}
+
 QString SqliteDialect::leftOf(const QString &column, int length) const
 {
     return QStringLiteral("substr(%1,1,%2)").arg(column).arg(length);

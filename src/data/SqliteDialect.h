@@ -9,6 +9,9 @@ class SqliteDialect : public LimitDialect
 {
 public:
     Kind kind() const override;
+    /// 15: a whole amount is kept as an integer, any other as a double,
+    /// which gives back 15 significant digits exactly.
+    int exactDigits() const override;
 
 protected:
     QString leftOf(const QString &column, int length) const override;

@@ -1,5 +1,6 @@
 #include "editing/DateRule.h"
 
+#include "editing/BalanceReach.h"
 #include "editing/DateEntry.h"
 #include "editing/EditContext.h"
 #include "kxjournal/AccContext.h"
@@ -91,6 +92,16 @@ bool DateRule::validate(EditContext &ctx, int row, int, QString &text)
             const QDate begin = acc->BeginDate();
             if (begin.isValid() && date >= begin)
                 return false;
+        }
+    }
+    // A row without a day counts towards no balance; with one, its figures
+    // move every balance below, which must stay what the book stores.
+    if (!ctx.batch && row > ctx.grid.fixedRows() && ctx.grid.isEmpty(row, ctx.state.outlineColumn(ctx.grid))) {
+        const BalanceReach reach(ctx);
+        const QString why = reach.check(row, {line.debit() - line.credit(), line.forex()});
+        if (!why.isEmpty()) {
+            ctx.host.prompt(why, true);
+            return false;
         }
     }
     text = date.toString(Qt::ISODate);

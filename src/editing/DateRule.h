@@ -7,8 +7,9 @@
 namespace kx {
 
 /// The visible date column: a date typed in any form DateEntry reads,
-/// checked against the dates the row may take, then written to the row as
-/// its date value and its label.
+/// checked against the dates the row may take (and, on a row without a day
+/// yet, against the balances its figures would move), then written to the
+/// row as its date value and its label.
 class DateRule : public EditRule
 {
 public:

@@ -70,9 +70,13 @@ QString EditGate::stripControlChars(const QString &text)
 {
     QString out;
     out.reserve(text.size());
-    for (QChar ch : text)
-        if (ch.unicode() >= 32)
-            out += ch;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t ch = text.at(i).unicode();
+        if (ch >= 32)
+            out += QChar(ch);
+        else if (ch == u'\t' || ch == u'\n' || (ch == u'\r' && (i + 1 == text.size() || text.at(i + 1) != u'\n')))
+            out += QLatin1Char(' ');  // a line break (CR LF once) or a tab parts words
+    }
     return out;
 }
 

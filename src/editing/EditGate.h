@@ -24,7 +24,8 @@ public:
     static bool isNumericColumn(const EditContext &ctx, int col);
     /// The key code to use for \a key typed into an editor of \a col (0: swallowed).
     static int filterKey(const EditContext &ctx, int col, int key);
-    /// \a text without the characters 0 to 31 (tabs, line breaks).
+    /// \a text with each tab and line break (CR LF counted once) turned into a
+    /// blank and the other characters 0 to 31 left out.
     static QString stripControlChars(const QString &text);
 };
 

@@ -34,6 +34,11 @@ QString ExplainRule::comboList(EditContext &ctx, int, int) const
 
 void ExplainRule::afterEdit(EditContext &ctx, int row, int col)
 {
+    // The list remembers what was typed. A pasted block is not typing: its
+    // explanations, often every one different, would bury the typed ones
+    // and make each further line search a longer list.
+    if (ctx.batch)
+        return;
     const QString text = ctx.grid.text(row, col);
     if (!text.contains(QLatin1Char('|')) && !ctx.explainHistory.contains(text))
         ctx.explainHistory = text + QLatin1Char('|') + ctx.explainHistory;

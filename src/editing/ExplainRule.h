@@ -5,7 +5,8 @@
 namespace kx {
 
 /// The explanation: offers the explanations typed in this session and the
-/// book's latest ones as a drop-down list, and remembers each new one typed.
+/// book's latest ones as a drop-down list, and remembers each new one typed
+/// (not those of a pasted block).
 class ExplainRule : public EditRule
 {
 public:

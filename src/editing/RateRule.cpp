@@ -13,11 +13,10 @@ bool RateRule::handles(JournalColumns::Column column) const
     return column == JournalColumns::Rate;
 }
 
-bool RateRule::validate(EditContext &ctx, int, int, QString &text)
+bool RateRule::validate(EditContext &ctx, int row, int col, QString &text)
 {
     // A rate keeps every place a value can hold: "1/7.1" is 0.1408, not 0.14.
-    text = AmountRule::amountText(ctx, text, 4);
-    return true;
+    return AmountRule::checkAmount(ctx, row, col, text, 4);
 }
 
 void RateRule::afterEdit(EditContext &ctx, int row, int)

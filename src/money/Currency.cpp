@@ -246,9 +246,34 @@ Result<Currency> Currency::fromDouble(double value)
     return fromText(QString::fromLatin1(buf.data(), int(res.ptr - buf.data())));
 }
 
+int Currency::significantDigits() const
+{
+    if (!isValid() || m_raw == 0)
+        return 0;
+    std::uint64_t mag = m_raw < 0 ? std::uint64_t(-m_raw) : std::uint64_t(m_raw);
+    for (int i = 0; i < Decimals && mag % 10 == 0; ++i)
+        mag /= 10;
+    int digits = 0;
+    for (; mag != 0; mag /= 10)
+        ++digits;
+    return digits;
+}
+
 double Currency::toDouble() const
 {
-    return double(m_raw) / double(Scale);
+    // Below 2^53 both sides are exact and the one division rounds once.
+    constexpr std::int64_t Exact = std::int64_t(1) << 53;
+    if ((m_raw > -Exact && m_raw < Exact) || !isValid())
+        return double(m_raw) / double(Scale);
+    // Beyond, the raw count itself would be rounded first: read the digits.
+    char16_t wide[32];
+    const int n = toChars(wide);
+    char digits[32];
+    for (int i = 0; i < n; ++i)
+        digits[i] = char(wide[i]);
+    double value = 0;
+    std::from_chars(digits, digits + n, value);
+    return value;
 }
 
 int Currency::toChars(char16_t *buf) const

@@ -1,5 +1,6 @@
 #include "rows/BlockPaste.h"
 
+#include "editing/BalanceReach.h"
 #include "editing/EditContext.h"
 #include "editing/EditRules.h"
 #include "kxjournal/GridModel.h"
@@ -10,6 +11,9 @@
 #include "rows/GridClipboard.h"
 
 #include <QScopedValueRollback>
+
+#include <algorithm>
+#include <iterator>
 
 namespace kx {
 
@@ -92,9 +96,18 @@ bool BlockPaste::paste(const QString &text)
         m_ctx.host.progress(0);
     const bool changed = withHost(m_ctx, host, [&](EditContext &ctx) {
         bool any = false;
+        const int amountCols[] = {ctx.columns[JournalColumns::Debit], ctx.columns[JournalColumns::Credit],
+                                  ctx.columns[JournalColumns::Forex], ctx.columns[JournalColumns::Rate]};
+        QString heldAmounts[4];
+        QList<int> amountsEntered;
+        BalanceReach reach(ctx);
         for (int i = 0; i < count; ++i) {
             const int row = top + i;
             const QStringList &cells = block.at(i);
+            const BalanceReach::Share before = reach.share(row);
+            for (int k = 0; k < 4; ++k)
+                heldAmounts[k] = amountCols[k] >= 0 ? grid.text(row, amountCols[k]) : QString();
+            amountsEntered.clear();
             for (int j : std::as_const(order)) {
                 if (j >= cells.size() || cells.at(j).trimmed().isEmpty())
                     continue;
@@ -103,9 +116,10 @@ bool BlockPaste::paste(const QString &text)
                 const Result<bool> entered = m_rules.enter(ctx, row, col, cells.at(j));
                 if (entered.ok() && host.last.isEmpty()) {
                     any = entered.value() || any;
+                    if (entered.value() && std::find(std::begin(amountCols), std::end(amountCols), col) != std::end(amountCols))
+                        amountsEntered << j;
                     continue;
                 }
-                // A formula the rule could not work out is refused, not taken as 0.
                 if (entered.ok() && entered.value())
                     any = true;
                 m_rejected << QStringLiteral("第%1行 %2“%3”：%4")
@@ -113,6 +127,19 @@ bool BlockPaste::paste(const QString &text)
                                   .arg(grid.text(0, col))
                                   .arg(cells.at(j), host.last.isEmpty() ? entered.error() : host.last);
             }
+            // The balances from here down must stay what the engine stores
+            // exactly; the row's figures go back when they would not.
+            BalanceReach::Share after = reach.share(row);
+            const QString why = reach.check(row, {after.local - before.local, after.foreign - before.foreign});
+            if (!why.isEmpty() && !amountsEntered.isEmpty()) {
+                for (int k = 0; k < 4; ++k)
+                    if (amountCols[k] >= 0)
+                        grid.setText(row, amountCols[k], heldAmounts[k]);
+                for (int j : std::as_const(amountsEntered))
+                    m_rejected << QStringLiteral("第%1行 %2“%3”：%4").arg(row).arg(grid.text(0, targets.at(j))).arg(cells.at(j), why);
+                after = reach.share(row);
+            }
+            reach.accept({after.local - before.local, after.foreign - before.foreign});
             const int percent = int(qint64(i + 1) * 100 / count);
             if (big && percent != reported && percent < 100) {
                 reported = percent;

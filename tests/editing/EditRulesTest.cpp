@@ -3,10 +3,13 @@
 #include "QtPrinters.h"
 #include "editing/EditingBook.h"
 
+#include <kxjournal/Currency.h>
+#include <kxjournal/Database.h>
 #include <kxjournal/EditCycle.h>
 
 #include <QSignalSpy>
 #include <gtest/gtest.h>
+#include <vector>
 
 using kxtest::EditingBook;
 
@@ -32,10 +35,6 @@ TEST(EditRules, AmountsTakeNumbersAndFormulasAndExcludeEachOther)
     EXPECT_EQ(b.text(3, "Credit"), QString());
     EXPECT_EQ(b.text(3, "Balance"), QStringLiteral("1600"));
 
-    b.boxes.clear();
-    EXPECT_TRUE(b.type(3, "Debit", QStringLiteral("1/(2-2)")));
-    EXPECT_EQ(b.text(3, "Debit"), QStringLiteral("0"));
-    EXPECT_EQ(b.boxes, QStringList{QStringLiteral("公式计算错误。")});
 }
 
 TEST(EditRules, RateAndForeignAmountFollowTheSide)
@@ -125,17 +124,18 @@ TEST(EditRules, AccountsAreFoundOnPostgresAsOnSqlite)
 TEST(EditRules, ExplanationsAreRememberedOnceAndOffered)
 {
     EditingBook b;
-    EXPECT_TRUE(b.type(2, "Explain", QStringLiteral("收\t到\n货款（补）")));
-    EXPECT_EQ(b.text(2, "Explain"), QStringLiteral("收到货款（补）")) << "control characters are stripped";
-    EXPECT_TRUE(b.type(3, "Explain", QStringLiteral("收到货款（补）")));
+    EXPECT_TRUE(b.type(2, "Explain", QStringLiteral("收\t到\r\n货款\u0007（补）")));
+    EXPECT_EQ(b.text(2, "Explain"), QStringLiteral("收 到 货款（补）"))
+        << "a tab or a line break becomes a blank; other control characters go";
+    EXPECT_TRUE(b.type(3, "Explain", QStringLiteral("收 到 货款（补）")));
     EXPECT_TRUE(b.type(4, "Explain", QStringLiteral("货款")));
-    EXPECT_EQ(b.journal->ExplainHistory(), QStringLiteral("收到货款（补）|")) << "kept once; a part of one is not added";
+    EXPECT_EQ(b.journal->ExplainHistory(), QStringLiteral("收 到 货款（补）|")) << "kept once; a part of one is not added";
     ASSERT_TRUE(b.journal->Save());
     b.journal->InsSumRow(4);
     ASSERT_TRUE(b.journal->Save());
     ASSERT_TRUE(b.journal->Load(b.book));
     const QString list = b.journal->GetExplainList();
-    EXPECT_TRUE(list.startsWith(QStringLiteral("|收到货款（补）|"))) << list.toStdString();
+    EXPECT_TRUE(list.startsWith(QStringLiteral("|收 到 货款（补）|"))) << list.toStdString();
     EXPECT_FALSE(list.contains(QStringLiteral("小结")));
     EXPECT_FALSE(list.contains(QStringLiteral("期初余额")));
 }
@@ -185,3 +185,120 @@ TEST(EditRules, CellsOpenOnlyWhereRecordsMayChange)
     EXPECT_FALSE(b.type(2, "Explain", QStringLiteral("改"))) << "above a summary row";
     EXPECT_EQ(b.text(2, "Explain"), QStringLiteral("收到货款"));
 }
+
+namespace {
+
+class AmountEntry : public ::testing::TestWithParam<kxtest::Engine>
+{
+};
+
+// The stored figure of (\a row, \a field) of the book's records.
+kx::Currency stored(const EditingBook &b, int row, const char *field)
+{
+    const kx::Database db = b.db->open();
+    const QVariant v = db.scalar({QStringLiteral("Select %1 From kxJournalRecs Where Row = %2")
+                                      .arg(QString::fromLatin1(field))
+                                      .arg(row),
+                                  {}})
+                           .valueOr(QVariant());
+    return kx::Currency::fromStoredText(v.toString()).valueOr(kx::Currency::invalid());
+}
+
+// Amounts, balances and foreign figures of the four records (an emptied
+// amount is stored as 0).
+std::vector<std::int64_t> figures(const EditingBook &b)
+{
+    std::vector<std::int64_t> out;
+    for (int r = 1; r <= 4; ++r)
+        for (const char *key : {"Debit", "Credit", "Forex", "Balance", "fxBalance"}) {
+            EXPECT_TRUE(b.grid->holdsAmount(r, b.col(key))) << r << key;
+            out.push_back(b.grid->amount(r, b.col(key)).raw());
+        }
+    return out;
+}
+
+} // namespace
+
+TEST_P(AmountEntry, ARefusedAmountKeepsWhatTheCellHeldAndSaveStoresThat)
+{
+    EditingBook b(GetParam());
+    b.boxes.clear();
+    EXPECT_FALSE(b.type(2, "Debit", QStringLiteral("1/(2-2)")));
+    EXPECT_EQ(b.text(2, "Debit"), QStringLiteral("500"));
+    EXPECT_FALSE(b.type(3, "Credit", QStringLiteral("(5")));
+    EXPECT_EQ(b.text(3, "Credit"), QStringLiteral("200"));
+    EXPECT_FALSE(b.type(4, "Forex", QStringLiteral("5-")));
+    EXPECT_EQ(b.text(4, "Forex"), QString());
+    EXPECT_FALSE(b.type(4, "Rate", QStringLiteral("1/0")));
+    EXPECT_EQ(b.boxes, QStringList(4, QStringLiteral("公式计算错误。")));
+    EXPECT_EQ(b.grid->rowData(2).toInt(), 0) << "a refused edit leaves the row unchanged";
+    EXPECT_FALSE(b.journal->IsDirty());
+
+    // A figure as spreadsheets show it, in an open editor (a paste into it).
+    kx::EditCycle *cycle = b.grid->editCycle();
+    ASSERT_TRUE(cycle->begin(4, b.col("Credit")));
+    ASSERT_TRUE(cycle->validate(QStringLiteral("1,234.56")));
+    cycle->store();
+    cycle->finish();
+    EXPECT_EQ(b.text(4, "Credit"), QStringLiteral("1234.56"));
+    ASSERT_TRUE(cycle->begin(3, b.col("Credit")));
+    EXPECT_FALSE(cycle->validate(QStringLiteral("1,23,4")));
+    cycle->cancel();
+    EXPECT_EQ(b.text(3, "Credit"), QStringLiteral("200"));
+
+    ASSERT_TRUE(b.journal->Save());
+    EXPECT_EQ(stored(b, 2, "Debit"), kx::Currency::fromUnits(500));
+    EXPECT_EQ(stored(b, 3, "Credit"), kx::Currency::fromUnits(200));
+    EXPECT_EQ(stored(b, 4, "Credit"), kx::Currency::fromRaw(12345600));
+}
+
+TEST_P(AmountEntry, AmountsAndBalancesTheEngineCannotHoldExactlyAreRefused)
+{
+    EditingBook b(GetParam());
+    const bool sqlite = GetParam() == kxtest::Engine::Sqlite;
+    b.boxes.clear();
+    // 18 significant digits: past what SQLite keeps, well inside what the server keeps.
+    EXPECT_EQ(b.type(2, "Debit", QStringLiteral("98765432109876.5432")), !sqlite);
+    if (sqlite) {
+        EXPECT_EQ(b.text(2, "Debit"), QStringLiteral("500"));
+        ASSERT_EQ(b.boxes.size(), 1);
+        EXPECT_EQ(b.boxes.last(), QStringLiteral("“98765432109876.5432”超出了账簿能准确保存的位数（最多15位有效数字）。"));
+        // Within 15 digits itself, but the balances below would not be.
+        EXPECT_FALSE(b.type(2, "Debit", QStringLiteral("99999999999.9999")));
+        EXPECT_EQ(b.text(2, "Debit"), QStringLiteral("500"));
+        EXPECT_EQ(b.boxes.last(), QStringLiteral("这样输入后，第2行的余额超出了账簿能准确保存的位数（最多15位有效数字）。"));
+        EXPECT_TRUE(b.type(2, "Debit", QStringLiteral("8656897004324.62")));
+        EXPECT_EQ(b.text(4, "Balance"), QStringLiteral("8656897005074.62"));
+        EXPECT_FALSE(b.type(3, "Credit", QStringLiteral("0.0001"))) << "8656897005324.6199 has 17 digits";
+        EXPECT_TRUE(b.type(3, "Credit", QStringLiteral("0.01")));
+        // A row without a day counts towards no balance until it gets one.
+        const int blank = b.grid->rows() - 1;
+        EXPECT_TRUE(b.type(blank, "Debit", QStringLiteral("99999999999.9999")));
+        EXPECT_FALSE(b.type(blank, "ShowName", QStringLiteral("2025-01-20")));
+        EXPECT_EQ(b.boxes.last(), QStringLiteral("这样输入后，第5行的余额超出了账簿能准确保存的位数（最多15位有效数字）。"));
+        EXPECT_TRUE(b.text(blank, "JnlDate").isEmpty());
+        EXPECT_TRUE(b.type(blank, "Debit", QString()));
+    } else {
+        EXPECT_EQ(b.text(4, "Balance"), QStringLiteral("98765432110626.5432"));
+        // The balance would pass the largest amount a book holds.
+        EXPECT_FALSE(b.type(3, "Debit", QStringLiteral("100000000000000")));
+        EXPECT_EQ(b.text(3, "Credit"), QStringLiteral("200"));
+        EXPECT_EQ(b.boxes.last(), QStringLiteral("这样输入后，第3行的余额超出了金额的范围。"));
+        EXPECT_FALSE(b.type(3, "Credit", QStringLiteral("115292150460684.6976")));
+        EXPECT_EQ(b.boxes.last(), QStringLiteral("“115292150460684.6976”超出了金额的范围。"));
+        EXPECT_TRUE(b.type(3, "Credit", QStringLiteral("115292150460684.6975"))) << "the largest amount itself";
+    }
+    EXPECT_EQ(b.type(4, "Forex", QStringLiteral("12345678901234.56")), !sqlite) << "16 digits";
+    EXPECT_TRUE(b.type(4, "Forex", QStringLiteral("1234567890123.45")));
+    EXPECT_EQ(b.text(4, "Forex"), QStringLiteral("1234567890123.45"));
+    const std::vector<std::int64_t> shown = figures(b);
+
+    ASSERT_TRUE(b.journal->Save());
+    ASSERT_TRUE(b.journal->Load(b.book));
+    EXPECT_EQ(figures(b), shown) << "what was accepted reloads exactly";
+    EXPECT_TRUE(b.type(2, "Explain", QStringLiteral("改"))) << "and stays open to changes";
+    EXPECT_TRUE(b.type(3, "Explain", QStringLiteral("改")));
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, AmountEntry, ::testing::Values(kxtest::Engine::Sqlite, kxtest::Engine::Postgres),
+                         [](const auto &info) { return kxtest::engineName(info.param); });

@@ -2,8 +2,10 @@
 
 #include <kxjournal/Currency.h>
 
+#include <QRandomGenerator>
 #include <gtest/gtest.h>
 #include <cstdint>
+#include <iostream>
 #include <limits>
 
 using kx::Currency;
@@ -153,4 +155,40 @@ TEST(Currency, CompareAndSign)
     EXPECT_EQ(parse("0").sign(), 0);
     EXPECT_EQ(parse("3").sign(), 1);
     EXPECT_DOUBLE_EQ(parse("1234.5678").toDouble(), 1234.5678);
+}
+
+TEST(Currency, CountsTheDigitsAStoreMustKeep)
+{
+    struct Case { std::int64_t raw; int digits; };
+    const Case cases[] = {{0, 0},           {1, 1},          {-100, 1},       {10000, 1},     {123000000, 5},
+                          {12345600, 6},    {10001, 5},      {MaxRaw, 19},    {-MaxRaw, 19},
+                          {9223372036854770000, 15},         {987654321098765432, 18}};
+    for (const Case &c : cases)
+        EXPECT_EQ(Currency::fromRaw(c.raw).significantDigits(), c.digits) << c.raw;
+    EXPECT_EQ(Currency::invalid().significantDigits(), 0);
+
+    // Against the plain text: its digits from the first that is not 0.
+    const quint32 seed = qEnvironmentVariableIsSet("KX_SEED") ? quint32(qEnvironmentVariableIntValue("KX_SEED"))
+                                                              : QRandomGenerator::global()->generate();
+    std::cout << "seed " << seed << " (KX_SEED repeats it)\n";
+    QRandomGenerator rng(seed);
+    for (int i = 0; i < 20000; ++i) {
+        const std::int64_t raw = std::int64_t(rng.generate64() >> (1 + rng.bounded(63))) * (rng.bounded(2) ? 1 : -1);
+        const Currency v = Currency::fromRaw(raw);
+        QString digits = v.toString();
+        digits.remove(QLatin1Char('-')).remove(QLatin1Char('.'));
+        while (digits.startsWith(QLatin1Char('0')))
+            digits.remove(0, 1);
+        ASSERT_EQ(v.significantDigits(), digits.size()) << v.toString().toStdString() << " seed " << seed;
+    }
+}
+
+TEST(Currency, LargeAmountsGoToTheNearestDouble)
+{
+    // Past 2^53 ten-thousandths the count itself is no exact double.
+    EXPECT_EQ(Currency::fromRaw(86568970043246200).toDouble(), 8656897004324.62);
+    EXPECT_EQ(Currency::fromRaw(-86568970043246200).toDouble(), -8656897004324.62);
+    EXPECT_EQ(Currency::fromRaw(MaxRaw).toDouble(), 922337203685477.5807);
+    EXPECT_EQ(Currency::fromRaw(12345).toDouble(), 1.2345);
+    EXPECT_EQ(Currency::fromDouble(Currency::fromRaw(86568970043246200).toDouble()).value().raw(), 86568970043246200);
 }

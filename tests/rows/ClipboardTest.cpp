@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 using kxtest::EditingBook;
+using kxtest::Engine;
 
 using kxtest::pasteLine;
 
@@ -130,4 +131,104 @@ TEST(Clipboard, CopiedBlocksReadBackCellForCell)
             t += alphabet.at(int(rng.bounded(int(alphabet.size()))));
         kx::GridClipboard::parse(t);
     }
+}
+
+namespace {
+
+class PastedAmounts : public ::testing::TestWithParam<Engine>
+{
+};
+
+kx::Currency stored(const EditingBook &b, int row, const char *field)
+{
+    const kx::Database db = b.db->open();
+    const QVariant v = db.scalar({QStringLiteral("Select %1 From kxJournalRecs Where Row = %2")
+                                      .arg(QString::fromLatin1(field))
+                                      .arg(row),
+                                  {}})
+                           .valueOr(QVariant());
+    return kx::Currency::fromStoredText(v.toString()).valueOr(kx::Currency::invalid());
+}
+
+} // namespace
+
+TEST_P(PastedAmounts, CellsThatAreNoAmountsAreNamedAndKeepWhatTheyHeld)
+{
+    EditingBook b(GetParam());
+    b.grid->setCursor(2, b.col("ShowName"));
+    const QString block = line(b, {{QStringLiteral("Debit"), QStringLiteral("12元")}}) + QStringLiteral("\r\n") +
+                          line(b, {{QStringLiteral("Credit"), QStringLiteral("(5")}}) + QStringLiteral("\r\n") +
+                          line(b, {{QStringLiteral("Credit"), QStringLiteral("#溢出")}}) + QStringLiteral("\r\n");
+    EXPECT_FALSE(b.journal->pasteText(block));
+    EXPECT_EQ(b.text(2, "Debit"), QStringLiteral("500"));
+    EXPECT_EQ(b.text(3, "Credit"), QStringLiteral("200"));
+    EXPECT_EQ(b.text(4, "Credit"), QStringLiteral("50"));
+    ASSERT_EQ(b.boxes.size(), 1);
+    for (const char *cell : {"第2行 借方金额“12元”：公式计算错误。", "第3行 贷方金额“(5”：公式计算错误。",
+                             "第4行 贷方金额“#溢出”：公式计算错误。"})
+        EXPECT_TRUE(b.boxes.first().contains(QString::fromUtf8(cell))) << qPrintable(b.boxes.first());
+    EXPECT_FALSE(b.journal->IsDirty());
+
+    b.grid->setCursor(3, b.col("ShowName"));
+    EXPECT_TRUE(b.journal->pasteText(line(b, {{QStringLiteral("Credit"), QStringLiteral("1,234.56")}})));
+    EXPECT_EQ(b.text(3, "Credit"), QStringLiteral("1234.56")) << "a figure as spreadsheets show it";
+    EXPECT_EQ(b.boxes.size(), 1);
+
+    ASSERT_TRUE(b.journal->Save());
+    EXPECT_EQ(stored(b, 2, "Debit"), kx::Currency::fromUnits(500));
+    EXPECT_EQ(stored(b, 3, "Credit"), kx::Currency::fromRaw(12345600));
+    EXPECT_EQ(stored(b, 4, "Credit"), kx::Currency::fromUnits(50));
+}
+
+TEST_P(PastedAmounts, FiguresTheEngineCannotHoldExactlyAreRefused)
+{
+    EditingBook b(GetParam());
+    const bool sqlite = GetParam() == Engine::Sqlite;
+    b.grid->setCursor(2, b.col("ShowName"));
+    // Row 2 on its own is past 15 digits; row 3's figure fits, but the
+    // balance it leads to does not.
+    const QString block = line(b, {{QStringLiteral("Debit"), QStringLiteral("98765432109876.5432")}}) +
+                          QStringLiteral("\n") +
+                          line(b, {{QStringLiteral("Debit"), QStringLiteral("99999999999.9999")}}) +
+                          QStringLiteral("\n") + line(b, {{QStringLiteral("Explain"), QStringLiteral("第三行")}});
+    b.journal->pasteText(block);
+    if (sqlite) {
+        EXPECT_EQ(b.text(2, "Debit"), QStringLiteral("500"));
+        EXPECT_EQ(b.text(3, "Credit"), QStringLiteral("200"));
+        EXPECT_EQ(b.text(3, "Debit"), QString());
+        ASSERT_EQ(b.boxes.size(), 1);
+        EXPECT_TRUE(b.boxes.first().contains(QStringLiteral("第2行 借方金额“98765432109876.5432”：“98765432109876.5432”超出了"
+                                                            "账簿能准确保存的位数（最多15位有效数字）。")))
+            << qPrintable(b.boxes.first());
+        EXPECT_TRUE(b.boxes.first().contains(QStringLiteral("第3行 借方金额“99999999999.9999”：这样输入后，第3行的余额超出了"
+                                                            "账簿能准确保存的位数（最多15位有效数字）。")))
+            << qPrintable(b.boxes.first());
+    } else {
+        EXPECT_TRUE(b.boxes.isEmpty());
+        EXPECT_EQ(b.text(3, "Debit"), QStringLiteral("99999999999.9999"));
+    }
+    EXPECT_EQ(b.text(4, "Explain"), QStringLiteral("第三行")) << "the rest of the block goes in";
+    QStringList shown;
+    for (int r = 1; r < b.grid->rows(); ++r)
+        shown << b.text(r, "Debit") << b.text(r, "Credit") << b.text(r, "Balance");
+    ASSERT_TRUE(b.journal->Save());
+    ASSERT_TRUE(b.journal->Load(b.book));
+    QStringList back;
+    for (int r = 1; r < b.grid->rows(); ++r)
+        back << b.text(r, "Debit") << b.text(r, "Credit") << b.text(r, "Balance");
+    EXPECT_EQ(back, shown);
+    EXPECT_TRUE(b.type(3, "Explain", QStringLiteral("改"))) << "no row comes back closed";
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, PastedAmounts, ::testing::Values(Engine::Sqlite, Engine::Postgres),
+                         [](const auto &info) { return kxtest::engineName(info.param); });
+
+TEST(Clipboard, LineBreaksAndTabsInsideAPastedCellBecomeBlanks)
+{
+    EditingBook b;
+    b.grid->setCursor(2, b.col("Explain"));
+    ASSERT_TRUE(b.journal->pasteText(QStringLiteral("\"收到\n货款\"\r\n\"付\r\n材料\t款\"\r\n")));
+    EXPECT_EQ(b.text(2, "Explain"), QStringLiteral("收到 货款"));
+    EXPECT_EQ(b.text(3, "Explain"), QStringLiteral("付 材料 款"));
+    EXPECT_EQ(b.journal->ExplainHistory(), QString()) << "the typed list is not filled by a paste";
 }
