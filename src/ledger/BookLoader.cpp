@@ -165,6 +165,8 @@ BookLoader::Outcome BookLoader::load(int docId)
         for (int r : unstored)
             m_grid.markRowTouched(r);
     }
+    // The grid shows what is stored: nothing is left to save.
+    m_state.dirty = false;
     m_host.progress(-1);
     return outcome;
 }

@@ -245,6 +245,11 @@ TEST_P(NothingLost, AMonthClosedNowIsClosedToEditsAtOnce)
     b.journal->setAsker([](const QString &, const QString &) { return true; });
     ASSERT_TRUE(b.journal->CloseBook());
     EXPECT_TRUE(b.type(3, "Explain", QStringLiteral("重开后改的")));
+
+    // Reading the book again, unsaved, leaves nothing to save.
+    ASSERT_TRUE(b.journal->IsDirty());
+    ASSERT_TRUE(b.journal->Load(b.book));
+    EXPECT_FALSE(b.journal->IsDirty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, NothingLost, ::testing::Values(Engine::Sqlite, Engine::Postgres),

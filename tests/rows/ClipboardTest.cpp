@@ -156,9 +156,9 @@ TEST_P(PastedAmounts, CellsThatAreNoAmountsAreNamedAndKeepWhatTheyHeld)
 {
     EditingBook b(GetParam());
     b.grid->setCursor(2, b.col("ShowName"));
-    const QString block = line(b, {{QStringLiteral("Debit"), QStringLiteral("12元")}}) + QStringLiteral("\r\n") +
-                          line(b, {{QStringLiteral("Credit"), QStringLiteral("(5")}}) + QStringLiteral("\r\n") +
-                          line(b, {{QStringLiteral("Credit"), QStringLiteral("#溢出")}}) + QStringLiteral("\r\n");
+    const QString block = pasteLine(b, {{QStringLiteral("Debit"), QStringLiteral("12元")}}) + QStringLiteral("\r\n") +
+                          pasteLine(b, {{QStringLiteral("Credit"), QStringLiteral("(5")}}) + QStringLiteral("\r\n") +
+                          pasteLine(b, {{QStringLiteral("Credit"), QStringLiteral("#溢出")}}) + QStringLiteral("\r\n");
     EXPECT_FALSE(b.journal->pasteText(block));
     EXPECT_EQ(b.text(2, "Debit"), QStringLiteral("500"));
     EXPECT_EQ(b.text(3, "Credit"), QStringLiteral("200"));
@@ -170,7 +170,7 @@ TEST_P(PastedAmounts, CellsThatAreNoAmountsAreNamedAndKeepWhatTheyHeld)
     EXPECT_FALSE(b.journal->IsDirty());
 
     b.grid->setCursor(3, b.col("ShowName"));
-    EXPECT_TRUE(b.journal->pasteText(line(b, {{QStringLiteral("Credit"), QStringLiteral("1,234.56")}})));
+    EXPECT_TRUE(b.journal->pasteText(pasteLine(b, {{QStringLiteral("Credit"), QStringLiteral("1,234.56")}})));
     EXPECT_EQ(b.text(3, "Credit"), QStringLiteral("1234.56")) << "a figure as spreadsheets show it";
     EXPECT_EQ(b.boxes.size(), 1);
 
@@ -187,10 +187,10 @@ TEST_P(PastedAmounts, FiguresTheEngineCannotHoldExactlyAreRefused)
     b.grid->setCursor(2, b.col("ShowName"));
     // Row 2 on its own is past 15 digits; row 3's figure fits, but the
     // balance it leads to does not.
-    const QString block = line(b, {{QStringLiteral("Debit"), QStringLiteral("98765432109876.5432")}}) +
+    const QString block = pasteLine(b, {{QStringLiteral("Debit"), QStringLiteral("98765432109876.5432")}}) +
                           QStringLiteral("\n") +
-                          line(b, {{QStringLiteral("Debit"), QStringLiteral("99999999999.9999")}}) +
-                          QStringLiteral("\n") + line(b, {{QStringLiteral("Explain"), QStringLiteral("第三行")}});
+                          pasteLine(b, {{QStringLiteral("Debit"), QStringLiteral("99999999999.9999")}}) +
+                          QStringLiteral("\n") + pasteLine(b, {{QStringLiteral("Explain"), QStringLiteral("第三行")}});
     b.journal->pasteText(block);
     if (sqlite) {
         EXPECT_EQ(b.text(2, "Debit"), QStringLiteral("500"));
