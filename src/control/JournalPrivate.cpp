@@ -2,6 +2,7 @@
 
 #include "control/JournalFrame.h"
 #include "control/JournalMenu.h"
+#include "editing/EditSession.h"
 #include "kxjournal/GridModel.h"
 #include "kxjournal/Journal.h"
 
@@ -37,7 +38,61 @@ bool hasScreen()
 
 JournalPrivate::JournalPrivate(Journal *journal) : q(journal) {}
 
-JournalPrivate::~JournalPrivate() = default;
+JournalPrivate::~JournalPrivate()
+{
+    if (m_kept) {
+        delete edit;
+        delete printGrid;
+        delete grid;
+    }
+}
+
+void JournalPrivate::controlGone()
+{
+    q = nullptr;
+    // The widgets go with the control; nothing may reach them from here on.
+    frame = nullptr;
+    view = nullptr;
+    menu = nullptr;
+    accountPicker = nullptr;
+    calculator = nullptr;
+    datePicker = nullptr;
+    voucherPicker = nullptr;
+    findBar = nullptr;
+    fieldMenu = nullptr;
+    // Only this state's owner holds it: nothing runs, and the grids and the
+    // edit session go with the control as its children.
+    if (weak_from_this().use_count() <= 1) {
+        delete edit;
+        edit = nullptr;
+        return;
+    }
+    // An operation or an event is under way below the handler that deleted
+    // the control: what it works on stays until it lets go of this state.
+    m_kept = true;
+    edit->setParent(nullptr);
+    printGrid->setParent(nullptr);
+    grid->setParent(nullptr);
+}
+
+void JournalPrivate::holdWhileCommandsRun()
+{
+    const std::weak_ptr<JournalPrivate> self = weak_from_this();
+    QStringList names;
+    for (const Command &command : commands.commands())
+        if (!command.name.isEmpty())
+            names << command.name;
+    for (const QString &name : std::as_const(names)) {
+        Command *command = commands.byName(name);
+        if (!command->run)
+            continue;
+        command->run = [self, run = command->run](const QString &parameter) {
+            const std::shared_ptr<JournalPrivate> keep = self.lock();
+            if (keep && keep->alive())
+                run(parameter);
+        };
+    }
+}
 
 bool JournalPrivate::mayStart()
 {
@@ -59,58 +114,81 @@ bool JournalPrivate::enter(const QString &name)
 
 void JournalPrivate::leave(const QString &name)
 {
+    // The wait cursor goes even when the control went during the operation.
     m_running.clear();
     if (isLong(name) && hasScreen())
         QGuiApplication::restoreOverrideCursor();
-    Q_EMIT q->bookChanged();
+    if (q)
+        Q_EMIT q->bookChanged();
 }
+
+// Each event is raised only while the control lives, and holds this state
+// while it is raised: a handler that deletes the control leaves the caller
+// state to finish on.
 
 void JournalPrivate::prompt(const QString &text, bool showBox)
 {
-    q->Prompt(text, showBox);
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    if (q)
+        q->Prompt(text, showBox);
 }
 
 bool JournalPrivate::cancels(const QString &command)
 {
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    if (!q)
+        return true;
     bool cancel = false;
     Q_EMIT q->CommandExecute(command, cancel);
-    return cancel;
+    return cancel || !q;
 }
 
 bool JournalPrivate::ask(const QString &text, const QString &title)
 {
-    return q->ask(text, title);
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    return q && q->ask(text, title) && q;
 }
 
 void JournalPrivate::progress(int percent)
 {
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    if (!q)
+        return;
     Q_EMIT q->Process(percent);
     // The start of a long operation is where the screen may catch up (the
     // message just shown, the progress bar). Input waits: a click now would
     // only be refused.
-    if (percent == 0 && hasScreen())
+    if (q && percent == 0 && hasScreen())
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
 void JournalPrivate::markDirty()
 {
-    q->setIsDirty(true);
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    if (q)
+        q->setIsDirty(true);
 }
 
 void JournalPrivate::saved()
 {
-    Q_EMIT q->dirtyChanged(false);
-    Q_EMIT q->AfterSaved();
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    if (q)
+        Q_EMIT q->dirtyChanged(false);
+    if (q)
+        Q_EMIT q->AfterSaved();
 }
 
 void JournalPrivate::captionChanged(const QString &text)
 {
-    q->setCaption(text);
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    if (q)
+        q->setCaption(text);
 }
 
 void JournalPrivate::layoutChanged(bool consolidated)
 {
-    frame->setImageKey(consolidated ? QStringLiteral("Jnl1") : QStringLiteral("Jnl"));
+    if (frame)
+        frame->setImageKey(consolidated ? QStringLiteral("Jnl1") : QStringLiteral("Jnl"));
 }
 
 int JournalPrivate::rowOr(int row) const
@@ -128,6 +206,8 @@ int JournalPrivate::instanceNumber()
 
 void JournalPrivate::setSidePanel(bool visible)
 {
+    if (!q)
+        return;
     sidePanel = visible;
     frame->setSidePanelVisible(visible);
     menu->sync();
@@ -144,7 +224,8 @@ void JournalPrivate::defaultFormatCommand()
     if (cancels(QStringLiteral("BeforeFormat")))
         return;
     q->SetDefaultFormat();
-    cancels(QStringLiteral("AfterFormated"));
+    if (q)
+        cancels(QStringLiteral("AfterFormated"));
 }
 
 } // namespace kx

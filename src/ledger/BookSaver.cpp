@@ -29,7 +29,7 @@ bool BookSaver::save(const QString &caption, int instance)
         m_host.prompt(QStringLiteral("合并日记账是不能被存储的。"), true);
         return false;
     }
-    if (m_host.cancels(QStringLiteral("Save")))
+    if (m_host.cancels(QStringLiteral("Save")) || m_host.stopped())
         return false;
     if (m_state.dirty && m_acc && m_acc->Connection().isReadOnly()) {
         m_host.prompt(QStringLiteral("这个数据库是只读的，不能存储修改。请检查文件的权限。"), false);
@@ -50,6 +50,8 @@ bool BookSaver::save(const QString &caption, int instance)
                 return false;
             }
             if (!m_host.ask(conflictQuestion())) {
+                if (m_host.stopped())
+                    return false;
                 const BookLoader::Outcome reload = BookLoader(m_grid, m_state, m_host, m_acc).load(m_state.savedDocId());
                 m_reloaded = reload == BookLoader::Loaded || reload == BookLoader::Empty;
                 // What the grid shows now is what is stored.
@@ -182,6 +184,8 @@ Result<void> BookSaver::writeRecords(const QSet<int> &overwrite)
     if (!m_acc)
         return Error(QStringLiteral("没有连接到账套。"));
     m_host.progress(0);
+    if (m_host.stopped() || !m_acc)
+        return Error(QStringLiteral("没有连接到账套。"));
     Database &db = m_acc->Connection();
     if (const Result<void> connected = db.ensureConnected(); !connected.ok())
         return connected;
@@ -247,6 +251,10 @@ Result<void> BookSaver::writeRecords(const QSet<int> &overwrite)
         }
     }
 
+    // The handlers of the reports above may have deleted the control or the
+    // context (and with it the connection): then nothing is written.
+    if (m_host.stopped() || !m_acc)
+        return Error(QStringLiteral("没有连接到账套。"));
     Transaction tx(db);
     if (!tx.ok())
         return Error(tx.error());

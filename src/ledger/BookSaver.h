@@ -4,6 +4,7 @@
 
 #include <QHash>
 #include <QList>
+#include <QPointer>
 #include <QSet>
 #include <QString>
 #include <vector>
@@ -58,7 +59,7 @@ private:
     GridModel &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;
-    AccContext *m_acc;
+    QPointer<AccContext> m_acc;  ///< the host may delete it inside any call to the host
     QList<int> m_conflicts;             // keys changed elsewhere, found by the last pass
     QHash<int, int> m_conflictRows;     // their grid rows (removed ones have none)
     bool m_reloaded = false;

@@ -12,6 +12,7 @@
 #include "ledger/LedgerState.h"
 
 #include <QDate>
+#include <QPointer>
 
 namespace kx {
 
@@ -155,19 +156,27 @@ bool RowOperations::renumber()
     return changed;
 }
 
-Result<int> RowOperations::deleteHistory(AccContext *acc)
+Result<int> RowOperations::deleteHistory(AccContext *context)
 {
+    // The host may delete the context inside any call to it: read again after each.
+    const QPointer<AccContext> acc(context);
+    const auto noContext = [] { return Error(QStringLiteral("没有连接到账套。")); };
     if (!acc)
-        return Error(QStringLiteral("没有连接到账套。"));
-    if (m_host.cancels(QStringLiteral("DelHistory")))
+        return noContext();
+    if (m_host.cancels(QStringLiteral("DelHistory")) || m_host.stopped())
         return 0;
+    if (!acc)
+        return noContext();
     const QDate cutOff = acc->BeginDate();
     if (!cutOff.isValid())
         return Error(QStringLiteral("账套没有建账日期，无法删除以前的记录。"));
     if (!m_host.ask(QStringLiteral("将从数据库中删除 %1 以前的全部记录，删除后不能恢复。是否继续？")
                         .arg(cutOff.toString(Qt::ISODate)),
-                    QStringLiteral("删除以前记录")))
+                    QStringLiteral("删除以前记录")) ||
+        m_host.stopped())
         return 0;
+    if (!acc)
+        return noContext();
     const Database &db = acc->Connection();
     const JournalColumns columns(m_grid);
     QList<int> doomed;

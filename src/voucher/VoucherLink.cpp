@@ -136,6 +136,8 @@ int VoucherLink::write(const QList<int> &rows, int voucherId)
             return 0;
         }
     }
+    // Read before the host is told anything: its handler may delete the context.
+    const QString label = VoucherDirectory(acc->Connection()).label(voucherId);
     // A row not stored yet takes its link with it at the next save.
     if (!unsaved.isEmpty()) {
         for (int r : unsaved)
@@ -144,7 +146,6 @@ int VoucherLink::write(const QList<int> &rows, int voucherId)
         m_state.dirty = true;
         m_host.markDirty();
     }
-    const QString label = VoucherDirectory(acc->Connection()).label(voucherId);
     for (int r : std::as_const(done)) {
         const BookRow line(m_grid, columns, r);
         line.setText(JournalColumns::AccDoc, label);
