@@ -61,16 +61,9 @@ Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_shared<JournalP
 
 Journal::~Journal()
 {
-    // An editor still open is dropped, and the grid's view goes while the
-    // state its handlers use is still here: closing the window later would
-    // commit the editor into a control half destroyed.
-    d->grid->editCycle()->cancel();
-    delete d->frame;
-    d->frame = nullptr;
-    d->view = nullptr;
-    QObject::disconnect(d->grid, nullptr, this, nullptr);
-    // A host may delete the control inside a handler of an operation still
-    // running: the operation finishes on the state, without the widget.
+    // The grid's view goes (or is put away) while the state its handlers use
+    // is still here. A host may delete the control inside a handler of an
+    // operation or edit still running: it finishes on the state, without the widget.
     d->controlGone();
 }
 

@@ -3,6 +3,7 @@
 #include "control/JournalFrame.h"
 #include "control/JournalMenu.h"
 #include "editing/EditSession.h"
+#include "kxjournal/EditCycle.h"
 #include "kxjournal/GridModel.h"
 #include "kxjournal/Journal.h"
 
@@ -41,6 +42,8 @@ JournalPrivate::JournalPrivate(Journal *journal) : q(journal) {}
 JournalPrivate::~JournalPrivate()
 {
     if (m_kept) {
+        grid->editCycle()->cancel();
+        delete m_keptFrame;
         delete edit;
         delete printGrid;
         delete grid;
@@ -49,6 +52,23 @@ JournalPrivate::~JournalPrivate()
 
 void JournalPrivate::controlGone()
 {
+    // Only the control holds this state: nothing runs, and everything goes
+    // now. An editor still open is dropped first: committing it into a
+    // control half destroyed would reach freed state.
+    const bool running = weak_from_this().use_count() > 1;
+    if (!running) {
+        grid->editCycle()->cancel();
+        delete frame;
+    } else {
+        // An operation, an edit or an event is under way below the handler
+        // that deleted the control, maybe in the grid's own view: the view,
+        // the grids and the edit session stay, out of sight, until it ends
+        // and control is back in the event loop.
+        frame->hide();
+        frame->setParent(nullptr);
+        m_keptFrame = frame;
+    }
+    QObject::disconnect(grid, nullptr, q, nullptr);
     q = nullptr;
     // The widgets go with the control; nothing may reach them from here on.
     frame = nullptr;
@@ -60,19 +80,20 @@ void JournalPrivate::controlGone()
     voucherPicker = nullptr;
     findBar = nullptr;
     fieldMenu = nullptr;
-    // Only this state's owner holds it: nothing runs, and the grids and the
-    // edit session go with the control as its children.
-    if (weak_from_this().use_count() <= 1) {
+    if (!running) {
         delete edit;
         edit = nullptr;
         return;
     }
-    // An operation or an event is under way below the handler that deleted
-    // the control: what it works on stays until it lets go of this state.
     m_kept = true;
     edit->setParent(nullptr);
     printGrid->setParent(nullptr);
     grid->setParent(nullptr);
+    // This state is let go of once control is back in the event loop (and
+    // the operation, which holds it too, has ended).
+    auto *release = new QObject;
+    QObject::connect(release, &QObject::destroyed, [keep = shared_from_this()] {});
+    release->deleteLater();
 }
 
 void JournalPrivate::holdWhileCommandsRun()

@@ -61,8 +61,9 @@ public:
 
     /// False once the host deleted the control.
     bool alive() const { return q != nullptr; }
-    /// Called by the dying control: what an operation still running works
-    /// on (the grid, the print grid, the edit session) stays until it ends.
+    /// Called by the dying control: what an operation or edit still running
+    /// works on (the frame with the grid's view, the grids, the edit session)
+    /// stays until it ends and control is back in the event loop.
     void controlGone();
     /// Makes every named command hold this state while it runs, and run only
     /// while the control lives.
@@ -194,7 +195,8 @@ private:
     void leave(const QString &name);
 
     QPointer<AccContext> m_acc;
-    bool m_kept = false;  ///< the grids and the edit session outlived the control: deleted here
+    bool m_kept = false;            ///< the view, the grids and the edit session outlived the control: deleted here
+    QWidget *m_keptFrame = nullptr;  ///< the frame (with the grid's view) kept past the control
     QString m_running;
     int m_instance = 0;
 };

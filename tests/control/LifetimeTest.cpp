@@ -4,6 +4,7 @@
 #include "QtPrinters.h"
 #include "support/TestDatabase.h"
 
+#include <kxjournal/GridView.h>
 #include <kxjournal/Journal.h>
 #include <kxjournal/SqlAccContext.h>
 
@@ -11,6 +12,7 @@
 #include <QEventLoop>
 #include <QGuiApplication>
 #include <QPointer>
+#include <QTest>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <functional>
@@ -290,3 +292,79 @@ TEST_P(Lifetime, TheHostMayDeleteTheControlOrItsContextInsideAnyHandler)
 }
 
 INSTANTIATE_TEST_SUITE_P(Matrix, Lifetime, ::testing::ValuesIn(allCases()), caseName);
+
+namespace {
+
+/// The control's own widgets start an operation: a key on the grid, an item
+/// of the menu, a typed cell; the host deletes the control in its handler.
+class WidgetLifetime : public ::testing::TestWithParam<std::string>
+{
+protected:
+    void SetUp() override
+    {
+        testDb = std::make_unique<kxtest::TestDatabase>(Engine::Sqlite);
+        kx::Database db = testDb->open();
+        const int book = kxtest::fillSampleBooks(db, 60, 2);
+        ASSERT_GT(book, 0);
+        acc = std::make_unique<kx::SqlAccContext>(testDb->open());
+        acc->setBeginDate(QDate(2025, 1, 1));
+        journal = new Journal;
+        journal->setAcc(acc.get());
+        journal->setDocID(book);
+        ASSERT_TRUE(journal->Load());
+        journal->resize(1000, 400);
+        journal->show();
+    }
+
+    void TearDown() override
+    {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        delete journal.data();
+    }
+
+    std::unique_ptr<kxtest::TestDatabase> testDb;
+    std::unique_ptr<kx::SqlAccContext> acc;
+    QPointer<Journal> journal;
+};
+
+} // namespace
+
+TEST_P(WidgetLifetime, TheWidgetThatStartedTheOperationMayGoWithTheControl)
+{
+    const std::string how = GetParam();
+    kx::GridView *view = journal->gridView();
+    kx::GridModel *g = journal->Grid();
+    const int row = journal->LastSumRow() + 1;
+    g->setCursor(row, g->colIndex(QStringLiteral("Explain")));
+    view->setFocus();
+    bool fired = false;
+    const auto gone = [&] {
+        if (fired)
+            return;
+        fired = true;
+        delete journal.data();
+    };
+    journal->setAsker([&](const QString &, const QString &) {
+        gone();
+        return true;
+    });
+    QObject::connect(journal, &Journal::DataChanged, gone);
+    if (how == "DeleteKey") {
+        QTest::keyClick(view, Qt::Key_Delete);
+    } else if (how == "MenuItem") {
+        journal->menuAction(QStringLiteral("mnuDeleteRows"))->trigger();
+    } else if (how == "Typing") {
+        QTest::keyClick(view, Qt::Key_F2);
+        ASSERT_NE(view->activeEditor(), nullptr);
+        QTest::keyClicks(view->activeEditor(), QStringLiteral("abc"));
+        QTest::keyClick(view->activeEditor(), Qt::Key_Return);
+    }
+    // Whatever the grid's view still had queued runs now, and then what the
+    // deleted control left behind goes.
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(fired);
+    EXPECT_TRUE(journal.isNull());
+}
+
+INSTANTIATE_TEST_SUITE_P(Starts, WidgetLifetime, ::testing::Values("DeleteKey", "MenuItem", "Typing"));
