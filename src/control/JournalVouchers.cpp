@@ -37,9 +37,15 @@ void JournalPrivate::openVoucherPicker(int row, int col)
     // Read afresh each time, from the context in use now: the host may have
     // made vouchers since, or changed the context.
     voucherPicker->setContext(context());
+    // A handler of the messages may delete the control.
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
     prompt(QStringLiteral("装入会计科目..."), false);
+    if (!alive())
+        return;
     const bool loaded = voucherPicker->load();
     prompt(loaded ? QString() : QStringLiteral("不能读出凭证目录。"), false);
+    if (!alive())
+        return;
     pickerRow = row;
     pickerCol = col;
     place(voucherPicker, row, std::max(col, grid->fixedCols()));
