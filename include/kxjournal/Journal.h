@@ -452,7 +452,7 @@ private:
     void announce(const QString &name);
     void onCursorChanged(int row, int col);
 
-    std::unique_ptr<JournalPrivate> d;
+    std::shared_ptr<JournalPrivate> d;  ///< also held by running operations: it may outlive the widget
 };
 
 } // namespace kx

@@ -25,7 +25,7 @@
 
 namespace kx {
 
-Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_unique<JournalPrivate>(this))
+Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_shared<JournalPrivate>(this))
 {
     d->grid = new GridModel(this);
     d->view = new GridView;
@@ -43,6 +43,7 @@ Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_unique<JournalP
     d->setUpOutput();
     JournalRowCommands::offer(*d);
     JournalCommands::offer(*d);
+    d->holdWhileCommandsRun();
     d->commands.setGate([this](const Command &) { return d->mayStart(); });
     d->menu = new JournalMenu(d->commands, this);
     d->setUpLayout();
@@ -77,16 +78,10 @@ Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_unique<JournalP
 
 Journal::~Journal()
 {
-    // An editor still open is dropped, and the grid's view goes while the
-    // state its handlers use is still here: closing the window later would
-    // commit the editor into a control half destroyed.
-    d->grid->editCycle()->cancel();
-    delete d->frame;
-    d->frame = nullptr;
-    d->view = nullptr;
-    QObject::disconnect(d->grid, nullptr, this, nullptr);
-    delete d->edit;
-    d->edit = nullptr;
+    // The grid's view goes (or is put away) while the state its handlers use
+    // is still here. A host may delete the control inside a handler of an
+    // operation or edit still running: it finishes on the state, without the widget.
+    d->controlGone();
 }
 
 void Journal::announce(const QString &name)
@@ -235,12 +230,13 @@ bool Journal::IsDirty() const { return d->state.dirty; }
 
 void Journal::setIsDirty(bool value)
 {
-    const bool changed = value != d->state.dirty;
-    d->state.dirty = value;
+    const std::shared_ptr<JournalPrivate> keep = d;
+    const bool changed = value != keep->state.dirty;
+    keep->state.dirty = value;
     if (changed)
         Q_EMIT dirtyChanged(value);
-    if (value)
-        Q_EMIT DataChanged(d->grid->colKey(d->grid->col()));
+    if (value && keep->alive())
+        Q_EMIT DataChanged(keep->grid->colKey(keep->grid->col()));
 }
 
 bool Journal::IsLastSumRow() const
@@ -256,68 +252,83 @@ int Journal::DocID() const { return d->state.book.docId; }
 
 void Journal::setDocID(int value)
 {
-    d->exclusive(QStringLiteral("DocID"), false, [&] {
-        const int before = d->state.book.docId;
-        if (AccContext *acc = d->context())
-            JournalDefinition(acc->Connection(), d->state.book).read(value);
+    JournalPrivate *const p = d.get();
+    p->exclusive(QStringLiteral("DocID"), false, [p, value] {
+        const int before = p->state.book.docId;
+        if (AccContext *acc = p->context())
+            JournalDefinition(acc->Connection(), p->state.book).read(value);
         else
-            d->state.book.docId = value;
-        if (d->state.book.docId != before)
-            Q_EMIT docIdChanged(d->state.book.docId);
+            p->state.book.docId = value;
+        if (p->state.book.docId != before)
+            Q_EMIT p->q->docIdChanged(p->state.book.docId);
         return true;
     });
 }
 
+// The operations below raise events: a handler may delete the control, so
+// after each call that raises one they reach the control only through p,
+// which the operation holds, and only while p->alive().
+
 bool Journal::Load(int rDocID)
 {
-    return d->exclusive(QStringLiteral("Load"), false, [&] {
-        const BookLoader::Outcome outcome = BookLoader(*d->grid, d->state, *d, d->context()).load(rDocID);
-        d->edit->context().forgetBook();
+    JournalPrivate *const p = d.get();
+    return p->exclusive(QStringLiteral("Load"), false, [p, rDocID] {
+        const BookLoader::Outcome outcome = BookLoader(*p->grid, p->state, *p, p->context()).load(rDocID);
+        const bool filled = outcome == BookLoader::Loaded || outcome == BookLoader::Empty;
+        if (!p->alive())
+            return filled;
+        p->edit->context().forgetBook();
         if (outcome == BookLoader::Loaded)
-            d->edit->keepBlankRow();
-        d->edit->clearHistory();
-        d->fitColumns();
+            p->edit->keepBlankRow();
+        p->edit->clearHistory();
+        p->fitColumns();
         if (outcome == BookLoader::Loaded)
-            Q_EMIT AfterLoaded();
-        return outcome == BookLoader::Loaded || outcome == BookLoader::Empty;
+            Q_EMIT p->q->AfterLoaded();
+        return filled;
     });
 }
 
 bool Journal::Save()
 {
-    return d->exclusive(QStringLiteral("Save"), false, [&] {
-        BookSaver saver(*d->grid, d->state, *d, d->context());
-        const bool saved = saver.save(Caption(), d->instanceNumber());
+    JournalPrivate *const p = d.get();
+    return p->exclusive(QStringLiteral("Save"), false, [p] {
+        BookSaver saver(*p->grid, p->state, *p, p->context());
+        const bool saved = saver.save(p->caption, p->instanceNumber());
+        if (!p->alive())
+            return saved;
         // A failed save changes nothing: the steps before it can still be undone.
         if (saved || saver.reloaded())
-            d->edit->clearHistory();
+            p->edit->clearHistory();
         if (saver.reloaded())
-            Q_EMIT AfterLoaded();
+            Q_EMIT p->q->AfterLoaded();
         return saved;
     });
 }
 
 bool Journal::InsSumRow(int Row)
 {
-    return d->step(QStringLiteral("InsSumRow"), QStringLiteral("插入汇总行"),
-                   [&] { return SummaryRows(*d->grid, d->state, *d).insert(Row); });
+    JournalPrivate *const p = d.get();
+    return p->step(QStringLiteral("InsSumRow"), QStringLiteral("插入汇总行"),
+                   [p, Row] { return SummaryRows(*p->grid, p->state, *p).insert(Row); });
 }
 
 bool Journal::RemoveSumRow(int Row)
 {
-    return d->step(QStringLiteral("RemoveSumRow"), QStringLiteral("删除汇总行"),
-                   [&] { return SummaryRows(*d->grid, d->state, *d).remove(Row); });
+    JournalPrivate *const p = d.get();
+    return p->step(QStringLiteral("RemoveSumRow"), QStringLiteral("删除汇总行"),
+                   [p, Row] { return SummaryRows(*p->grid, p->state, *p).remove(Row); });
 }
 
 QString Journal::Statistics() const { return SummaryRows(*d->grid, d->state, *d).statistics(); }
 
 void Journal::SetDefaultFormat()
 {
-    d->exclusive(QStringLiteral("DefaultFormat"), false, [&] {
-        d->state.columns = {};
-        ColumnModel::define(*d->grid, d->state);
-        ColumnModel::applyFormats(*d->grid, d->state);
-        d->fitColumns();
+    JournalPrivate *const p = d.get();
+    p->exclusive(QStringLiteral("DefaultFormat"), false, [p] {
+        p->state.columns = {};
+        ColumnModel::define(*p->grid, p->state);
+        ColumnModel::applyFormats(*p->grid, p->state);
+        p->fitColumns();
         return true;
     });
 }
@@ -363,8 +374,10 @@ void Journal::Prompt(const QString &rMsg, bool ShowBox)
 
 void Journal::DoCommand(const QString &CommandName, const QString &CommandParameter)
 {
-    if (const Command *command = d->commands.byCommand(CommandName))
-        d->commands.run(*command, CommandParameter);
+    // The registry and the command stay while a handler deletes the control.
+    const std::shared_ptr<JournalPrivate> keep = d;
+    if (const Command *command = keep->commands.byCommand(CommandName))
+        keep->commands.run(*command, CommandParameter);
 }
 
 void Journal::setAsker(std::function<bool(const QString &, const QString &)> asker)

@@ -134,13 +134,25 @@ bool JournalPrivate::enterChosen(int row, int col, const QString &text)
 
 void JournalPrivate::dirtyRestored(bool dirty)
 {
-    Q_EMIT q->dirtyChanged(dirty);
-    if (dirty)
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    if (q)
+        Q_EMIT q->dirtyChanged(dirty);
+    if (dirty && q)
         Q_EMIT q->DataChanged(grid->colKey(grid->col()));
 }
 
-bool Journal::undo() { return d->edit->history().undo(); }
-bool Journal::redo() { return d->edit->history().redo(); }
+bool Journal::undo()
+{
+    // An undo raises events: the history stays while a handler deletes the control.
+    const std::shared_ptr<JournalPrivate> keep = d;
+    return keep->edit->history().undo();
+}
+
+bool Journal::redo()
+{
+    const std::shared_ptr<JournalPrivate> keep = d;
+    return keep->edit->history().redo();
+}
 bool Journal::canUndo() const { return d->edit->history().canUndo(); }
 bool Journal::canRedo() const { return d->edit->history().canRedo(); }
 bool Journal::CellChanged() const { return d->edit->cellChanged(); }

@@ -83,6 +83,7 @@ QString JournalPrivate::exportBook(bool ask, QString path, int type)
     }
     // The host's veto and the question for a name come before the operation
     // starts, so the name is asked for without the wait cursor.
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
     const QPointer<Journal> alive(q);
     if (!mayStart() || cancels(QStringLiteral("Export")) || !alive)
         return QString();
@@ -99,7 +100,7 @@ QString JournalPrivate::exportBook(bool ask, QString path, int type)
             path += BookExporter::suffix(BookExporter::typeFor(path, kind));
     }
     return exclusive(QStringLiteral("Export"), QString(), [&] {
-        if (!settleEditor())
+        if (!settleEditor() || !alive)
             return QString();
         const Result<int> written = BookExporter(*grid, *this).write(path, type, q->Caption(), databaseFiles());
         if (!alive)
@@ -118,8 +119,8 @@ QString JournalPrivate::exportBook(bool ask, QString path, int type)
 
 void JournalPrivate::printPreview()
 {
-    const QPointer<Journal> alive(q);
-    if (!mayStart() || cancels(QStringLiteral("Print")) || !alive || !settleEditor())
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    if (!mayStart() || cancels(QStringLiteral("Print")) || !alive() || !settleEditor() || !alive())
         return;
     if (!printer) {
         printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
@@ -169,28 +170,32 @@ void Journal::setFileNameAsker(std::function<QString(const QString &suggested)> 
 
 void Journal::Export(int rType)
 {
-    const QString path = d->exportBook(true, QString(), rType);
-    if (!path.isEmpty())
+    const std::shared_ptr<JournalPrivate> keep = d;
+    const QString path = keep->exportBook(true, QString(), rType);
+    // A handler may have deleted the control while the book was written.
+    if (!path.isEmpty() && keep->alive())
         Q_EMIT AfterExport(path);
 }
 
 bool Journal::ExportToFile(const QString &rFileName, int rType)
 {
-    const QString path = d->exportBook(false, rFileName, rType);
-    if (!path.isEmpty())
+    const std::shared_ptr<JournalPrivate> keep = d;
+    const QString path = keep->exportBook(false, rFileName, rType);
+    if (!path.isEmpty() && keep->alive())
         Q_EMIT AfterExport(path);
     return !path.isEmpty();
 }
 
 bool Journal::printToPdf(const QString &fileName)
 {
-    const QPointer<Journal> alive(this);
-    return d->exclusive(QStringLiteral("Print"), false, [&] {
-        if (d->cancels(QStringLiteral("Print")) || !alive || !d->settleEditor())
+    JournalPrivate *const p = d.get();
+    return p->exclusive(QStringLiteral("Print"), false, [p, &fileName] {
+        if (p->cancels(QStringLiteral("Print")) || !p->settleEditor() || !p->alive())
             return false;
-        const Result<void> printed = BookPrinter(*d->grid, *d->printGrid, Caption(), d->grid->font()).printToPdf(fileName, d->databaseFiles());
+        const Result<void> printed =
+            BookPrinter(*p->grid, *p->printGrid, p->caption, p->grid->font()).printToPdf(fileName, p->databaseFiles());
         if (!printed.ok())
-            d->prompt(printed.error(), false);
+            p->prompt(printed.error(), false);
         return printed.ok();
     });
 }

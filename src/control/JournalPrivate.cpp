@@ -2,6 +2,8 @@
 
 #include "control/JournalFrame.h"
 #include "control/JournalMenu.h"
+#include "editing/EditSession.h"
+#include "kxjournal/EditCycle.h"
 #include "kxjournal/GridModel.h"
 #include "kxjournal/Journal.h"
 
@@ -37,7 +39,81 @@ bool hasScreen()
 
 JournalPrivate::JournalPrivate(Journal *journal) : q(journal) {}
 
-JournalPrivate::~JournalPrivate() = default;
+JournalPrivate::~JournalPrivate()
+{
+    if (m_kept) {
+        grid->editCycle()->cancel();
+        delete m_keptFrame;
+        delete edit;
+        delete printGrid;
+        delete grid;
+    }
+}
+
+void JournalPrivate::controlGone()
+{
+    // Only the control holds this state: nothing runs, and everything goes
+    // now. An editor still open is dropped first: committing it into a
+    // control half destroyed would reach freed state.
+    const bool running = weak_from_this().use_count() > 1;
+    if (!running) {
+        grid->editCycle()->cancel();
+        delete frame;
+    } else {
+        // An operation, an edit or an event is under way below the handler
+        // that deleted the control, maybe in the grid's own view: the view,
+        // the grids and the edit session stay, out of sight, until it ends
+        // and control is back in the event loop.
+        frame->hide();
+        frame->setParent(nullptr);
+        m_keptFrame = frame;
+    }
+    QObject::disconnect(grid, nullptr, q, nullptr);
+    q = nullptr;
+    // The widgets go with the control; nothing may reach them from here on.
+    frame = nullptr;
+    view = nullptr;
+    menu = nullptr;
+    accountPicker = nullptr;
+    calculator = nullptr;
+    datePicker = nullptr;
+    voucherPicker = nullptr;
+    findBar = nullptr;
+    fieldMenu = nullptr;
+    if (!running) {
+        delete edit;
+        edit = nullptr;
+        return;
+    }
+    m_kept = true;
+    edit->setParent(nullptr);
+    printGrid->setParent(nullptr);
+    grid->setParent(nullptr);
+    // This state is let go of once control is back in the event loop (and
+    // the operation, which holds it too, has ended).
+    auto *release = new QObject;
+    QObject::connect(release, &QObject::destroyed, [keep = shared_from_this()] {});
+    release->deleteLater();
+}
+
+void JournalPrivate::holdWhileCommandsRun()
+{
+    const std::weak_ptr<JournalPrivate> self = weak_from_this();
+    QStringList names;
+    for (const Command &command : commands.commands())
+        if (!command.name.isEmpty())
+            names << command.name;
+    for (const QString &name : std::as_const(names)) {
+        Command *command = commands.byName(name);
+        if (!command->run)
+            continue;
+        command->run = [self, run = command->run](const QString &parameter) {
+            const std::shared_ptr<JournalPrivate> keep = self.lock();
+            if (keep && keep->alive())
+                run(parameter);
+        };
+    }
+}
 
 bool JournalPrivate::mayStart()
 {
@@ -59,58 +135,81 @@ bool JournalPrivate::enter(const QString &name)
 
 void JournalPrivate::leave(const QString &name)
 {
+    // The wait cursor goes even when the control went during the operation.
     m_running.clear();
     if (isLong(name) && hasScreen())
         QGuiApplication::restoreOverrideCursor();
-    Q_EMIT q->bookChanged();
+    if (q)
+        Q_EMIT q->bookChanged();
 }
+
+// Each event is raised only while the control lives, and holds this state
+// while it is raised: a handler that deletes the control leaves the caller
+// state to finish on.
 
 void JournalPrivate::prompt(const QString &text, bool showBox)
 {
-    q->Prompt(text, showBox);
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    if (q)
+        q->Prompt(text, showBox);
 }
 
 bool JournalPrivate::cancels(const QString &command)
 {
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    if (!q)
+        return true;
     bool cancel = false;
     Q_EMIT q->CommandExecute(command, cancel);
-    return cancel;
+    return cancel || !q;
 }
 
 bool JournalPrivate::ask(const QString &text, const QString &title)
 {
-    return q->ask(text, title);
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    return q && q->ask(text, title) && q;
 }
 
 void JournalPrivate::progress(int percent)
 {
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    if (!q)
+        return;
     Q_EMIT q->Process(percent);
     // The start of a long operation is where the screen may catch up (the
     // message just shown, the progress bar). Input waits: a click now would
     // only be refused.
-    if (percent == 0 && hasScreen())
+    if (q && percent == 0 && hasScreen())
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
 void JournalPrivate::markDirty()
 {
-    q->setIsDirty(true);
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    if (q)
+        q->setIsDirty(true);
 }
 
 void JournalPrivate::saved()
 {
-    Q_EMIT q->dirtyChanged(false);
-    Q_EMIT q->AfterSaved();
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    if (q)
+        Q_EMIT q->dirtyChanged(false);
+    if (q)
+        Q_EMIT q->AfterSaved();
 }
 
 void JournalPrivate::captionChanged(const QString &text)
 {
-    q->setCaption(text);
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    if (q)
+        q->setCaption(text);
 }
 
 void JournalPrivate::layoutChanged(bool consolidated)
 {
-    frame->setImageKey(consolidated ? QStringLiteral("Jnl1") : QStringLiteral("Jnl"));
+    if (frame)
+        frame->setImageKey(consolidated ? QStringLiteral("Jnl1") : QStringLiteral("Jnl"));
 }
 
 int JournalPrivate::rowOr(int row) const
@@ -128,6 +227,8 @@ int JournalPrivate::instanceNumber()
 
 void JournalPrivate::setSidePanel(bool visible)
 {
+    if (!q)
+        return;
     sidePanel = visible;
     frame->setSidePanelVisible(visible);
     menu->sync();
@@ -158,7 +259,8 @@ void JournalPrivate::defaultFormatCommand()
     if (cancels(QStringLiteral("BeforeFormat")))
         return;
     q->SetDefaultFormat();
-    cancels(QStringLiteral("AfterFormated"));
+    if (q)
+        cancels(QStringLiteral("AfterFormated"));
 }
 
 } // namespace kx

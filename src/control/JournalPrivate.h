@@ -32,7 +32,16 @@ class VoucherPicker;
 /// operation at a time: a load, save or command asked for while another
 /// runs (a host's event handler may let events run) is refused with a
 /// message, so nothing is freed or rewritten under a running operation.
-class JournalPrivate : public LedgerHost
+///
+/// Lifetime: the Journal owns this state through a shared pointer, and every
+/// operation and every event raised holds it too. A host may delete the
+/// control inside any handler: q becomes nullptr, the grid and the edit
+/// session stay with this state until the last holder lets go, each event
+/// after that is raised to nobody (a question is answered No, a command is
+/// cancelled, stopped() is true), and the operation ends without touching
+/// the widget. Code here checks alive() after every call that raises an
+/// event before it touches q or a widget.
+class JournalPrivate : public LedgerHost, public std::enable_shared_from_this<JournalPrivate>
 {
 public:
     /// The state of \a journal.
@@ -48,15 +57,27 @@ public:
     void captionChanged(const QString &caption) override;
     void layoutChanged(bool consolidated) override;
     void dirtyRestored(bool dirty) override;
+    bool stopped() const override { return !q; }
+
+    /// False once the host deleted the control.
+    bool alive() const { return q != nullptr; }
+    /// Called by the dying control: what an operation or edit still running
+    /// works on (the frame with the grid's view, the grids, the edit session)
+    /// stays until it ends and control is back in the event loop.
+    void controlGone();
+    /// Makes every named command hold this state while it runs, and run only
+    /// while the control lives.
+    void holdWhileCommandsRun();
 
     /// Runs \a work as operation \a name unless another one runs; then says
     /// so and returns \a refused. Long operations show the wait cursor.
     template <typename T, typename Work>
     T exclusive(const QString &name, T refused, Work work)
     {
+        const std::shared_ptr<JournalPrivate> keep = shared_from_this();
         if (!enter(name))
             return refused;
-        Leave leave{this, name, q};
+        Leave leave{this, name};
         return work();
     }
     /// True when no operation runs; otherwise says so to the user.
@@ -135,7 +156,7 @@ public:
     /// Brings the menu's enabled states up to date once events settle.
     void syncMenuSoon();
 
-    Journal *q;
+    Journal *q;  ///< nullptr once the host deleted the control
     LedgerState state;
     CommandRegistry commands;
     GridModel *grid = nullptr;
@@ -172,17 +193,14 @@ private:
     struct Leave {
         JournalPrivate *d;
         QString name;
-        QPointer<Journal> alive;  ///< a host's handler may delete the control mid-operation
-        ~Leave()
-        {
-            if (alive)
-                d->leave(name);
-        }
+        ~Leave() { d->leave(name); }
     };
     bool enter(const QString &name);
     void leave(const QString &name);
 
     QPointer<AccContext> m_acc;
+    bool m_kept = false;            ///< the view, the grids and the edit session outlived the control: deleted here
+    QWidget *m_keptFrame = nullptr;  ///< the frame (with the grid's view) kept past the control
     QString m_running;
     int m_instance = 0;
 };

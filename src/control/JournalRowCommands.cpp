@@ -40,7 +40,7 @@ void JournalRowCommands::offer(JournalPrivate &d)
     r.add({QStringLiteral("mnuDelHistory"), {}, QStringLiteral("删除建账前的记录"), rows,
            [p](const QString &) {
                p->exclusive(QStringLiteral("DelHistory"), false, [p] {
-                   if (!p->settleEditor())
+                   if (!p->settleEditor() || !p->alive())
                        return false;
                    const Result<int> gone = RowOperations(*p->grid, p->state, *p).deleteHistory(p->context());
                    if (!gone.ok())

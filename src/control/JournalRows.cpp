@@ -36,7 +36,8 @@ bool JournalPrivate::settleEditor()
 bool JournalPrivate::step(const QString &name, const QString &text, const std::function<bool()> &work)
 {
     return exclusive(name, false, [&] {
-        if (!settleEditor())
+        // Storing the open editor raises events: the control may be gone after it.
+        if (!settleEditor() || !alive())
             return false;
         return LedgerStep::record(*grid, state, *this, &edit->history(), text, work);
     });
@@ -87,41 +88,49 @@ bool JournalPrivate::clearCells()
 {
     if (!state.mayModify() || state.isConsolidated())
         return false;
-    if (!ask(QStringLiteral("是否清除选定单元格的内容？"), QStringLiteral("清除")))
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    if (!ask(QStringLiteral("是否清除选定单元格的内容？"), QStringLiteral("清除")) || !alive())
         return false;
     return step(QStringLiteral("Clear"), QStringLiteral("清除"),
                 [&] { return BlockPaste(edit->context(), edit->rules()).clear(); });
 }
 
+// Each operation works through p, which it holds: a handler may delete the control.
+
 bool Journal::InsertRows()
 {
-    return d->step(QStringLiteral("InsertRows"), QStringLiteral("插入行"),
-                   [&] { return RowOperations(*d->grid, d->state, *d).insertRows(); });
+    JournalPrivate *const p = d.get();
+    return p->step(QStringLiteral("InsertRows"), QStringLiteral("插入行"),
+                   [p] { return RowOperations(*p->grid, p->state, *p).insertRows(); });
 }
 
 bool Journal::DeleteRows(int Row)
 {
-    return d->step(QStringLiteral("DeleteRows"), QStringLiteral("删除行"),
-                   [&] { return RowOperations(*d->grid, d->state, *d).deleteRows(Row); });
+    JournalPrivate *const p = d.get();
+    return p->step(QStringLiteral("DeleteRows"), QStringLiteral("删除行"),
+                   [p, Row] { return RowOperations(*p->grid, p->state, *p).deleteRows(Row); });
 }
 
 bool Journal::CloseBook()
 {
-    return d->step(QStringLiteral("CloseBook"), QStringLiteral("结账"),
-                   [&] { return MonthClosing(*d->grid, d->state, *d).closeBook(); });
+    JournalPrivate *const p = d.get();
+    return p->step(QStringLiteral("CloseBook"), QStringLiteral("结账"),
+                   [p] { return MonthClosing(*p->grid, p->state, *p).closeBook(); });
 }
 
 bool Journal::CheckBook()
 {
-    return d->exclusive(QStringLiteral("CheckBook"), false, [&] { return BookCheck(*d->grid, d->state, *d).check(); });
+    JournalPrivate *const p = d.get();
+    return p->exclusive(QStringLiteral("CheckBook"), false, [p] { return BookCheck(*p->grid, p->state, *p).check(); });
 }
 
 QString Journal::copyText() const { return GridClipboard::selectedText(*d->grid); }
 
 bool Journal::pasteText(const QString &text)
 {
-    return d->step(QStringLiteral("Paste"), QStringLiteral("粘贴"),
-                   [&] { return BlockPaste(d->edit->context(), d->edit->rules()).paste(text); });
+    JournalPrivate *const p = d.get();
+    return p->step(QStringLiteral("Paste"), QStringLiteral("粘贴"),
+                   [p, &text] { return BlockPaste(p->edit->context(), p->edit->rules()).paste(text); });
 }
 
 } // namespace kx

@@ -37,9 +37,15 @@ void JournalPrivate::openVoucherPicker(int row, int col)
     // Read afresh each time, from the context in use now: the host may have
     // made vouchers since, or changed the context.
     voucherPicker->setContext(context());
+    // A handler of the messages may delete the control.
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
     prompt(QStringLiteral("装入会计科目..."), false);
+    if (!alive())
+        return;
     const bool loaded = voucherPicker->load();
     prompt(loaded ? QString() : QStringLiteral("不能读出凭证目录。"), false);
+    if (!alive())
+        return;
     pickerRow = row;
     pickerCol = col;
     place(voucherPicker, row, std::max(col, grid->fixedCols()));
@@ -62,33 +68,41 @@ int Journal::DirID(int Row) const
     return VoucherLink(*d->grid, d->state, *d, d->context()).dirId(d->rowOr(Row));
 }
 
+// Each operation works through p, which it holds: a handler may delete the control.
+
 void Journal::setDirID(int value, int Row)
 {
-    d->exclusive(QStringLiteral("DirID"), false, [&] {
-        return d->settleEditor() && VoucherLink(*d->grid, d->state, *d, d->context()).link(d->rowOr(Row), value);
+    JournalPrivate *const p = d.get();
+    p->exclusive(QStringLiteral("DirID"), false, [p, value, Row] {
+        return p->settleEditor() && p->alive() &&
+               VoucherLink(*p->grid, p->state, *p, p->context()).link(p->rowOr(Row), value);
     });
 }
 
 void Journal::SetDirID(int v)
 {
-    d->exclusive(QStringLiteral("DirID"), 0, [&] {
-        return d->settleEditor() ? VoucherLink(*d->grid, d->state, *d, d->context()).linkSelection(v) : 0;
+    JournalPrivate *const p = d.get();
+    p->exclusive(QStringLiteral("DirID"), 0, [p, v] {
+        return p->settleEditor() && p->alive() ? VoucherLink(*p->grid, p->state, *p, p->context()).linkSelection(v) : 0;
     });
 }
 
 bool Journal::Make()
 {
-    const QString path = d->exclusive(QStringLiteral("MakeAccDoc"), QString(), [&] {
-        if (!d->settleEditor())
+    const std::shared_ptr<JournalPrivate> keep = d;
+    JournalPrivate *const p = keep.get();
+    const QString folder = voucherFolder();
+    const QString path = p->exclusive(QStringLiteral("MakeAccDoc"), QString(), [p, &folder] {
+        if (!p->settleEditor() || !p->alive())
             return QString();
-        const Result<QString> made = VoucherMaker(*d->grid, d->state, *d, d->context()).make(voucherFolder(), d->voucherCodec);
+        const Result<QString> made = VoucherMaker(*p->grid, p->state, *p, p->context()).make(folder, p->voucherCodec);
         if (!made.ok())
-            d->prompt(made.error(), false);
+            p->prompt(made.error(), false);
         return made.valueOr(QString());
     });
     // Raised once the operation is over, so the host's handler may use the control.
-    if (path.isEmpty())
-        return false;
+    if (path.isEmpty() || !p->alive())
+        return !path.isEmpty();
     Q_EMIT AfterMaked(path);
     return true;
 }

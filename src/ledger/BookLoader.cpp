@@ -106,6 +106,10 @@ BookLoader::Outcome BookLoader::load(int docId)
                   false);
     m_host.progress(0);
     m_host.progress(10);
+    // The handlers above may have deleted the control or the context (and
+    // with it the connection): nothing is read, and the grid stays as it is.
+    if (m_host.stopped() || !m_acc)
+        return fail(QStringLiteral("没有连接到账套。"));
 
     const SqlStatement query =
         consolidated ? db.dialect().loadConsolidated(definition.subordinateIds()) : db.dialect().loadBook(book.docId);
@@ -117,10 +121,12 @@ BookLoader::Outcome BookLoader::load(int docId)
     if (const QString key = oversizedKey(rows); !key.isEmpty())
         return fail(QStringLiteral("记录编号 %1 超出了能处理的范围，不能读入这本日记账（存储时会重复这条记录）。").arg(key));
     m_host.captionChanged(definition.caption(consolidated));
+    m_host.progress(20);
+    if (m_host.stopped() || !m_acc)
+        return fail(QStringLiteral("没有连接到账套。"));
     m_state.removedRecords.clear();
     m_state.loadedDocId = book.docId;
     m_state.loadedConsolidated = consolidated;
-    m_host.progress(20);
 
     m_grid.setRows(m_grid.fixedRows());
     m_state.lastSumRow = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPointer>
 #include <QStringList>
 #include <vector>
 
@@ -51,7 +52,7 @@ private:
     GridModel &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;
-    AccContext *m_acc;
+    QPointer<AccContext> m_acc;  ///< the host may delete it inside any call to the host
 };
 
 } // namespace kx

@@ -30,7 +30,7 @@ bool BookSaver::save(const QString &caption, int instance)
         m_host.prompt(QStringLiteral("合并日记账是不能被存储的。"), true);
         return false;
     }
-    if (m_host.cancels(QStringLiteral("Save")))
+    if (m_host.cancels(QStringLiteral("Save")) || m_host.stopped())
         return false;
     if (m_state.dirty && m_acc && m_acc->Connection().isReadOnly()) {
         m_host.prompt(QStringLiteral("这个数据库是只读的，不能存储修改。请检查文件的权限。"), false);
@@ -53,15 +53,20 @@ bool BookSaver::save(const QString &caption, int instance)
                 m_host.prompt(QStringLiteral("其他用户正在不断修改这些记录，没有存储。请稍后再存储。"), false);
                 return false;
             }
+            if (m_host.stopped() || !m_acc)
+                return false;
             ConflictMerge merge(m_grid, m_state, m_host);
             const Result<void> merged = merge.merge(m_acc->Connection(), m_conflicts, m_state.savedDocId());
+            // The question may have ended the control or its context.
+            if (m_host.stopped() || !m_acc)
+                return false;
             if (!merged.ok()) {
                 m_host.prompt(merged.error(), false);
                 return false;
             }
             m_readAgain = m_readAgain || merge.tookStored();
         }
-        } else if (const Result<void> reachable = reachDatabase(); !reachable.ok()) {
+    } else if (const Result<void> reachable = reachDatabase(); !reachable.ok()) {
         // Nothing to write, but "stored" must still mean the database has it.
         m_host.prompt(reachable.error(), false);
         return false;
@@ -196,6 +201,8 @@ Result<void> BookSaver::writeRecords()
     if (!m_acc)
         return Error(QStringLiteral("没有连接到账套。"));
     m_host.progress(0);
+    if (m_host.stopped() || !m_acc)
+        return Error(QStringLiteral("没有连接到账套。"));
     Database &db = m_acc->Connection();
     if (const Result<void> connected = db.ensureConnected(); !connected.ok())
         return connected;
@@ -274,6 +281,10 @@ Result<void> BookSaver::writeRecords()
         return Error(undatedRows(undated));
     }
 
+    // The handlers of the reports above may have deleted the control or the
+    // context (and with it the connection): then nothing is written.
+    if (m_host.stopped() || !m_acc)
+        return Error(QStringLiteral("没有连接到账套。"));
     Transaction tx(db);
     if (!tx.ok())
         return Error(tx.error());

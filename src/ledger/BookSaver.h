@@ -4,6 +4,7 @@
 
 #include <QHash>
 #include <QList>
+#include <QPointer>
 #include <QSet>
 #include <QString>
 #include <vector>
@@ -61,7 +62,7 @@ private:
     GridModel &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;
-    AccContext *m_acc;
+    QPointer<AccContext> m_acc;  ///< the host may delete it inside any call to the host
     QHash<int, int> m_conflicts;        // keys changed elsewhere → grid row (-1: removed here)
     bool m_readAgain = false;           // the grid took stored values: read the book again once stored
     bool m_reloaded = false;

@@ -13,6 +13,7 @@ void LedgerHost::dirtyRestored(bool) {}
 void LedgerHost::saved() {}
 void LedgerHost::captionChanged(const QString &) {}
 void LedgerHost::layoutChanged(bool) {}
+bool LedgerHost::stopped() const { return false; }
 
 LedgerHost &LedgerHost::none()
 {

@@ -31,6 +31,10 @@ public:
     virtual void captionChanged(const QString &caption);
     /// A load showed the book single (false) or consolidated (true).
     virtual void layoutChanged(bool consolidated);
+    /// True once whoever runs the operation is gone (a host deleted the
+    /// control from one of the handlers above): the operation stops quietly,
+    /// storing nothing more. Asked after a call above may have ended it.
+    virtual bool stopped() const;
 
     /// A host that does nothing, for callers that want no reports.
     static LedgerHost &none();

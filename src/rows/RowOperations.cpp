@@ -14,6 +14,7 @@
 #include "ledger/RowLook.h"
 
 #include <QDate>
+#include <QPointer>
 
 namespace kx {
 
@@ -217,12 +218,17 @@ bool RowOperations::renumber()
     return changed;
 }
 
-Result<int> RowOperations::deleteHistory(AccContext *acc)
+Result<int> RowOperations::deleteHistory(AccContext *context)
 {
+    // The host may delete the context inside any call to it: read again after each.
+    const QPointer<AccContext> acc(context);
+    const auto noContext = [] { return Error(QStringLiteral("没有连接到账套。")); };
     if (!acc)
-        return Error(QStringLiteral("没有连接到账套。"));
-    if (m_host.cancels(QStringLiteral("DelHistory")))
+        return noContext();
+    if (m_host.cancels(QStringLiteral("DelHistory")) || m_host.stopped())
         return 0;
+    if (!acc)
+        return noContext();
     const QDate cutOff = acc->BeginDate();
     if (!cutOff.isValid())
         return Error(QStringLiteral("账套没有建账日期，无法删除以前的记录。"));
@@ -248,8 +254,10 @@ Result<int> RowOperations::deleteHistory(AccContext *acc)
                              .arg(doomed.size())
                              .arg(kept.size())
                              .arg(reason);
-    if (!m_host.ask(question, QStringLiteral("删除以前记录")))
+    if (!m_host.ask(question, QStringLiteral("删除以前记录")) || m_host.stopped())
         return 0;
+    if (!acc)
+        return noContext();
     const QString keptText =
         kept.isEmpty() ? QString()
                        : RecordGuard::rowList(RecordGuard::afterRemoval(kept, doomed)) + reason + QStringLiteral("，没有删除。");

@@ -117,7 +117,9 @@ int VoucherLink::write(const QList<int> &rows, int voucherId)
         m_host.prompt(NoContext, false);
         return 0;
     }
-    // A link names a voucher that exists; an empty label would be all the user sees of one that does not.
+    // A link names a voucher that exists; an empty label would be all the user
+    // sees of one that does not. Read before the host is told anything: its
+    // handler may delete the context.
     const QString label = voucherId > 0 ? VoucherDirectory(acc->Connection()).label(voucherId) : QString();
     if (voucherId > 0 && label.isEmpty()) {
         m_host.prompt(QStringLiteral("没有找到编号为 %1 的凭证，凭证链接没有改变。").arg(voucherId), false);

@@ -1,14 +1,15 @@
 #pragma once
 
+#include "kxjournal/AccContext.h"
 #include "kxjournal/Result.h"
 
 #include <QHash>
 #include <QList>
+#include <QPointer>
 #include <QString>
 
 namespace kx {
 
-class AccContext;
 class BookRow;
 class GridModel;
 class LedgerHost;
@@ -62,7 +63,7 @@ private:
     GridModel &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;
-    AccContext *m_acc;
+    QPointer<AccContext> m_acc;  ///< the host may delete it inside any call to the host
 };
 
 } // namespace kx

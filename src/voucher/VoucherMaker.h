@@ -1,13 +1,14 @@
 #pragma once
 
+#include "kxjournal/AccContext.h"
 #include "kxjournal/Result.h"
 #include "kxjournal/Voucher.h"
 
+#include <QPointer>
 #include <QString>
 
 namespace kx {
 
-class AccContext;
 class GridModel;
 class LedgerHost;
 class LedgerState;
@@ -49,7 +50,7 @@ private:
     GridModel &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;
-    AccContext *m_acc;
+    QPointer<AccContext> m_acc;  ///< the host may delete it inside any call to the host
 };
 
 } // namespace kx
