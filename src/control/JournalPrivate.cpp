@@ -246,12 +246,12 @@ void JournalPrivate::refresh()
             q->choose(QStringLiteral("“%1”有没有存储的修改。要先存储吗？").arg(q->Caption()),
                       {QStringLiteral("存储"), QStringLiteral("不存储"), QStringLiteral("取消")}, q->Caption());
         // A save that fails keeps the changes on screen: nothing is read over them.
-        if (answer == Keep || (answer == Store && !q->Save()))
+        // Any of these may end with the control deleted by a host's handler.
+        if (!q || answer == Keep || (answer == Store && !q->Save()) || !q)
             return;
     }
-    // The grid holds what is stored now: nothing is left to save.
-    if (q->Load())
-        q->setIsDirty(false);
+    // Reading the book again leaves nothing to save.
+    q->Load();
 }
 
 void JournalPrivate::defaultFormatCommand()
