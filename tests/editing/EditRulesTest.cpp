@@ -192,17 +192,6 @@ class AmountEntry : public ::testing::TestWithParam<kxtest::Engine>
 {
 };
 
-// The stored figure of (\a row, \a field) of the book's records.
-kx::Currency stored(const EditingBook &b, int row, const char *field)
-{
-    const kx::Database db = b.db->open();
-    const QVariant v = db.scalar({QStringLiteral("Select %1 From kxJournalRecs Where Row = %2")
-                                      .arg(QString::fromLatin1(field))
-                                      .arg(row),
-                                  {}})
-                           .valueOr(QVariant());
-    return kx::Currency::fromStoredText(v.toString()).valueOr(kx::Currency::invalid());
-}
 
 // Amounts, balances and foreign figures of the four records (an emptied
 // amount is stored as 0).
@@ -247,9 +236,9 @@ TEST_P(AmountEntry, ARefusedAmountKeepsWhatTheCellHeldAndSaveStoresThat)
     EXPECT_EQ(b.text(3, "Credit"), QStringLiteral("200"));
 
     ASSERT_TRUE(b.journal->Save());
-    EXPECT_EQ(stored(b, 2, "Debit"), kx::Currency::fromUnits(500));
-    EXPECT_EQ(stored(b, 3, "Credit"), kx::Currency::fromUnits(200));
-    EXPECT_EQ(stored(b, 4, "Credit"), kx::Currency::fromRaw(12345600));
+    EXPECT_EQ(kxtest::storedAmount(b, 2, "Debit"), kx::Currency::fromUnits(500));
+    EXPECT_EQ(kxtest::storedAmount(b, 3, "Credit"), kx::Currency::fromUnits(200));
+    EXPECT_EQ(kxtest::storedAmount(b, 4, "Credit"), kx::Currency::fromRaw(12345600));
 }
 
 TEST_P(AmountEntry, AmountsAndBalancesTheEngineCannotHoldExactlyAreRefused)

@@ -76,6 +76,17 @@ QString pasteLine(const EditingBook &b, const QMap<QString, QString> &cells)
     return out.join(QLatin1Char('\t'));
 }
 
+kx::Currency storedAmount(const EditingBook &b, int row, const char *field)
+{
+    const kx::Database db = b.db->open();
+    const QVariant v = db.scalar({QStringLiteral("Select %1 From kxJournalRecs Where Row = %2")
+                                      .arg(QString::fromLatin1(field))
+                                      .arg(row),
+                                  {}})
+                           .valueOr(QVariant());
+    return kx::Currency::fromStoredText(v.toString()).valueOr(kx::Currency::invalid());
+}
+
 void runMenuItem(kx::Journal &journal, const char *name)
 {
     journal.contextMenu()->popup(QPoint(0, 0));

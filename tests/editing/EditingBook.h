@@ -41,6 +41,10 @@ struct EditingBook {
 /// the visible columns from the date on, tab-separated.
 QString pasteLine(const EditingBook &b, const QMap<QString, QString> &cells);
 
+/// The stored figure of field \a field of the record stored as row \a row
+/// (invalid when it is no figure).
+kx::Currency storedAmount(const EditingBook &b, int row, const char *field);
+
 /// Runs the context-menu item \a name as a click would, its state brought
 /// up to date as the menu showing does.
 void runMenuItem(kx::Journal &journal, const char *name);

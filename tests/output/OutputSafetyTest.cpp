@@ -1,6 +1,7 @@
 // What export and print must never write over: the database the control
 // works on (however its path is spelled), any other SQLite database, and
 // what is not a regular file (a device, a pipe, a socket).
+#include "support/SampleJournal.h"
 #include "support/TestDatabase.h"
 
 #include <kxjournal/Journal.h>
@@ -38,24 +39,9 @@ bool makeSocket(const QString &path, int &fd)
     return ::bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
 }
 
-struct GuardedBook {
-    GuardedBook() : db(kxtest::Engine::Sqlite)
-    {
-        kx::Database conn = db.open();
-        book = kxtest::fillSampleBooks(conn, 60, 1);
-        acc = std::make_unique<kx::SqlAccContext>(db.open());
-        journal.setAcc(acc.get());
-        QObject::connect(&journal, &kx::Journal::Notify, [this](const QString &m, bool) { said << m; });
-        EXPECT_TRUE(journal.Load(book));
-    }
+struct GuardedBook : kxtest::SampleJournal {
+    GuardedBook() : SampleJournal(60) {}
     QString databasePath() const { return db.url().mid(int(qstrlen("sqlite:"))); }
-
-    kxtest::TestDatabase db;
-    std::unique_ptr<kx::SqlAccContext> acc;
-    kx::Journal journal;
-    QTemporaryDir folder;
-    QStringList said;
-    int book = 0;
 };
 
 } // namespace

@@ -2,6 +2,7 @@
 // PDF's text, and the print grid the pages were laid out in.
 #include "output/BookSheet.h"
 #include "output/PageLayout.h"
+#include "support/SampleJournal.h"
 #include "support/TestDatabase.h"
 
 #include <kxjournal/GridModel.h>
@@ -57,16 +58,8 @@ QList<Currency> figuresOf(const QString &page, const QString &label)
 }
 
 // A year's sample bank book of 200 records with its monthly sub-totals, open in a control.
-struct PrintingBook {
-    PrintingBook() : db(kxtest::Engine::Sqlite)
-    {
-        kx::Database conn = db.open();
-        book = kxtest::fillSampleBooks(conn, 200, 1);
-        acc = std::make_unique<kx::SqlAccContext>(db.open());
-        journal.setAcc(acc.get());
-        QObject::connect(&journal, &kx::Journal::Notify, [this](const QString &m, bool) { said << m; });
-        EXPECT_TRUE(journal.Load(book));
-    }
+struct PrintingBook : kxtest::SampleJournal {
+    PrintingBook() : SampleJournal(200) {}
     QString pdf(const char *name) const { return folder.filePath(QString::fromLatin1(name)); }
     // The print grid's text of the line \a r in the column keyed \a key.
     QString printed(int r, const char *key) const
@@ -74,13 +67,6 @@ struct PrintingBook {
         const kx::GridModel *g = journal.PrintGrid();
         return g->text(r, g->colIndex(QString::fromLatin1(key)));
     }
-
-    kxtest::TestDatabase db;
-    std::unique_ptr<kx::SqlAccContext> acc;
-    kx::Journal journal;
-    QTemporaryDir folder;
-    QStringList said;
-    int book = 0;
 };
 
 } // namespace

@@ -139,16 +139,6 @@ class PastedAmounts : public ::testing::TestWithParam<Engine>
 {
 };
 
-kx::Currency stored(const EditingBook &b, int row, const char *field)
-{
-    const kx::Database db = b.db->open();
-    const QVariant v = db.scalar({QStringLiteral("Select %1 From kxJournalRecs Where Row = %2")
-                                      .arg(QString::fromLatin1(field))
-                                      .arg(row),
-                                  {}})
-                           .valueOr(QVariant());
-    return kx::Currency::fromStoredText(v.toString()).valueOr(kx::Currency::invalid());
-}
 
 } // namespace
 
@@ -175,9 +165,9 @@ TEST_P(PastedAmounts, CellsThatAreNoAmountsAreNamedAndKeepWhatTheyHeld)
     EXPECT_EQ(b.boxes.size(), 1);
 
     ASSERT_TRUE(b.journal->Save());
-    EXPECT_EQ(stored(b, 2, "Debit"), kx::Currency::fromUnits(500));
-    EXPECT_EQ(stored(b, 3, "Credit"), kx::Currency::fromRaw(12345600));
-    EXPECT_EQ(stored(b, 4, "Credit"), kx::Currency::fromUnits(50));
+    EXPECT_EQ(kxtest::storedAmount(b, 2, "Debit"), kx::Currency::fromUnits(500));
+    EXPECT_EQ(kxtest::storedAmount(b, 3, "Credit"), kx::Currency::fromRaw(12345600));
+    EXPECT_EQ(kxtest::storedAmount(b, 4, "Credit"), kx::Currency::fromUnits(50));
 }
 
 TEST_P(PastedAmounts, FiguresTheEngineCannotHoldExactlyAreRefused)
