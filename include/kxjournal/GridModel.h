@@ -237,6 +237,9 @@ public:
     /// The text of (row, col) at the last markRowsClean(), for a column given
     /// to setCleanTextCols() and a row that was there; else text().
     QString cleanText(int row, int col) const;
+    /// Makes \a text the clean text of (row, col) (see cleanText()): what the
+    /// database holds there now, after a change stored outside a save.
+    void setCleanText(int row, int col, const QString &text);
     /// Inserts an empty row before grid row \a row (rows() appends).
     void insertRowAt(int row) { insertRowsAt(row, 1); }
     /// Inserts \a count empty rows before grid row \a row (rows() appends).

@@ -289,6 +289,24 @@ void CellStore::setKeptCols(const std::vector<bool> &kept)
     m_kept.resize(std::size_t(m_cols));
 }
 
+void CellStore::setCleanText(int row, int col, const QString &text)
+{
+    if (!contains(row, col) || std::size_t(col) >= m_kept.size() || !m_kept[std::size_t(col)])
+        return;
+    Row &r = m_rows[std::size_t(row)];
+    if (!(r.flags & Pristine))
+        return;  // a row added since the mark has no clean texts to correct
+    if (!r.extra)
+        r.extra = std::make_unique<RowExtra>();
+    auto &before = r.extra->before;
+    for (auto &kept : before)
+        if (kept.first == col) {
+            kept.second = text;
+            return;
+        }
+    before.emplace_back(col, text);
+}
+
 QString CellStore::cleanText(int row, int col) const
 {
     if (!knowsClean(row))

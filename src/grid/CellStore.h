@@ -133,6 +133,9 @@ public:
     /// The text of (row, col) as of the last clean mark, when the column is
     /// kept and the row was there; else the text as it stands.
     QString cleanText(int row, int col) const;
+    /// Makes \a text the clean text of (row, col): what is stored there now,
+    /// when a change stored since the clean mark makes that the base.
+    void setCleanText(int row, int col, const QString &text);
     /// Row height (-1: the default).
     int rowHeight(int row) const { return row >= 0 && row < rows() ? m_rows[std::size_t(row)].height : -1; }
     /// Sets a row height (-1: the default).

@@ -129,6 +129,11 @@ bool GridModel::knowsCleanText(int row) const
     return d->store.knowsClean(row);
 }
 
+void GridModel::setCleanText(int row, int col, const QString &text)
+{
+    d->store.setCleanText(row, col, text);
+}
+
 QString GridModel::cleanText(int row, int col) const
 {
     return d->store.cleanText(row, col);

@@ -45,6 +45,11 @@ QString BookRow::cleanText(JournalColumns::Column column) const
     return m_grid->cleanText(m_row, (*m_columns)[column]);
 }
 
+void BookRow::setCleanText(JournalColumns::Column column, const QString &text) const
+{
+    m_grid->setCleanText(m_row, (*m_columns)[column], text);
+}
+
 bool BookRow::knowsClean() const
 {
     return m_grid->knowsCleanText(m_row);

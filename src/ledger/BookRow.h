@@ -54,6 +54,8 @@ public:
     /// The cell text of \a column as it was at the last load or save (see
     /// GridModel::cleanText()).
     QString cleanText(JournalColumns::Column column) const;
+    /// Makes \a text the text \a column had at the last load or save.
+    void setCleanText(JournalColumns::Column column, const QString &text) const;
     /// Whether the row was in the grid at the last load or save.
     bool knowsClean() const;
     /// A hash of the texts of \a columns[0…count), in that order (see GridModel::textsHash()).

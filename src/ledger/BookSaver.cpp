@@ -246,7 +246,8 @@ Result<void> BookSaver::writeRecords()
         // Rows without a date are never stored: blank rows and the empty row
         // at the bottom; one that holds anything else stops the save.
         if (!row.isDated()) {
-            if (holdsRecord(row))
+            // A stored record nobody touched here stays as it is stored.
+            if (holdsRecord(row) && (m_grid.isRowTouched(r) || row.recId() <= 0))
                 undated << r;
             continue;
         }

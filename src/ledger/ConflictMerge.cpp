@@ -61,7 +61,7 @@ QString ConflictMerge::describe(int row) const
 {
     const JournalColumns columns(m_grid);
     const BookRow r = BookRow::of(m_grid, columns, row);
-    return QStringLiteral("第%1行 %2 %3").arg(row).arg(r.dateText(), shown(r.text(C::Explain)));
+    return QStringLiteral("第%1行（%2 %3）").arg(row).arg(r.dateText(), shown(r.text(C::Explain)));
 }
 
 QString ConflictMerge::question(const QStringList &lines, int total) const
@@ -101,16 +101,23 @@ Result<void> ConflictMerge::merge(const Database &db, const QHash<int, int> &row
     std::vector<std::pair<int, std::pair<C::Column, QString>>> taken;  // fields only the other side changed
     std::vector<Clash> clashes;
     QList<int> goneChangedHere, goneUnchanged, removedChangedThere;
-    QStringList lines;
+    QStringList lines, said;
     int asked = 0;
     for (auto it = rows.cbegin(); it != rows.cend(); ++it) {
         const int key = it.key();
         const int row = it.value();
         const auto at = stored.constFind(key);
-        const bool gone = at == stored.constEnd() || at->docId != docId;
+        // A record another user moved to another book is that book's now.
+        const bool moved = at != stored.constEnd() && at->docId != docId;
+        const bool gone = at == stored.constEnd() || moved;
         if (row < 0) {
-            // Removed here: asked about only when the other side changed it.
-            if (!gone) {
+            // Removed here: asked about only when the other side changed it;
+            // one moved to another book is never deleted from there.
+            if (moved) {
+                m_state.removedRecords.removeAll(key);
+                m_state.stored.forget(key);
+                said << QStringLiteral("您删除的记录（编号 %1）已被其他用户移到别的日记账，没有从那里删除。").arg(key);
+            } else if (!gone) {
                 removedChangedThere << key;
                 lines << QStringLiteral("您删除的记录（编号 %1）：其他用户修改了它").arg(key);
                 ++asked;
@@ -125,7 +132,8 @@ Result<void> ConflictMerge::merge(const Database &db, const QHash<int, int> &row
                 changedHere = changedHere || (StoredRecords::writes(here, f, opening) && !StoredRecords::sameAsLoaded(here, f));
             if (changedHere) {
                 goneChangedHere << key;
-                lines << describe(row) + QStringLiteral("：其他用户删除了这条记录，您修改了它");
+                lines << describe(row) + (moved ? QStringLiteral("：其他用户把这条记录移到了别的日记账，您修改了它")
+                                                : QStringLiteral("：其他用户删除了这条记录，您修改了它"));
                 ++asked;
             } else {
                 goneUnchanged << row;
@@ -171,9 +179,15 @@ Result<void> ConflictMerge::merge(const Database &db, const QHash<int, int> &row
             m_tookStored = true;
         }
     }
-    // What was merged against is what the database holds from now on.
-    for (const auto &[row, s] : merged)
-        m_state.stored.remember(BookRow::of(m_grid, columns, row).recId(), s->print);
+    // What was merged against is what the database holds from now on: the
+    // fingerprint a save compares with, and the values a later merge judges
+    // changes against.
+    for (const auto &[row, s] : merged) {
+        const BookRow merging(m_grid, columns, row);
+        m_state.stored.remember(merging.recId(), s->print);
+        for (std::size_t i = 0; i < fields.size(); ++i)
+            merging.setCleanText(fields[i].column, s->texts[i]);
+    }
     for (int key : removedChangedThere) {
         if (keepMine) {
             m_state.stored.remember(key, stored.value(key).print);
@@ -183,13 +197,15 @@ Result<void> ConflictMerge::merge(const Database &db, const QHash<int, int> &row
             m_tookStored = true;
         }
     }
-    QStringList said;
     for (int key : goneChangedHere) {
         const int row = rows.value(key);
         if (keepMine) {
-            // Written again, under a new key.
+            // Written again, under a new key: the old one may name a record
+            // of another book now.
             m_state.stored.forget(key);
-            BookRow(m_grid, columns, row).setChangeMark(BookRow::Modified);
+            const BookRow again(m_grid, columns, row);
+            again.setText(C::RecID, QStringLiteral("0"));
+            again.setChangeMark(BookRow::Modified);
             m_grid.markRowTouched(row);
         } else {
             goneUnchanged << row;

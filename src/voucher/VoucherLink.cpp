@@ -156,6 +156,10 @@ int VoucherLink::write(const QList<int> &rows, int voucherId)
         const BookRow line(m_grid, columns, r);
         line.setText(JournalColumns::AccDoc, label);
         line.setText(JournalColumns::DirID, QString::number(voucherId));
+        // A link written to the database is what it holds: a later merge
+        // judges other users' changes of it against this.
+        if (line.recId() > 0)
+            line.setCleanText(JournalColumns::DirID, QString::number(voucherId));
     }
     if (!refused.isEmpty())
         m_host.prompt(refused.join(QStringLiteral("；")) + QStringLiteral("，这些记录的凭证链接没有写入，请刷新后再试。"), false);
