@@ -1,6 +1,8 @@
 // A save never drops what a user entered: rows with a record's content but
 // no date stop it, named; and changes by two users to one book meet field by
 // field, so neither side's work is lost to a question about the other's.
+// What was merged, or stored at once, is the base the next save judges
+// against, and a record moved to another book stays there.
 #include "QtPrinters.h"
 #include "editing/EditingBook.h"
 
@@ -33,6 +35,37 @@ protected:
     }
 
     static int key(const EditingBook &b, int row) { return int(b.grid->number(row, b.col("RecID"))); }
+
+    // Another user sets \a field of record \a key to \a value.
+    static void set(const EditingBook &b, const char *field, const QVariant &value, int key)
+    {
+        ASSERT_TRUE(b.db->open()
+                        .run({QStringLiteral("Update kxJournalRecs Set %1=? Where RecID=?").arg(QLatin1String(field)), {value, key}})
+                        .ok());
+    }
+
+    // Every question goes to \a questions and is answered yes.
+    static void answerEveryQuestion(EditingBook &b, QStringList &questions)
+    {
+        b.journal->setAsker([&questions](const QString &text, const QString &) {
+            questions << text;
+            return true;
+        });
+    }
+
+    // A voucher of the period to link records to.
+    static int aVoucher(const EditingBook &b)
+    {
+        kx::Database db = b.db->open();
+        return kxtest::BookBuilder(db).voucher(QStringLiteral("2025-01-10"), QStringLiteral("记"), 3);
+    }
+
+    // A second book of the same accounts, for records moved there.
+    static int anotherBook(const EditingBook &b)
+    {
+        kx::Database db = b.db->open();
+        return kxtest::BookBuilder(db).book(QStringLiteral("0299"), QStringLiteral("别的账"));
+    }
 
     // Questions about other users' changes go to \a questions and are
     // answered \a mine; any other question is answered yes.
@@ -104,15 +137,11 @@ TEST_P(NothingLost, ConflictsAreJudgedFieldByField)
     QStringList questions;
     bool mine = true;
     answerConflicts(b, questions, mine);
-    kx::Database other = b.db->open();
-    const auto theirs = [&](const char *field, const QString &value, int key) {
-        ASSERT_TRUE(other.run({QStringLiteral("Update kxJournalRecs Set %1=? Where RecID=?").arg(QLatin1String(field)), {value, key}}).ok());
-    };
     const int key2 = key(b, 2), key3 = key(b, 3), key4 = key(b, 4);
 
     // They correct row 4's explanation; this user's amount on row 2 moves row 4's balance.
-    theirs("Explain", QStringLiteral("别人改的摘要"), key4);
-    theirs("Remark", QStringLiteral("别人的备注"), key4);
+    set(b, "Explain", QStringLiteral("别人改的摘要"), key4);
+    set(b, "Remark", QStringLiteral("别人的备注"), key4);
     ASSERT_TRUE(b.type(2, "Debit", QStringLiteral("600")));
     ASSERT_TRUE(b.journal->Save()) << qPrintable(b.said.join(QLatin1Char('\n')));
     EXPECT_TRUE(questions.isEmpty()) << qPrintable(questions.join(QLatin1Char('\n')));
@@ -124,8 +153,8 @@ TEST_P(NothingLost, ConflictsAreJudgedFieldByField)
     EXPECT_FALSE(b.journal->IsDirty());
 
     // Both change row 3's explanation; "否" takes theirs and keeps this user's amount.
-    theirs("Explain", QStringLiteral("别人再改"), key3);
-    theirs("Field1", QStringLiteral("别人的字段"), key3);
+    set(b, "Explain", QStringLiteral("别人再改"), key3);
+    set(b, "Field1", QStringLiteral("别人的字段"), key3);
     ASSERT_TRUE(b.type(3, "Explain", QStringLiteral("我改的")));
     ASSERT_TRUE(b.type(2, "Debit", QStringLiteral("700")));
     mine = false;
@@ -140,8 +169,8 @@ TEST_P(NothingLost, ConflictsAreJudgedFieldByField)
     EXPECT_EQ(stored(b, "Debit", key2).toString(), QStringLiteral("700"));
 
     // "是" keeps this user's text and still takes what only they changed.
-    theirs("Explain", QStringLiteral("第三个人的"), key4);
-    theirs("Field2", QStringLiteral("第三个人的字段"), key4);
+    set(b, "Explain", QStringLiteral("第三个人的"), key4);
+    set(b, "Field2", QStringLiteral("第三个人的字段"), key4);
     ASSERT_TRUE(b.type(4, "Explain", QStringLiteral("我的第四行")));
     mine = true;
     ASSERT_TRUE(b.journal->Save());
@@ -182,7 +211,7 @@ TEST_P(NothingLost, ARecordDeletedOnOneSideAndChangedOnTheOtherIsAskedAbout)
 
     // Removed here, changed there: "否" keeps their record, and the grid shows it again.
     const int key2 = key(b, 2);
-    ASSERT_TRUE(other.run({QStringLiteral("Update kxJournalRecs Set Explain=? Where RecID=?"), {QStringLiteral("别人刚改"), key2}}).ok());
+    set(b, "Explain", QStringLiteral("别人刚改"), key2);
     b.grid->select(2, b.col("Explain"), 2, b.col("Explain"));
     ASSERT_TRUE(b.journal->DeleteRows());
     mine = false;
@@ -198,15 +227,10 @@ TEST_P(NothingLost, ALinkToARecordChangedElsewhereLosesNothing)
 {
     EditingBook b(GetParam());
     QStringList questions;
-    b.journal->setAsker([&](const QString &text, const QString &) {
-        questions << text;
-        return true;
-    });
-    kx::Database other = b.db->open();
-    kxtest::BookBuilder builder(other);
-    const int voucher = builder.voucher(QStringLiteral("2025-01-10"), QStringLiteral("记"), 3);
+    answerEveryQuestion(b, questions);
+    const int voucher = aVoucher(b);
     const int key3 = key(b, 3);
-    ASSERT_TRUE(other.run({QStringLiteral("Update kxJournalRecs Set Explain=? Where RecID=?"), {QStringLiteral("别人改的"), key3}}).ok());
+    set(b, "Explain", QStringLiteral("别人改的"), key3);
     b.journal->setDirID(voucher, 3);
     ASSERT_EQ(b.journal->DirID(3), voucher) << qPrintable(b.said.join(QLatin1Char('\n')));
     ASSERT_TRUE(b.type(2, "Debit", QStringLiteral("650")));
@@ -221,8 +245,8 @@ TEST_P(NothingLost, ALinkToARecordChangedElsewhereLosesNothing)
     b.journal->setDirID(voucher + 100, 4);
     EXPECT_EQ(b.journal->DirID(4), 0);
     EXPECT_EQ(stored(b, "DirID", key(b, 4)).toInt(), 0);
-    const int elsewhere = builder.book(QStringLiteral("0299"), QStringLiteral("别的账"));
-    ASSERT_TRUE(other.run({QStringLiteral("Update kxJournalRecs Set DocID=? Where RecID=?"), {elsewhere, key(b, 4)}}).ok());
+    const int elsewhere = anotherBook(b);
+    set(b, "DocID", elsewhere, key(b, 4));
     b.journal->setDirID(voucher, 4);
     EXPECT_EQ(b.journal->DirID(4), 0);
     EXPECT_EQ(stored(b, "DirID", key(b, 4)).toInt(), 0);
@@ -251,6 +275,79 @@ TEST_P(NothingLost, AMonthClosedNowIsClosedToEditsAtOnce)
     ASSERT_TRUE(b.journal->Load(b.book));
     EXPECT_FALSE(b.journal->IsDirty());
 }
+
+// A value taken from a second user in the first round is no change of this
+// user's in the next round, when a third user changed the field again.
+TEST_P(NothingLost, ATakenValueIsNotThisUsersOwnInTheNextRound)
+{
+    EditingBook b(GetParam());
+    const int key3 = key(b, 3), key4 = key(b, 4);
+    QStringList questions;
+    int asked = 0;
+    b.journal->setAsker([&](const QString &text, const QString &) {
+        if (!text.contains(QStringLiteral("其他用户")))
+            return true;
+        questions << text;
+        // While the first question is open a third user corrects row 4 again.
+        if (asked++ == 0)
+            set(b, "Remark", QStringLiteral("第三人的备注"), key4);
+        return true;  // keep this user's own typing
+    });
+    set(b, "Remark", QStringLiteral("第二人的备注"), key4);  // only they change row 4
+    set(b, "Explain", QStringLiteral("第二人的摘要"), key3);  // both change row 3
+    ASSERT_TRUE(b.type(3, "Explain", QStringLiteral("我的摘要")));
+    ASSERT_TRUE(b.type(4, "Explain", QStringLiteral("我的第四行")));
+    ASSERT_TRUE(b.journal->Save()) << qPrintable(b.said.join(QLatin1Char('\n')));
+    // This user never typed a remark on row 4: the third user's stays.
+    EXPECT_EQ(stored(b, "Remark", key4).toString(), QStringLiteral("第三人的备注"));
+    EXPECT_EQ(questions.size(), 1) << "row 4's remark was only changed by others";
+}
+
+// A record this user deleted, moved to another book by someone else.
+TEST_P(NothingLost, ARemovedRecordMovedToAnotherBookDoesNotBlockTheSave)
+{
+    EditingBook b(GetParam());
+    b.journal->setAsker([](const QString &, const QString &) { return true; });
+    const int elsewhere = anotherBook(b);
+    const int key4 = key(b, 4);
+    set(b, "DocID", elsewhere, key4);
+    b.grid->select(4, b.col("Explain"), 4, b.col("Explain"));
+    ASSERT_TRUE(b.journal->DeleteRows());
+    ASSERT_TRUE(b.type(2, "Explain", QStringLiteral("我的")));
+    EXPECT_TRUE(b.journal->Save()) << qPrintable(b.said.join(QLatin1Char('\n')));
+    EXPECT_EQ(stored(b, "DocID", key4).toInt(), elsewhere) << "the other book keeps its record";
+}
+
+// A record this user changed, moved to another book by someone else: "是".
+TEST_P(NothingLost, AChangedRecordMovedElsewhereIsNotTakenBack)
+{
+    EditingBook b(GetParam());
+    b.journal->setAsker([](const QString &, const QString &) { return true; });
+    const int elsewhere = anotherBook(b);
+    const int key3 = key(b, 3);
+    set(b, "DocID", elsewhere, key3);
+    ASSERT_TRUE(b.type(3, "Explain", QStringLiteral("我改的")));
+    ASSERT_TRUE(b.journal->Save()) << qPrintable(b.said.join(QLatin1Char('\n')));
+    EXPECT_EQ(stored(b, "DocID", key3).toInt(), elsewhere) << "the record was pulled back out of the other book";
+    EXPECT_NE(key(b, 3), key3);
+}
+
+// A link stored at once, then removed by another user: not silently put back.
+TEST_P(NothingLost, ALinkStoredAtOnceIsTheBaselineForTheNextMerge)
+{
+    EditingBook b(GetParam());
+    QStringList questions;
+    answerEveryQuestion(b, questions);
+    const int voucher = aVoucher(b);
+    const int key3 = key(b, 3);
+    b.journal->setDirID(voucher, 3);
+    ASSERT_EQ(stored(b, "DirID", key3).toInt(), voucher);
+    set(b, "DirID", 0, key3);  // the other user unlinks it
+    ASSERT_TRUE(b.type(2, "Debit", QStringLiteral("600")));  // moves row 3's balance
+    ASSERT_TRUE(b.journal->Save()) << qPrintable(b.said.join(QLatin1Char('\n')));
+    EXPECT_EQ(stored(b, "DirID", key3).toInt(), 0) << "the unlink was silently undone; questions: " << questions.size();
+}
+
 
 INSTANTIATE_TEST_SUITE_P(Engines, NothingLost, ::testing::Values(Engine::Sqlite, Engine::Postgres),
                          [](const auto &info) { return kxtest::engineName(info.param); });

@@ -29,6 +29,7 @@ struct ReloadBook {
         kxtest::BookBuilder b(conn);
         account = b.account(QStringLiteral("1122"), QStringLiteral("应收账款"));
         book = b.book(QStringLiteral("0201"), QStringLiteral("基本户"), direction);
+        // Stored as the control stores them: a book with a direction keeps the size of its balances.
         const bool signedBook = direction.isEmpty();
         const auto rec = [&](int row, const char *date, const char *side, const char *amount, int balance) {
             b.record(book, row,
