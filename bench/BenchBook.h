@@ -2,7 +2,7 @@
 
 #include "ledger/LedgerState.h"
 
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/SqlAccContext.h>
 
 #include <QString>
@@ -13,7 +13,7 @@ namespace kxbench {
 /// A sample bank book read into a bare grid, as the benchmarks work on it.
 struct Opened {
     std::unique_ptr<kx::SqlAccContext> acc;
-    kx::GridModel grid;
+    kx::Sheet grid;
     kx::LedgerState book;
 };
 

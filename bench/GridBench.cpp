@@ -1,4 +1,4 @@
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 
 #include <benchmark/benchmark.h>
 #include <memory>
@@ -29,13 +29,13 @@ void BM_GridFillFromArray(benchmark::State &state)
 {
     const int rows = int(state.range(0));
     const kx::CellArray source = journalArray(rows);
-    std::unique_ptr<kx::GridModel> grid;
+    std::unique_ptr<kx::Sheet> grid;
     for (auto _ : state) {
         // Copying the source and tearing down the previous grid are not part of the fill.
         state.PauseTiming();
         kx::CellArray copy = source;
         grid.reset();
-        grid = std::make_unique<kx::GridModel>();
+        grid = std::make_unique<kx::Sheet>();
         state.ResumeTiming();
         grid->loadArray(std::move(copy));
         benchmark::DoNotOptimize(grid->rows());

@@ -14,7 +14,7 @@
 #include "kxjournal/EditCycle.h"
 
 #include <kxjournal/Database.h>
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/SqlAccContext.h>
 
 #include <QCoreApplication>
@@ -86,7 +86,7 @@ void prepareBook(Fixture &f, kx::LedgerState &book)
 void BM_Load(benchmark::State &state)
 {
     Fixture &f = fixture(int(state.range(0)));
-    kx::GridModel grid;
+    kx::Sheet grid;
     kx::LedgerState book;
     prepareBook(f, book);
     for (auto _ : state) {
@@ -154,7 +154,7 @@ void BM_FetchSqliteC(benchmark::State &state)
 void BM_LoadBesideFetch(benchmark::State &state)
 {
     Fixture &f = fixture(int(state.range(0)));
-    kx::GridModel grid;
+    kx::Sheet grid;
     kx::LedgerState book;
     prepareBook(f, book);
     double fetchNs = 0, loadNs = 0;
@@ -200,7 +200,7 @@ void BM_LoadMillion(benchmark::State &state)
         bareFetch(f);
         fetchMs = double(clock.nsecsElapsed()) / 1e6;
         const long long before = residentBytes();
-        auto grid = std::make_unique<kx::GridModel>();
+        auto grid = std::make_unique<kx::Sheet>();
         clock.restart();
         if (kx::BookLoader(*grid, book, kx::LedgerHost::none(), f.acc.get()).load(0) != kx::BookLoader::Loaded)
             state.SkipWithError("load failed");
@@ -218,7 +218,7 @@ void BM_LoadMillion(benchmark::State &state)
 void BM_Calculate(benchmark::State &state)
 {
     Fixture &f = fixture(int(state.range(0)));
-    kx::GridModel grid;
+    kx::Sheet grid;
     kx::LedgerState book;
     prepareBook(f, book);
     kx::BookLoader(grid, book, kx::LedgerHost::none(), f.acc.get()).load(0);
@@ -234,7 +234,7 @@ void BM_Calculate(benchmark::State &state)
 void BM_EditAmountRow2(benchmark::State &state)
 {
     Fixture &f = fixture(int(state.range(0)));
-    kx::GridModel grid;
+    kx::Sheet grid;
     kx::LedgerState book;
     prepareBook(f, book);
     kx::BookLoader(grid, book, kx::LedgerHost::none(), f.acc.get()).load(0);
@@ -262,7 +262,7 @@ void BM_EditAmountRow2(benchmark::State &state)
 // worked out once, the whole paste one undo step. Its baseline writes the
 // same cells unchecked and recalculates once.
 struct PasteBook {
-    kx::GridModel grid;
+    kx::Sheet grid;
     kx::LedgerState book;
     QString text;
     QStringList dates, codes;
@@ -352,7 +352,7 @@ void BM_PasteBaselineBareWrites(benchmark::State &state)
 void BM_Delete10kFrom100k(benchmark::State &state)
 {
     Fixture &f = fixture(int(state.range(0)));
-    kx::GridModel grid;
+    kx::Sheet grid;
     kx::LedgerState book;
     prepareBook(f, book);
     kx::BookLoader(grid, book, kx::LedgerHost::none(), f.acc.get()).load(0);
@@ -383,14 +383,14 @@ void BM_Delete10kFrom100k(benchmark::State &state)
 void BM_DeleteBaselineBareRemove(benchmark::State &state)
 {
     Fixture &f = fixture(int(state.range(0)));
-    kx::GridModel grid;
+    kx::Sheet grid;
     kx::LedgerState book;
     prepareBook(f, book);
     kx::BookLoader(grid, book, kx::LedgerHost::none(), f.acc.get()).load(0);
     const int from = grid.rows() / 2;
     for (auto _ : state) {
         state.PauseTiming();
-        kx::GridModel copy;
+        kx::Sheet copy;
         copy.setCols(grid.cols());
         copy.setRows(grid.rows());
         state.ResumeTiming();

@@ -114,7 +114,7 @@ void BM_ExportXlsxBaseline_PlainCells(benchmark::State &state)
         for (int r = o.grid.fixedRows(); r < o.grid.rows(); ++r)
             for (int k = 0; k < cols.size(); ++k) {
                 const int c = cols[k];
-                if (o.grid.colDataType(c) == kx::GridModel::TypeCurrency)
+                if (o.grid.colDataType(c) == kx::Sheet::TypeCurrency)
                     worksheet_write_number(ws, lxw_row_t(r), lxw_col_t(k), o.grid.amount(r, c).toDouble(), nullptr);
                 else
                     worksheet_write_string(ws, lxw_row_t(r), lxw_col_t(k), o.grid.text(r, c).toUtf8().constData(), nullptr);
@@ -127,7 +127,7 @@ void BM_PrintLayout(benchmark::State &state)
 {
     kxbench::Opened &o = book(int(state.range(0)));
     const QFont font = kx::PageLayout::bodyFont(QGuiApplication::font());
-    kx::GridModel pages;
+    kx::Sheet pages;
     int count = 0;
     for (auto _ : state)
         count = kx::PageLayout(o.grid, font).layout(kx::PageLayout::defaultArea(), pages);

@@ -14,7 +14,7 @@
 #include "rows/BlockPaste.h"
 #include "rows/GridClipboard.h"
 
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 
 #include <QElapsedTimer>
 #include <benchmark/benchmark.h>
@@ -22,7 +22,7 @@
 namespace {
 
 // The block: the visible columns from the date on, a line per record.
-QString pasteText(const kx::GridModel &grid, int top, int lines)
+QString pasteText(const kx::Sheet &grid, int top, int lines)
 {
     const kx::JournalColumns columns(grid);
     const QString day = grid.text(top - 1, columns[kx::JournalColumns::JnlDate]);
@@ -54,7 +54,7 @@ void BM_PasteIntoA100kBookBesideFloor(benchmark::State &state)
         state.SkipWithError("no sample book");
         return;
     }
-    kx::GridModel &grid = o->grid;
+    kx::Sheet &grid = o->grid;
     const int top = grid.rows();
     grid.setRows(top + 1);
     const QString text = pasteText(grid, top, lines);

@@ -12,7 +12,7 @@
 #include "ledger/BalanceCalculator.h"
 
 #include <kxjournal/Database.h>
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/Schema.h>
 #include <kxjournal/SqlAccContext.h>
 

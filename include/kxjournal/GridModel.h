@@ -1,6 +1,5 @@
 #pragma once
 
-#include "kxjournal/CellArray.h"
 #include "kxjournal/Currency.h"
 #include "kxjournal/kxjournal_export.h"
 
@@ -15,7 +14,6 @@
 namespace kx {
 
 class EditCycle;
-class GridChanges;
 
 class GridModelPrivate;
 
@@ -124,29 +122,8 @@ public:
     Currency amount(int row, int col) const;
     /// amount() of the column keyed \a key.
     Currency amount(int row, const QString &key) const { return amount(row, colIndex(key)); }
-    /// Writes an amount in its plain text form ("1250.5", "0", "-0.01").
-    void setAmount(int row, int col, Currency value);
-    /// The cell as a whole number: 0 for empty or non-numeric text; an
-    /// amount's whole part.
-    qint64 number(int row, int col) const;
-    /// Writes a whole number.
-    void setNumber(int row, int col, qint64 value);
-    /// The cell's day when it holds a real day as yyyy-MM-dd; else invalid.
-    QDate date(int row, int col) const;
-    /// Writes a day as yyyy-MM-dd (an invalid date empties the cell).
-    void setDate(int row, int col, const QDate &date);
     /// True when the cell holds no text.
     bool isEmpty(int row, int col) const;
-    /// True when the cell is empty or holds an amount money can hold; false
-    /// for a text that is no plain amount ("abc", "1e300", a date) and for a
-    /// whole number past the money range.
-    bool holdsAmount(int row, int col) const;
-    /// A 64-bit hash of the cell's text, made without making the text:
-    /// equal texts hash alike in any grid and any run.
-    quint64 textHash(int row, int col) const;
-    /// The hashes of the texts of columns \a cols[0…count) of \a row, mixed
-    /// in that order: one call for a whole record.
-    quint64 textsHash(int row, const int *cols, int count) const;
     /// Hidden cell data.
     QVariant cellData(int row, int col) const;
     /// Sets hidden cell data.
@@ -157,13 +134,6 @@ public:
     QColor cellForeColor(int row, int col) const;
     /// Sets the fore colour of a range; an invalid colour clears it.
     void setCellForeColor(int r1, int c1, int r2, int c2, const QColor &color);
-    /// Sets the fore colour of one cell; an invalid colour clears it.
-    void setCellForeColor(int row, int col, const QColor &color);
-    /// Text colour of the data cells of a whole row (invalid when none).
-    QColor rowForeColor(int row) const;
-    /// Colours the text of every data cell of \a row: cells' own fore colours
-    /// are dropped, so the whole row takes \a color (invalid: the normal colour).
-    void setRowForeColor(int row, const QColor &color);
     /// Back colour of a cell (invalid when the cell has none of its own).
     QColor cellBackColor(int row, int col) const;
     /// Sets the back colour of a range; an invalid colour clears it.
@@ -176,12 +146,9 @@ public:
     QString cellFontName(int row, int col) const;
     /// Sets the font family of a range; empty text returns it to the grid font.
     void setCellFontName(int r1, int c1, int r2, int c2, const QString &family);
+
     /// Alignment of a cell (its own, else its column's).
     Qt::Alignment cellAlignment(int row, int col) const;
-    /// Sets the alignment of a range; 0 returns it to the column's.
-    void setCellAlignment(int r1, int c1, int r2, int c2, Qt::Alignment align);
-    /// Takes every per-cell look off a range (texts and data stay).
-    void clearCellStyles(int r1, int c1, int r2, int c2);
 
     // ---- rows ----
     /// Row data (the change mark: 2 modified, 1 saved).
@@ -190,12 +157,8 @@ public:
     void setRowData(int row, const QVariant &value);
     /// Whether the row is marked as a subtotal row.
     bool isSubtotal(int row) const;
-    /// Marks or unmarks a subtotal row.
-    void setSubtotal(int row, bool on);
     /// Outline level of a row (0 = none).
     int outlineLevel(int row) const;
-    /// Sets the outline level of a row.
-    void setOutlineLevel(int row, int level);
     /// Whether the row is hidden.
     bool isRowHidden(int row) const;
     /// Hides or shows a row.
@@ -204,64 +167,26 @@ public:
     int rowHeight(int row) const;
     /// Sets the height of a row; -1 returns it to the default height.
     void setRowHeight(int row, int height);
-    /// The height rows have by default.
-    int defaultRowHeight() const;
-    /// Sets the default row height.
-    void setDefaultRowHeight(int height);
     /// Smallest row height (0 = no limit).
     int rowHeightMin() const;
-    /// Sets the smallest row height.
-    void setRowHeightMin(int height);
     /// Largest row height (0 = no limit).
     int rowHeightMax() const;
-    /// Sets the largest row height.
-    void setRowHeightMax(int height);
     /// True when no row has a height of its own and none is hidden: a view
     /// then lays every row out at the default height without asking each.
     bool uniformRows() const;
-    /// True when a cell of \a row changed (or the row is new) since the rows
-    /// were last marked clean; rows filled by loadArray() start clean.
-    bool isRowTouched(int row) const;
-    /// Marks \a row touched.
-    void markRowTouched(int row);
-    /// True when rows were inserted, removed or moved since the rows were last marked clean.
-    bool rowsShiftedSinceClean() const;
-    /// Marks every row clean (what the grid shows is what was stored).
-    void markRowsClean();
-    /// Keeps, in the columns \a cols, each row's text as it was at the last
-    /// markRowsClean() when it first changes after it, so that what was
-    /// stored can be told from what was changed since.
-    void setCleanTextCols(const QList<int> &cols);
-    /// Whether \a row was in the grid at the last markRowsClean().
-    bool knowsCleanText(int row) const;
-    /// The text of (row, col) at the last markRowsClean(), for a column given
-    /// to setCleanTextCols() and a row that was there; else text().
-    QString cleanText(int row, int col) const;
-    /// Makes \a text the clean text of (row, col) (see cleanText()): what the
-    /// database holds there now, after a change stored outside a save.
-    void setCleanText(int row, int col, const QString &text);
     /// Inserts an empty row before grid row \a row (rows() appends).
     void insertRowAt(int row) { insertRowsAt(row, 1); }
     /// Inserts \a count empty rows before grid row \a row (rows() appends).
     void insertRowsAt(int row, int count);
-    /// Removes grid row \a row (a data row).
-    void removeRowAt(int row) { removeRowsAt(row, 1); }
     /// Removes the data rows \a row … row + count − 1 (those that exist).
     void removeRowsAt(int row, int count);
+    /// Removes grid row \a row (a data row).
+    void removeRowAt(int row) { removeRowsAt(row, 1); }
     /// Moves data row \a from so that it ends up at index \a to.
     void moveRowTo(int from, int to);
-    /// The row whose header shows the drag marker (-1: none).
-    int dragMarkRow() const;
-    /// Shows the drag marker on the header of \a row (-1: none). Not part of
-    /// the content: it is neither recorded nor saved.
-    void setDragMarkRow(int row);
     /// Adds a row from tab-separated texts, the first going to column 0;
     /// appended when \a at is -1, else inserted before row \a at.
     void addItem(const QString &text, int at = -1);
-    /// Replaces every row from \a firstRow on (fixedRows() when -1) with the
-    /// array's rows, their texts from column \a firstCol (fixedCols() when -1);
-    /// grows the column count when needed. One model reset, no per-cell signals.
-    void loadArray(CellArray array, int firstRow = -1, int firstCol = -1);
 
     // ---- columns ----
     /// Whether a column is hidden.
@@ -274,24 +199,12 @@ public:
     void setColWidth(int col, int width);
     /// Display format of a column ("#,##0.00" for amounts, a Qt date format for dates).
     QString colFormat(int col) const;
-    /// Sets the display format of a column.
-    void setColFormat(int col, const QString &format);
     /// Data type of a column.
     DataType colDataType(int col) const;
-    /// Sets the data type of a column.
-    void setColDataType(int col, DataType type);
     /// Alignment of a column (by data type when none was set).
     Qt::Alignment colAlignment(int col) const;
-    /// Sets the alignment of a column; 0 returns it to the data type's.
-    void setColAlignment(int col, Qt::Alignment align);
     /// The column's combo list: "|..." an ellipsis button, "a|b|c" a drop-down, empty a text box.
     QString colComboList(int col) const;
-    /// Sets the column's combo list.
-    void setColComboList(int col, const QString &list);
-    /// Sets the font family of every data cell of column \a col, present and
-    /// future (cells' own font names in the column are dropped); empty text
-    /// returns them to the grid font.
-    void setColDataFont(int col, const QString &family);
     /// Moves column \a from (texts, looks, data, key and settings) to index \a to.
     void moveColTo(int from, int to);
 
@@ -321,36 +234,11 @@ public:
     void setRedraw(bool on);
     /// Whether cells may be edited at all.
     bool editable() const;
-    /// Allows or forbids editing.
-    void setEditable(bool on);
     /// The grid's font.
     QFont font() const;
-    /// Sets the grid's font.
-    void setFont(const QFont &font);
     /// The edit cycle of this grid (owned by the grid).
     EditCycle *editCycle() const;
-    // ---- recording changes (undo) ----
-    /// Starts recording every change of cell values, cell looks, row
-    /// colours, row marks and of rows added at the bottom. Calls nest: only
-    /// the outermost endChanges() hands the record over.
-    void beginChanges();
-    /// Stops recording (at the outermost call) and hands over what changed;
-    /// empty for an inner call.
-    GridChanges endChanges();
-    /// True while changes are recorded.
-    bool isRecordingChanges() const;
-    /// Puts back what \a changes changed, newest change first, and returns
-    /// the changes that undo this in turn. Does nothing (and returns an empty
-    /// record) for an incomplete record or while recording.
-    GridChanges revertChanges(const GridChanges &changes);
-    /// A number that grows with every change of the grid's cells, looks,
-    /// marks or shape: a record of changes fits the grid only while the
-    /// grid's revision is the one seen when the record was made.
-    quint64 revision() const;
 
-    /// Bytes the cells, marks and pooled texts take beyond the texts'
-    /// characters (for measurements).
-    std::size_t storeBytes() const;
 
 Q_SIGNALS:
     /// The cursor left (\a row, \a col); sent before cursorChanged().
@@ -365,6 +253,7 @@ Q_SIGNALS:
     void colLayoutChanged(int col);
 
 private:
+    friend class Sheet;
     void notifyCells(int r1, int c1, int r2, int c2);
     void notifyRowLayout(int row);
     void notifyColLayout(int col);
@@ -373,7 +262,7 @@ private:
     QVariant displayText(int row, int col) const;
     QVariant fontFor(int row, int col) const;
 
-    std::unique_ptr<GridModelPrivate> d;
+    std::unique_ptr<GridModelPrivate> const d;
 };
 
 } // namespace kx

@@ -1,17 +1,16 @@
 #pragma once
 
 #include "kxjournal/GridModel.h"
+#include "kxjournal/kxjournal_export.h"
 
 #include <QColor>
-#include <QPointer>
 #include <QStringList>
 #include <QTableView>
-#include <functional>
+#include <memory>
 
 namespace kx {
 
-class FrozenColumns;
-class GridDelegate;
+class GridViewPrivate;
 
 /// The on-screen grid: shows a GridModel with its fixed row as the column
 /// header and its fixed column as a frozen row-selector column, draws the
@@ -23,7 +22,7 @@ class GridDelegate;
 /// The cursor and the selected block are kept the same in the view and in the
 /// model, whichever side moves them. A column dragged by its header moves the
 /// model's column (its key goes with it).
-class GridView : public QTableView
+class KXJOURNAL_EXPORT GridView : public QTableView
 {
     Q_OBJECT
 public:
@@ -37,14 +36,14 @@ public:
     /// Shows \a model (not owned).
     void setGridModel(GridModel *model);
     /// The model shown.
-    GridModel *gridModel() const { return m_model; }
+    GridModel *gridModel() const;
 
     /// Grid row under the mouse at the last mouse event (-1 when none).
-    int mouseRow() const { return m_mouseRow; }
+    int mouseRow() const;
     /// Grid column under the mouse at the last mouse event (-1 when none).
-    int mouseCol() const { return m_mouseCol; }
+    int mouseCol() const;
     /// The cell editor open now (nullptr when none).
-    QWidget *activeEditor() const { return m_activeEditor; }
+    QWidget *activeEditor() const;
 
     /// Background of the cells.
     QColor backColor() const;
@@ -74,53 +73,23 @@ public:
     QColor warnBackColor() const;
     /// Sets the background of cells that warn (invalid: a soft red).
     void setWarnBackColor(const QColor &c);
-    /// Sets the keys of the columns whose negative figures warn.
-    void setWarnNegativeKeys(const QStringList &keys);
-    /// True when the cell at \a index warns.
-    bool warnsAt(const QModelIndex &index) const;
 
     /// Keeps the first \a count data columns in place while the others
     /// scroll sideways (0: none). The frozen part is a second view on the
     /// same model and selection.
     void setFrozenColumns(int count);
     /// The number of frozen data columns.
-    int frozenColumns() const { return m_frozenCount; }
-    /// The view showing the frozen columns (nullptr when none are frozen).
-    QTableView *frozenView() const;
+    int frozenColumns() const;
     /// Scrolls \a index into sight, clear of the frozen columns.
     void scrollTo(const QModelIndex &index, ScrollHint hint = EnsureVisible) override;
 
-    /// Where Tab (or Shift+Tab, \a backwards) and Enter (\a enter) go from
-    /// grid cell (row, col): a grid cell, or (-1, -1) for the next cell in
-    /// the view's own order.
-    using CellNavigator = std::function<std::pair<int, int>(int row, int col, bool backwards, bool enter)>;
-    /// Sets where Tab and Enter go, when typing and when moving about.
-    void setCellNavigator(CellNavigator navigator) { m_navigator = std::move(navigator); }
     /// Stores the open editor's text through the edit cycle and closes it,
     /// as Enter would, without moving on; false when there is no editor or
     /// the text was refused (the editor then stays open).
     bool commitEditor();
 
-    /// Decides whether row \a source may be dropped on grid (\a row, \a col),
-    /// column 0 being the row header: true refuses (the pointer says so).
-    using RowDropTest = std::function<bool(int source, int row, int col)>;
-    /// Lets rows be dragged by their header, with \a test deciding where
-    /// they may go; an empty test turns dragging off.
-    void setRowDropTest(RowDropTest test) { m_dropTest = std::move(test); }
-    /// True while a row is being dragged.
-    bool isDraggingRow() const { return m_dragSource >= 0 && m_dragging; }
 
-    /// Decides what a double-click on grid cell (\a row, \a col) does before
-    /// it opens the cell's editor: true when it was handled (no editor opens).
-    using DoubleClickHandler = std::function<bool(int row, int col)>;
-    /// Sets what a double-click does first; an empty handler lets every
-    /// double-click open the editor.
-    void setDoubleClickHandler(DoubleClickHandler handler) { m_doubleClick = std::move(handler); }
 
-    /// Re-reads every row's height and hidden flag from the model.
-    void syncRows();
-    /// Re-reads every column's width and hidden flag from the model.
-    void syncCols();
 
 Q_SIGNALS:
     /// A mouse button went down over the grid (buttons 1 left, 2 right,
@@ -155,45 +124,22 @@ protected:
     void updateGeometries() override;
 
 private:
+    friend class GridViewPrivate;
     void syncRow(int row);
     void syncCol(int col);
     void onSectionMoved(int logical, int oldVisual, int newVisual);
     void onSectionResized(int logical, int oldSize, int newSize);
     QPalette basePalette() const;
-    bool isFrozenColumn(int column) const { return m_frozen && column < m_frozenCount; }
     void trackMouse(const QPoint &pos);
     void applyLook();
     QModelIndex navigate(bool backwards, bool enter);
     bool rowHeaderMouse(QMouseEvent *event);
     std::pair<int, int> dropCell(const QPoint &headerPos) const;
+    void syncRows();
+    void syncCols();
+    bool isFrozenColumn(int column) const;
 
-    RowDropTest m_dropTest;
-    DoubleClickHandler m_doubleClick;
-    int m_dragSource = -1;  ///< the row pressed on in the row header (-1: none)
-    bool m_dragging = false;
-    QPoint m_pressPos;
-
-    QPointer<GridModel> m_model;
-    GridDelegate *m_delegate = nullptr;
-    QPointer<QWidget> m_activeEditor;
-    QWidget *m_rejectedEditor = nullptr;
-    CellNavigator m_navigator;
-    bool m_committing = false;
-    int m_mouseRow = -1;
-    int m_mouseCol = -1;
-    bool m_syncing = false;
-    bool m_syncingRows = false;  ///< reading every row: the frozen part follows once at the end
-    // Invalid until set: the palette's colour is used.
-    QColor m_backColor;
-    QColor m_backColorFixed;
-    QColor m_backColorBkg;
-    QColor m_gridColor;
-    QColor m_gridColorFixed;
-    QColor m_hotBackColor;
-    QColor m_warnBackColor;
-    QStringList m_warnKeys;
-    FrozenColumns *m_frozen = nullptr;
-    int m_frozenCount = 0;
+    std::unique_ptr<GridViewPrivate> const d;
 };
 
 } // namespace kx

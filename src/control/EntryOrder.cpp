@@ -1,7 +1,7 @@
 #include "control/EntryOrder.h"
 
 #include "editing/EditContext.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/LedgerState.h"
 
 #include <QList>
@@ -12,7 +12,7 @@ namespace {
 
 QList<int> fieldsInOrder(const EditContext &ctx)
 {
-    const GridModel &g = ctx.grid;
+    const Sheet &g = ctx.grid;
     const JournalColumns columns(g);
     QList<int> order;
     auto take = [&](int col) {
@@ -36,7 +36,7 @@ QList<int> fieldsInOrder(const EditContext &ctx)
 
 std::pair<int, int> EntryOrder::next(const EditContext &ctx, int row, int col, bool backwards, bool enter)
 {
-    const GridModel &g = ctx.grid;
+    const Sheet &g = ctx.grid;
     const QList<int> order = fieldsInOrder(ctx);
     if (order.isEmpty() || !g.isDataRow(row))
         return {-1, -1};

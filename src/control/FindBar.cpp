@@ -1,6 +1,6 @@
 #include "control/FindBar.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -20,7 +20,7 @@ constexpr int MaxListed = 500;
 
 } // namespace
 
-FindBar::FindBar(const GridModel &grid, QWidget *parent)
+FindBar::FindBar(const Sheet &grid, QWidget *parent)
     : QFrame(parent), m_grid(grid), m_text(new QLineEdit(this)), m_count(new QLabel(this)), m_list(new QListWidget(this)),
       m_delay(new QTimer(this))
 {
@@ -71,8 +71,8 @@ FindBar::FindBar(const GridModel &grid, QWidget *parent)
     connect(&grid, &QAbstractItemModel::rowsRemoved, this, &FindBar::gridChanged);
     connect(&grid, &QAbstractItemModel::rowsMoved, this, &FindBar::gridChanged);
     connect(&grid, &QAbstractItemModel::dataChanged, this, &FindBar::gridChanged);
-    connect(&grid, &GridModel::colLayoutChanged, this, &FindBar::gridChanged);
-    connect(&grid, &GridModel::rowLayoutChanged, this, &FindBar::gridChanged);
+    connect(&grid, &Sheet::colLayoutChanged, this, &FindBar::gridChanged);
+    connect(&grid, &Sheet::rowLayoutChanged, this, &FindBar::gridChanged);
     connect(closeButton, &QToolButton::clicked, this, &FindBar::close);
     hide();
 }

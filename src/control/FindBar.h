@@ -12,7 +12,7 @@ class QTimer;
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 
 /// The find bar under the grid: the words typed are looked for as the user
 /// types, the rows found are listed, Enter or F3 goes to the next one
@@ -22,7 +22,7 @@ class FindBar : public QFrame
     Q_OBJECT
 public:
     /// A bar searching \a grid.
-    explicit FindBar(const GridModel &grid, QWidget *parent = nullptr);
+    explicit FindBar(const Sheet &grid, QWidget *parent = nullptr);
 
     /// Shows the bar with its text selected, ready for typing.
     void open();
@@ -48,7 +48,7 @@ private:
     void close();
     void gridChanged();
 
-    const GridModel &m_grid;
+    const Sheet &m_grid;
     QLineEdit *m_text;
     QLabel *m_count;
     QListWidget *m_list;

@@ -27,7 +27,7 @@ namespace kx {
 
 Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_shared<JournalPrivate>(this))
 {
-    d->grid = new GridModel(this);
+    d->grid = new Sheet(this);
     d->view = new GridView;
     d->view->setGridModel(d->grid);
     d->frame = new JournalFrame(d->view, this);
@@ -68,7 +68,7 @@ Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_shared<JournalP
         box.exec();
         return int(buttons.indexOf(box.clickedButton()));
     };
-    connect(d->grid, &GridModel::cursorChanged, this, &Journal::onCursorChanged);
+    connect(d->grid, &Sheet::cursorChanged, this, &Journal::onCursorChanged);
     connect(d->view, &GridView::mouseUp, this,
             [this](int button, int shift, float x, float y) { Q_EMIT MouseUp(button, shift, x, y); });
     QToolButton *option = d->frame->optionButton();
@@ -208,7 +208,7 @@ int Journal::Row() const { return d->grid->row(); }
 
 void Journal::setRow(int value)
 {
-    GridModel *g = d->grid;
+    Sheet *g = d->grid;
     if (!g->isDataRow(value))
         return;
     if (g->isRowHidden(value))

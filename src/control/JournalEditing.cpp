@@ -1,5 +1,6 @@
 // Journal: typing records in — the edit rules, the pickers, the calculator, undo.
 #include "kxjournal/Journal.h"
+#include "grid/GridViewPrivate.h"
 
 #include "control/DatePicker.h"
 #include "control/EntryOrder.h"
@@ -11,7 +12,7 @@
 #include "kxjournal/AccountPicker.h"
 #include "kxjournal/CalculatorPopup.h"
 #include "kxjournal/EditCycle.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "kxjournal/GridView.h"
 #include "kxjournal/VoucherPicker.h"
 #include "ledger/BookRow.h"
@@ -47,7 +48,7 @@ void JournalPrivate::setUpEditing()
             enterChosen(row, col, date.toString(Qt::ISODate));
     });
     // Leaving the row with the calculator open takes its value, so nothing is left half entered.
-    QObject::connect(grid, &GridModel::cursorChanged, q, [this](int row, int) {
+    QObject::connect(grid, &Sheet::cursorChanged, q, [this](int row, int) {
         if (calculator->isVisible() && row != pickerRow) {
             calculator->hide();
             enterChosen(pickerRow, pickerCol, calculator->value());
@@ -58,7 +59,7 @@ void JournalPrivate::setUpEditing()
     QObject::connect(grid, &QAbstractItemModel::modelReset, q, [this] { closePickers(); });
     QObject::connect(grid, &QAbstractItemModel::rowsRemoved, q, [this] { closePickers(); });
     QObject::connect(grid, &QAbstractItemModel::rowsMoved, q, [this] { closePickers(); });
-    view->setCellNavigator([this](int row, int col, bool backwards, bool enter) {
+    GridViewPrivate::get(view).m_navigator = ([this](int row, int col, bool backwards, bool enter) {
         return EntryOrder::next(edit->context(), row, col, backwards, enter);
     });
     auto *undoKey = new QShortcut(QKeySequence::Undo, q, [this] { q->undo(); });

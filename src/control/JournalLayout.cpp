@@ -1,10 +1,11 @@
 // Journal: the layout — frozen columns, the show-fields list, widths that fit
 // the figures, the looks the host set, and menu states kept current.
 #include "control/JournalFrame.h"
+#include "grid/GridViewPrivate.h"
 #include "control/JournalMenu.h"
 #include "control/JournalPrivate.h"
 #include "editing/EditSession.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "kxjournal/GridView.h"
 #include "kxjournal/Journal.h"
 #include "ledger/ColumnFit.h"
@@ -82,7 +83,7 @@ void JournalPrivate::setUpLayout()
     });
     QObject::connect(frame, &JournalFrame::sizesChanged, q,
                      [this] { Q_EMIT q->propertyChanged(QStringLiteral("LayoutSizes")); });
-    view->setWarnNegativeKeys({JournalColumns::key(JournalColumns::Balance),
+    GridViewPrivate::get(view).setWarnNegativeKeys({JournalColumns::key(JournalColumns::Balance),
                                JournalColumns::key(JournalColumns::fxBalance)});
 
     // Figures typed or worked out may outgrow their column: the rows that
@@ -110,8 +111,8 @@ void JournalPrivate::setUpLayout()
                          refit->start();
                      });
 
-    QObject::connect(grid, &GridModel::selectionBlockChanged, q, [this] { syncMenuSoon(); });
-    QObject::connect(grid, &GridModel::cursorChanged, q, [this] { syncMenuSoon(); });
+    QObject::connect(grid, &Sheet::selectionBlockChanged, q, [this] { syncMenuSoon(); });
+    QObject::connect(grid, &Sheet::cursorChanged, q, [this] { syncMenuSoon(); });
     QObject::connect(grid, &QAbstractItemModel::dataChanged, q, [this] { syncMenuSoon(); });
     QObject::connect(grid, &QAbstractItemModel::rowsInserted, q, [this] { syncMenuSoon(); });
     QObject::connect(grid, &QAbstractItemModel::rowsRemoved, q, [this] { syncMenuSoon(); });

@@ -4,7 +4,7 @@
 #include "control/FindBar.h"
 #include "control/JournalFrame.h"
 #include "control/JournalPrivate.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "kxjournal/GridView.h"
 #include "output/BookExporter.h"
 #include "output/BookFinder.h"
@@ -26,7 +26,7 @@ namespace kx {
 
 void JournalPrivate::setUpOutput()
 {
-    printGrid = new GridModel(q);
+    printGrid = new Sheet(q);
     printGrid->setObjectName(QStringLiteral("fg1"));
     findBar = new FindBar(*grid, frame);
     frame->addFooter(findBar);

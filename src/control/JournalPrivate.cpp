@@ -4,7 +4,7 @@
 #include "control/JournalMenu.h"
 #include "editing/EditSession.h"
 #include "kxjournal/EditCycle.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "kxjournal/Journal.h"
 
 #include <QCoreApplication>

@@ -20,7 +20,7 @@ class CalculatorPopup;
 class DatePicker;
 class EditSession;
 class FindBar;
-class GridModel;
+class Sheet;
 class GridView;
 class Journal;
 class JournalFrame;
@@ -159,7 +159,7 @@ public:
     Journal *q;  ///< nullptr once the host deleted the control
     LedgerState state;
     CommandRegistry commands;
-    GridModel *grid = nullptr;
+    Sheet *grid = nullptr;
     GridView *view = nullptr;
     JournalFrame *frame = nullptr;
     JournalMenu *menu = nullptr;
@@ -168,7 +168,7 @@ public:
     CalculatorPopup *calculator = nullptr;
     DatePicker *datePicker = nullptr;
     VoucherPicker *voucherPicker = nullptr;
-    GridModel *printGrid = nullptr;              ///< the lines of the latest print layout
+    Sheet *printGrid = nullptr;              ///< the lines of the latest print layout
     FindBar *findBar = nullptr;
     QMenu *fieldMenu = nullptr;                  ///< the show-fields list
     bool menuSyncDue = false;

@@ -1,7 +1,7 @@
 #include "control/JournalRowCommands.h"
 
 #include "control/JournalPrivate.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "kxjournal/Journal.h"
 #include "ledger/LedgerCommands.h"
 #include "rows/RowOperations.h"

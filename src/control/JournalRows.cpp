@@ -1,11 +1,12 @@
 // Journal: row work — inserting, deleting, closing, checking, the clipboard
 // and dragging rows — each change one step of the undo history.
 #include "kxjournal/Journal.h"
+#include "grid/GridViewPrivate.h"
 
 #include "control/JournalPrivate.h"
 #include "editing/EditSession.h"
 #include "kxjournal/EditCycle.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "kxjournal/GridView.h"
 #include "ledger/BookCheck.h"
 #include "ledger/LedgerStep.h"
@@ -45,7 +46,7 @@ bool JournalPrivate::step(const QString &name, const QString &text, const std::f
 
 void JournalPrivate::setUpRows()
 {
-    view->setRowDropTest([this](int source, int row, int col) {
+    GridViewPrivate::get(view).m_dropTest = ([this](int source, int row, int col) {
         return !state.mayModify() || state.isConsolidated() || RowMover(*grid, state, *this).isBadDropRow(source, row, col);
     });
     QObject::connect(view, &GridView::rowDropped, q, [this](int source, int row, int col) {

@@ -1,7 +1,7 @@
 #include "control/JournalVoucherCommands.h"
 
 #include "control/JournalPrivate.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "kxjournal/Journal.h"
 #include "voucher/VoucherLink.h"
 

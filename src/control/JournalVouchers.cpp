@@ -1,8 +1,9 @@
 // Journal: vouchers — links, the picker, making a voucher file.
 #include "kxjournal/Journal.h"
+#include "grid/GridViewPrivate.h"
 
 #include "control/JournalPrivate.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "kxjournal/GridView.h"
 #include "kxjournal/VoucherFile.h"
 #include "kxjournal/VoucherPicker.h"
@@ -19,7 +20,7 @@ void JournalPrivate::setUpVouchers()
     voucherPicker = new VoucherPicker(q);
     QObject::connect(voucherPicker, &VoucherPicker::voucherChosen, q, [this](int id) { q->SetDirID(id); });
     // A double-click on a linked voucher cell asks the host for the voucher's records.
-    view->setDoubleClickHandler([this](int row, int col) {
+    GridViewPrivate::get(view).m_doubleClick = ([this](int row, int col) {
         const JournalColumns columns(*grid);
         if (col != columns[JournalColumns::AccDoc] || BookRow::of(*grid, columns, row).dirId() <= 0)
             return false;

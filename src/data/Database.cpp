@@ -1,7 +1,7 @@
 #include "kxjournal/Database.h"
 
 #include "data/PgRowReader.h"
-#include "kxjournal/CellArray.h"
+#include "grid/CellArray.h"
 
 #include <QAtomicInt>
 #include <QSqlDriver>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kxjournal/CellArray.h"
+#include "grid/CellArray.h"
 #include "kxjournal/Result.h"
 #include "kxjournal/SqlStatement.h"
 

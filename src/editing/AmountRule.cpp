@@ -2,7 +2,7 @@
 
 #include "editing/EditContext.h"
 #include "editing/FormulaEvaluator.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerHost.h"

@@ -3,7 +3,7 @@
 #include "editing/EditContext.h"
 #include "grid/Cell.h"
 #include "kxjournal/Database.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "kxjournal/SqlDialect.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerState.h"
@@ -73,7 +73,7 @@ BalanceReach::BalanceReach(const EditContext &ctx)
 
 BalanceReach::Share BalanceReach::share(int row) const
 {
-    const GridModel &grid = m_ctx.grid;
+    const Sheet &grid = m_ctx.grid;
     if (row < m_first || row >= grid.rows() || grid.isEmpty(row, m_outline))
         return {};
     const BookRow line = BookRow::of(grid, m_ctx.columns, row);

@@ -4,7 +4,7 @@
 #include "editing/DateEntry.h"
 #include "editing/EditContext.h"
 #include "kxjournal/AccContext.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"

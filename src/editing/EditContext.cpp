@@ -2,7 +2,7 @@
 
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Database.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerState.h"
 
@@ -41,7 +41,7 @@ JournalColumns::Column EditContext::columnAt(int col) const
 
 void EditContext::keepBlankRow()
 {
-    GridModel &g = grid;
+    Sheet &g = grid;
     if (!state.mayModify() || state.isConsolidated() || g.rows() <= g.fixedRows())
         return;
     const int last = g.rows() - 1;

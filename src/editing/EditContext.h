@@ -12,7 +12,7 @@ namespace kx {
 
 class AccContext;
 class Database;
-class GridModel;
+class Sheet;
 class LedgerHost;
 struct LedgerState;
 
@@ -21,7 +21,7 @@ struct LedgerState;
 /// editing state of the control (whether the edit under way changed its
 /// cell, the explanations typed, the explanation list read).
 struct EditContext {
-    EditContext(GridModel &g, LedgerState &s, LedgerHost &h, std::function<AccContext *()> c)
+    EditContext(Sheet &g, LedgerState &s, LedgerHost &h, std::function<AccContext *()> c)
         : grid(g), state(s), host(h), context(std::move(c)), columns(g)
     {
     }
@@ -41,7 +41,7 @@ struct EditContext {
     /// The key of grid column \a col as a journal column (Count: none).
     JournalColumns::Column columnAt(int col) const;
 
-    GridModel &grid;
+    Sheet &grid;
     LedgerState &state;
     LedgerHost &host;
     std::function<AccContext *()> context;

@@ -2,7 +2,7 @@
 
 #include "editing/EditContext.h"
 #include "kxjournal/EditCycle.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerState.h"
 

@@ -7,7 +7,7 @@
 #include "editing/EditGate.h"
 #include "editing/ExplainRule.h"
 #include "editing/RateRule.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerState.h"
 

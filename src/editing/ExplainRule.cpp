@@ -2,7 +2,7 @@
 
 #include "editing/AccountLookup.h"
 #include "editing/EditContext.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/LedgerState.h"
 
 namespace kx {

@@ -2,7 +2,7 @@
 
 #include "editing/AmountRule.h"
 #include "editing/EditContext.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookRow.h"
 

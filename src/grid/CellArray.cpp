@@ -1,4 +1,4 @@
-#include "kxjournal/CellArray.h"
+#include "grid/CellArray.h"
 
 #include "grid/CellArrayData.h"
 

@@ -4,7 +4,7 @@
 
 #include "grid/CellArrayData.h"
 #include "grid/HashMix.h"
-#include "kxjournal/CellArray.h"
+#include "grid/CellArray.h"
 
 #include <algorithm>
 #include <cstring>

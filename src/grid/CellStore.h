@@ -16,7 +16,7 @@ class GridChangesData;
 /// The grid's cells and per-row marks, typed and compact: a row is one
 /// array of eight-byte cells and a few bytes of marks; texts live once in a
 /// pool. Text is made on demand when read. Knows nothing of looks, columns
-/// or Qt models: GridModel projects it.
+/// or Qt models: Sheet projects it.
 class CellStore
 {
 public:
@@ -89,23 +89,23 @@ public:
     bool setText(int row, int col, const QString &text);
     /// Writes a typed cell (not Text); false when nothing changes.
     bool setTyped(int row, int col, Cell cell);
-    /// The cell as an amount (see GridModel::amount).
+    /// The cell as an amount (see Sheet::amount).
     Currency amount(int row, int col) const
     {
         const Cell c = cell(row, col);
         return c.kind() == Cell::Text ? textAmount(c) : c.typedAmount();
     }
-    /// The cell as a whole number (see GridModel::number).
+    /// The cell as a whole number (see Sheet::number).
     qint64 number(int row, int col) const
     {
         const Cell c = cell(row, col);
         return c.kind() == Cell::Number ? c.payload() : slowNumber(c);
     }
-    /// A hash of a cell's text made without the text (see GridModel::textHash).
+    /// A hash of a cell's text made without the text (see Sheet::textHash).
     quint64 textHash(int row, int col) const { return textHash(cell(row, col)); }
     /// The text hashes of columns \a cols[0…count) of \a row, mixed in order.
     quint64 textsHash(int row, const int *cols, int count) const;
-    /// The cell as a day (see GridModel::date).
+    /// The cell as a day (see Sheet::date).
     QDate date(int row, int col) const;
 
     /// Hidden data of a cell.

@@ -1,10 +1,10 @@
 #include "grid/GridBusy.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 
 namespace kx {
 
-GridBusy::GridBusy(GridModel &grid, const QString &tag) : m_grid(grid), m_tag(grid.tag()), m_redraw(grid.redraw())
+GridBusy::GridBusy(Sheet &grid, const QString &tag) : m_grid(grid), m_tag(grid.tag()), m_redraw(grid.redraw())
 {
     m_grid.setTag(tag);
     m_grid.setRedraw(false);

@@ -4,7 +4,7 @@
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 
 /// For the length of a scope: the grid carries a busy tag (its change
 /// handlers stand aside) and redraw is off. Both are put back on the way out.
@@ -12,13 +12,13 @@ class GridBusy
 {
 public:
     /// Marks \a grid busy with \a tag.
-    GridBusy(GridModel &grid, const QString &tag);
+    GridBusy(Sheet &grid, const QString &tag);
     ~GridBusy();
     GridBusy(const GridBusy &) = delete;
     GridBusy &operator=(const GridBusy &) = delete;
 
 private:
-    GridModel &m_grid;
+    Sheet &m_grid;
     QString m_tag;
     bool m_redraw;
 };

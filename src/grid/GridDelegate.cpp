@@ -1,4 +1,5 @@
 #include "grid/GridDelegate.h"
+#include "grid/GridViewPrivate.h"
 
 #include "kxjournal/EditCycle.h"
 #include "kxjournal/GridModel.h"
@@ -152,7 +153,7 @@ void GridDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelInd
     if (!m_view)
         return;
     if (option->backgroundBrush.style() == Qt::NoBrush) {
-        if (m_view->warnsAt(index))
+        if (GridViewPrivate::get(m_view).warnsAt(index))
             option->backgroundBrush = m_view->warnBackColor();
         else if (index.row() == m_view->currentIndex().row())
             option->backgroundBrush = m_view->hotBackColor();

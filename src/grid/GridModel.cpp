@@ -1,4 +1,5 @@
 #include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 
 #include "grid/GridModelPrivate.h"
 #include "kxjournal/EditCycle.h"
@@ -62,20 +63,20 @@ int GridModel::rows() const { return d->store.rows(); }
 int GridModel::cols() const { return d->store.cols(); }
 int GridModel::fixedRows() const { return d->fixedRows; }
 int GridModel::fixedCols() const { return d->fixedCols; }
-int GridModel::defaultRowHeight() const { return d->defaultRowHeight; }
+int Sheet::defaultRowHeight() const { return d->defaultRowHeight; }
 int GridModel::rowHeightMin() const { return d->rowHeightMin; }
 int GridModel::rowHeightMax() const { return d->rowHeightMax; }
-bool GridModel::rowsShiftedSinceClean() const { return d->rowsShifted; }
+bool Sheet::rowsShiftedSinceClean() const { return d->rowsShifted; }
 QString GridModel::tag() const { return d->tag; }
 void GridModel::setTag(const QString &tag) { d->tag = tag; }
 bool GridModel::redraw() const { return d->redraw; }
 bool GridModel::editable() const { return d->editable; }
-void GridModel::setEditable(bool on) { d->editable = on; }
+void Sheet::setEditable(bool on) { d->editable = on; }
 QFont GridModel::font() const { return d->font; }
 EditCycle *GridModel::editCycle() const { return d->editCycle; }
 QItemSelectionModel *GridModel::selectionModel() const { return d->selection; }
 bool GridModel::uniformRows() const { return d->store.irregularRows() == 0; }
-std::size_t GridModel::storeBytes() const { return d->store.overheadBytes(); }
+std::size_t Sheet::storeBytes() const { return d->store.overheadBytes(); }
 
 QVariant GridModel::data(const QModelIndex &index, int role) const
 {
@@ -183,12 +184,12 @@ QVariant GridModel::headerData(int section, Qt::Orientation orientation, int rol
     }
 }
 
-int GridModel::dragMarkRow() const
+int Sheet::dragMarkRow() const
 {
     return d->dragMarkRow;
 }
 
-void GridModel::setDragMarkRow(int row)
+void Sheet::setDragMarkRow(int row)
 {
     const int old = d->dragMarkRow;
     d->dragMarkRow = isDataRow(row) ? row : -1;
@@ -304,7 +305,7 @@ Currency GridModel::amount(int row, int col) const
     return d->store.amount(row, col);
 }
 
-void GridModel::setAmount(int row, int col, Currency value)
+void Sheet::setAmount(int row, int col, Currency value)
 {
     bool fits = false;
     const Cell cell = Cell::amount(value, &fits);
@@ -314,12 +315,12 @@ void GridModel::setAmount(int row, int col, Currency value)
         notifyCells(row, col, row, col);
 }
 
-qint64 GridModel::number(int row, int col) const
+qint64 Sheet::number(int row, int col) const
 {
     return d->store.number(row, col);
 }
 
-void GridModel::setNumber(int row, int col, qint64 value)
+void Sheet::setNumber(int row, int col, qint64 value)
 {
     if (value >= Cell::Limit || value <= -Cell::Limit)
         setText(row, col, QString::number(value));
@@ -327,12 +328,12 @@ void GridModel::setNumber(int row, int col, qint64 value)
         notifyCells(row, col, row, col);
 }
 
-QDate GridModel::date(int row, int col) const
+QDate Sheet::date(int row, int col) const
 {
     return d->store.date(row, col);
 }
 
-void GridModel::setDate(int row, int col, const QDate &date)
+void Sheet::setDate(int row, int col, const QDate &date)
 {
     if (d->store.setTyped(row, col, Cell::day(date)))
         notifyCells(row, col, row, col);
@@ -343,7 +344,7 @@ bool GridModel::isEmpty(int row, int col) const
     return d->store.cell(row, col).kind() == Cell::Empty;
 }
 
-bool GridModel::holdsAmount(int row, int col) const
+bool Sheet::holdsAmount(int row, int col) const
 {
     const Cell cell = d->store.cell(row, col);
     if (cell.kind() == Cell::Empty)
@@ -351,12 +352,12 @@ bool GridModel::holdsAmount(int row, int col) const
     return (cell.kind() == Cell::Number || cell.kind() == Cell::Amount) && cell.typedAmount().isValid();
 }
 
-quint64 GridModel::textHash(int row, int col) const
+quint64 Sheet::textHash(int row, int col) const
 {
     return d->store.textHash(row, col);
 }
 
-quint64 GridModel::textsHash(int row, const int *cols, int count) const
+quint64 Sheet::textsHash(int row, const int *cols, int count) const
 {
     return d->store.textsHash(row, cols, count);
 }
@@ -379,7 +380,7 @@ void GridModel::setCellData(int row, int col, const QVariant &value)
     d->store.setCellData(row, col, value);
 }
 
-void GridModel::setFont(const QFont &font)
+void Sheet::setFont(const QFont &font)
 {
     d->font = font;
     d->fontSet = true;

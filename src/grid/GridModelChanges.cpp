@@ -1,6 +1,7 @@
 // GridModel: recording changes and putting them back (the undo history's ground).
-#include "kxjournal/GridChanges.h"
+#include "grid/GridChanges.h"
 #include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 
 #include "grid/GridModelPrivate.h"
 
@@ -17,10 +18,10 @@ bool GridChanges::isEmpty() const { return !d || d->entries.empty(); }
 int GridChanges::size() const { return d ? int(d->entries.size()) : 0; }
 bool GridChanges::isComplete() const { return !d || d->complete; }
 
-quint64 GridModel::revision() const { return d->revision; }
-bool GridModel::isRecordingChanges() const { return d->log != nullptr; }
+quint64 Sheet::revision() const { return d->revision; }
+bool Sheet::isRecordingChanges() const { return d->log != nullptr; }
 
-void GridModel::beginChanges()
+void Sheet::beginChanges()
 {
     if (d->logDepth++ > 0)
         return;
@@ -28,7 +29,7 @@ void GridModel::beginChanges()
     d->store.setLog(d->log.get());
 }
 
-GridChanges GridModel::endChanges()
+GridChanges Sheet::endChanges()
 {
     if (d->logDepth == 0 || --d->logDepth > 0)
         return GridChanges();
@@ -36,7 +37,7 @@ GridChanges GridModel::endChanges()
     return GridChanges(std::move(d->log));
 }
 
-GridChanges GridModel::revertChanges(const GridChanges &changes)
+GridChanges Sheet::revertChanges(const GridChanges &changes)
 {
     if (!changes.d || !changes.d->complete || d->logDepth > 0)
         return GridChanges();

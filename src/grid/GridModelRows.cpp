@@ -1,5 +1,6 @@
 // GridModel: rows and their marks, the cursor and the selection.
 #include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 
 #include "grid/GridModelPrivate.h"
 
@@ -28,7 +29,7 @@ bool GridModel::isSubtotal(int row) const
     return d->store.rowFlag(row, CellStore::Subtotal);
 }
 
-void GridModel::setSubtotal(int row, bool on)
+void Sheet::setSubtotal(int row, bool on)
 {
     if (row < 0 || row >= rows() || isSubtotal(row) == on)
         return;
@@ -41,7 +42,7 @@ int GridModel::outlineLevel(int row) const
     return d->store.outline(row);
 }
 
-void GridModel::setOutlineLevel(int row, int level)
+void Sheet::setOutlineLevel(int row, int level)
 {
     if (row < 0 || row >= rows() || outlineLevel(row) == level)
         return;
@@ -81,41 +82,41 @@ void GridModel::setRowHeight(int row, int height)
     notifyRowLayout(row);
 }
 
-void GridModel::setDefaultRowHeight(int height)
+void Sheet::setDefaultRowHeight(int height)
 {
     d->defaultRowHeight = std::max(1, height);
     notifyRowLayout(-1);
 }
 
-void GridModel::setRowHeightMin(int height)
+void Sheet::setRowHeightMin(int height)
 {
     d->rowHeightMin = std::max(0, height);
     notifyRowLayout(-1);
 }
 
-void GridModel::setRowHeightMax(int height)
+void Sheet::setRowHeightMax(int height)
 {
     d->rowHeightMax = std::max(0, height);
     notifyRowLayout(-1);
 }
 
-bool GridModel::isRowTouched(int row) const
+bool Sheet::isRowTouched(int row) const
 {
     return d->store.rowFlag(row, CellStore::Touched);
 }
 
-void GridModel::markRowTouched(int row)
+void Sheet::markRowTouched(int row)
 {
     d->store.setRowFlag(row, CellStore::Touched, true);
 }
 
-void GridModel::markRowsClean()
+void Sheet::markRowsClean()
 {
     d->store.markAllClean();
     d->rowsShifted = false;
 }
 
-void GridModel::setCleanTextCols(const QList<int> &cols)
+void Sheet::setCleanTextCols(const QList<int> &cols)
 {
     std::vector<bool> kept(std::size_t(std::max(0, this->cols())));
     for (int c : cols)
@@ -124,17 +125,17 @@ void GridModel::setCleanTextCols(const QList<int> &cols)
     d->store.setKeptCols(kept);
 }
 
-bool GridModel::knowsCleanText(int row) const
+bool Sheet::knowsCleanText(int row) const
 {
     return d->store.knowsClean(row);
 }
 
-void GridModel::setCleanText(int row, int col, const QString &text)
+void Sheet::setCleanText(int row, int col, const QString &text)
 {
     d->store.setCleanText(row, col, text);
 }
 
-QString GridModel::cleanText(int row, int col) const
+QString Sheet::cleanText(int row, int col) const
 {
     return d->store.cleanText(row, col);
 }
@@ -212,7 +213,7 @@ void GridModel::addItem(const QString &text, int at)
     notifyCells(row, 0, row, cols() - 1);
 }
 
-void GridModel::loadArray(CellArray array, int firstRow, int firstCol)
+void Sheet::loadArray(CellArray array, int firstRow, int firstCol)
 {
     d->unrecordable();
     firstRow = firstRow < 0 ? d->fixedRows : std::max(firstRow, d->fixedRows);

@@ -1,5 +1,6 @@
 // GridModel: per-cell looks and per-column settings.
 #include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 
 #include "grid/GridModelPrivate.h"
 
@@ -40,12 +41,12 @@ QColor GridModel::cellForeColor(int row, int col) const
     return QColor();
 }
 
-QColor GridModel::rowForeColor(int row) const
+QColor Sheet::rowForeColor(int row) const
 {
     return d->styles.rowFore(row);
 }
 
-void GridModel::setRowForeColor(int row, const QColor &color)
+void Sheet::setRowForeColor(int row, const QColor &color)
 {
     if (row < 0 || row >= rows())
         return;
@@ -71,7 +72,7 @@ void GridModel::setCellForeColor(int r1, int c1, int r2, int c2, const QColor &c
     });
 }
 
-void GridModel::setCellForeColor(int row, int col, const QColor &color)
+void Sheet::setCellForeColor(int row, int col, const QColor &color)
 {
     if (!d->isCell(row, col))
         return;
@@ -135,7 +136,7 @@ QString GridModel::cellFontName(int row, int col) const
     return d->font.family();
 }
 
-void GridModel::setColDataFont(int col, const QString &family)
+void Sheet::setColDataFont(int col, const QString &family)
 {
     if (!d->columns.contains(col))
         return;
@@ -163,7 +164,7 @@ Qt::Alignment GridModel::cellAlignment(int row, int col) const
     return colAlignment(col);
 }
 
-void GridModel::setCellAlignment(int r1, int c1, int r2, int c2, Qt::Alignment align)
+void Sheet::setCellAlignment(int r1, int c1, int r2, int c2, Qt::Alignment align)
 {
     forRange(r1, c1, r2, c2, [&](int r, int c) {
         if (align == 0 && !d->styles.at(r, c))
@@ -172,7 +173,7 @@ void GridModel::setCellAlignment(int r1, int c1, int r2, int c2, Qt::Alignment a
     });
 }
 
-void GridModel::clearCellStyles(int r1, int c1, int r2, int c2)
+void Sheet::clearCellStyles(int r1, int c1, int r2, int c2)
 {
     forRange(r1, c1, r2, c2, [&](int r, int c) {
         if (d->styles.at(r, c))
@@ -228,7 +229,7 @@ QString GridModel::colFormat(int col) const
     return d->columns.contains(col) ? d->columns.at(col).format : QString();
 }
 
-void GridModel::setColFormat(int col, const QString &format)
+void Sheet::setColFormat(int col, const QString &format)
 {
     if (!d->columns.contains(col))
         return;
@@ -241,7 +242,7 @@ GridModel::DataType GridModel::colDataType(int col) const
     return d->columns.contains(col) ? DataType(d->columns.at(col).dataType) : TypeString;
 }
 
-void GridModel::setColDataType(int col, DataType type)
+void Sheet::setColDataType(int col, DataType type)
 {
     if (!d->columns.contains(col))
         return;
@@ -260,7 +261,7 @@ Qt::Alignment GridModel::colAlignment(int col) const
     return (numeric ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
 }
 
-void GridModel::setColAlignment(int col, Qt::Alignment align)
+void Sheet::setColAlignment(int col, Qt::Alignment align)
 {
     if (!d->columns.contains(col))
         return;
@@ -273,7 +274,7 @@ QString GridModel::colComboList(int col) const
     return d->columns.contains(col) ? d->columns.at(col).comboList : QString();
 }
 
-void GridModel::setColComboList(int col, const QString &list)
+void Sheet::setColComboList(int col, const QString &list)
 {
     if (d->columns.contains(col))
         d->columns.edit(col).comboList = list;

@@ -10,7 +10,7 @@ namespace kx {
 
 /// The grid's looks: per-cell colours, bold, font and alignment kept only
 /// for cells that have one, a text colour per row, and the font-name table.
-/// Rows run parallel to the cell store's; GridModel keeps them in step.
+/// Rows run parallel to the cell store's; Sheet keeps them in step.
 class GridStyles
 {
 public:

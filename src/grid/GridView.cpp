@@ -1,4 +1,5 @@
 #include "kxjournal/GridView.h"
+#include "grid/GridViewPrivate.h"
 
 #include "grid/FrozenColumns.h"
 #include "grid/GridDelegate.h"
@@ -42,9 +43,10 @@ int shiftCode(Qt::KeyboardModifiers m)
 
 } // namespace
 
-GridView::GridView(QWidget *parent) : QTableView(parent), m_delegate(new GridDelegate(this))
+GridView::GridView(QWidget *parent) : QTableView(parent), d(new GridViewPrivate(this))
 {
-    setItemDelegate(m_delegate);
+    d->m_delegate = new GridDelegate(this);
+    setItemDelegate(d->m_delegate);
     setEditTriggers(DoubleClicked | EditKeyPressed | AnyKeyPressed);
     setSelectionMode(ContiguousSelection);
     setSelectionBehavior(SelectItems);
@@ -59,24 +61,59 @@ GridView::GridView(QWidget *parent) : QTableView(parent), m_delegate(new GridDel
     connect(horizontalHeader(), &QHeaderView::sectionResized, this, &GridView::onSectionResized);
     // A row the user drags taller is as tall in the frozen part.
     connect(verticalHeader(), &QHeaderView::sectionResized, this, [this](int logical) {
-        if (m_frozen && !m_syncingRows)
-            m_frozen->followRow(logical);
+        if (d->m_frozen && !d->m_syncingRows)
+            d->m_frozen->followRow(logical);
     });
     applyLook();
 }
 
+GridViewPrivate &GridViewPrivate::get(GridView *view)
+{
+    return *view->d;
+}
+
+GridModel *GridView::gridModel() const
+{
+    return d->m_model;
+}
+
+int GridView::mouseRow() const
+{
+    return d->m_mouseRow;
+}
+
+int GridView::mouseCol() const
+{
+    return d->m_mouseCol;
+}
+
+QWidget *GridView::activeEditor() const
+{
+    return d->m_activeEditor;
+}
+
+int GridView::frozenColumns() const
+{
+    return d->m_frozenCount;
+}
+
+bool GridView::isFrozenColumn(int column) const
+{
+    return d->m_frozen && column < d->m_frozenCount;
+}
+
 GridView::~GridView()
 {
-    m_delegate->detach();
-    if (m_model)
-        disconnect(m_model, nullptr, this, nullptr);
+    d->m_delegate->detach();
+    if (d->m_model)
+        disconnect(d->m_model, nullptr, this, nullptr);
 }
 
 void GridView::setGridModel(GridModel *model)
 {
-    if (m_model)
-        disconnect(m_model, nullptr, this, nullptr);
-    m_model = model;
+    if (d->m_model)
+        disconnect(d->m_model, nullptr, this, nullptr);
+    d->m_model = model;
     QItemSelectionModel *own = selectionModel();
     setModel(model);
     if (!model)
@@ -95,101 +132,101 @@ void GridView::setGridModel(GridModel *model)
     });
     connect(model, &QAbstractItemModel::rowsInserted, this, [this](const QModelIndex &, int first, int last) {
         for (int r = first; r <= last; ++r)
-            syncRow(r + m_model->fixedRows());
+            syncRow(r + d->m_model->fixedRows());
     });
     connect(model, &QAbstractItemModel::columnsInserted, this, [this] { syncCols(); });
     // The current row wears its own background: both rows repaint when it moves.
     connect(selectionModel(), &QItemSelectionModel::currentRowChanged, viewport(), [this] {
         viewport()->update();
-        if (m_frozen)
-            m_frozen->viewport()->update();
+        if (d->m_frozen)
+            d->m_frozen->viewport()->update();
     });
-    if (m_frozen)
-        m_frozen->attach();
+    if (d->m_frozen)
+        d->m_frozen->attach();
     syncRows();
     syncCols();
 }
 
 void GridView::syncRow(int row)
 {
-    if (!m_model || !m_model->isDataRow(row))
+    if (!d->m_model || !d->m_model->isDataRow(row))
         return;
-    const int r = row - m_model->fixedRows();
-    const bool hidden = m_model->isRowHidden(row);
+    const int r = row - d->m_model->fixedRows();
+    const bool hidden = d->m_model->isRowHidden(row);
     if (isRowHidden(r) != hidden)
         setRowHidden(r, hidden);
-    const int h = m_model->rowHeight(row);
+    const int h = d->m_model->rowHeight(row);
     if (verticalHeader()->sectionSize(r) != h && !hidden)
         verticalHeader()->resizeSection(r, h);
     // The frozen part copies this view's row, never the model's: one source.
-    if (m_frozen && !m_syncingRows)
-        m_frozen->followRow(r);
+    if (d->m_frozen && !d->m_syncingRows)
+        d->m_frozen->followRow(r);
 }
 
 void GridView::syncRows()
 {
-    if (!m_model)
+    if (!d->m_model)
         return;
     {
         // The frozen part copies the rows once at the end, not each as it changes.
-        QScopedValueRollback<bool> bulk(m_syncingRows, true);
-        const int def = m_model->rowHeight(-1);
+        QScopedValueRollback<bool> bulk(d->m_syncingRows, true);
+        const int def = d->m_model->rowHeight(-1);
         verticalHeader()->setMinimumSectionSize(
-            std::max(1, std::min(def, m_model->rowHeightMin() > 0 ? m_model->rowHeightMin() : def)));
+            std::max(1, std::min(def, d->m_model->rowHeightMin() > 0 ? d->m_model->rowHeightMin() : def)));
         verticalHeader()->setDefaultSectionSize(def);
         // A book without rows of their own height is laid out by the default
         // alone; asking a million rows one by one would cost seconds.
-        if (!m_model->uniformRows()) {
-            const int n = m_model->rows();
-            for (int row = m_model->fixedRows(); row < n; ++row)
+        if (!d->m_model->uniformRows()) {
+            const int n = d->m_model->rows();
+            for (int row = d->m_model->fixedRows(); row < n; ++row)
                 syncRow(row);
         }
-        if (m_model->rows() > 0)
-            horizontalHeader()->setFixedHeight(m_model->rowHeight(0));
+        if (d->m_model->rows() > 0)
+            horizontalHeader()->setFixedHeight(d->m_model->rowHeight(0));
     }
-    if (m_frozen) {
-        m_frozen->followRows();
-        m_frozen->follow();
+    if (d->m_frozen) {
+        d->m_frozen->followRows();
+        d->m_frozen->follow();
     }
 }
 
 void GridView::syncCol(int col)
 {
-    if (!m_model || !m_model->isDataCol(col))
+    if (!d->m_model || !d->m_model->isDataCol(col))
         return;
-    const int c = col - m_model->fixedCols();
-    if (isColumnHidden(c) != m_model->isColHidden(col)) {
+    const int c = col - d->m_model->fixedCols();
+    if (isColumnHidden(c) != d->m_model->isColHidden(col)) {
         // Showing a column gives it back its old width: not the user's doing.
-        QScopedValueRollback<bool> guard(m_syncing, true);
-        setColumnHidden(c, m_model->isColHidden(col));
+        QScopedValueRollback<bool> guard(d->m_syncing, true);
+        setColumnHidden(c, d->m_model->isColHidden(col));
     }
-    const int w = m_model->colWidth(col);
-    if (w >= 0 && horizontalHeader()->sectionSize(c) != w && !m_model->isColHidden(col)) {
-        QScopedValueRollback<bool> guard(m_syncing, true);
+    const int w = d->m_model->colWidth(col);
+    if (w >= 0 && horizontalHeader()->sectionSize(c) != w && !d->m_model->isColHidden(col)) {
+        QScopedValueRollback<bool> guard(d->m_syncing, true);
         horizontalHeader()->resizeSection(c, w);
     }
-    if (m_frozen)
-        m_frozen->follow();
+    if (d->m_frozen)
+        d->m_frozen->follow();
 }
 
 void GridView::syncCols()
 {
-    if (!m_model)
+    if (!d->m_model)
         return;
-    for (int col = m_model->fixedCols(); col < m_model->cols(); ++col)
+    for (int col = d->m_model->fixedCols(); col < d->m_model->cols(); ++col)
         syncCol(col);
-    if (m_model->cols() > 0 && m_model->colWidth(0) >= 0)
-        verticalHeader()->setFixedWidth(m_model->colWidth(0));
+    if (d->m_model->cols() > 0 && d->m_model->colWidth(0) >= 0)
+        verticalHeader()->setFixedWidth(d->m_model->colWidth(0));
 }
 
 bool GridView::edit(const QModelIndex &index, EditTrigger trigger, QEvent *event)
 {
     const bool opens = trigger == AllEditTriggers || (editTriggers() & trigger);
-    if (trigger == DoubleClicked && m_model && index.isValid() && state() != EditingState && m_doubleClick &&
-        m_doubleClick(m_model->gridRow(index), m_model->gridCol(index)))
+    if (trigger == DoubleClicked && d->m_model && index.isValid() && state() != EditingState && d->m_doubleClick &&
+        d->m_doubleClick(d->m_model->gridRow(index), d->m_model->gridCol(index)))
         return false;
-    if (!m_model || !index.isValid() || !opens || state() == EditingState || m_activeEditor ||
-        !(m_model->flags(index) & Qt::ItemIsEditable))
+    if (!d->m_model || !index.isValid() || !opens || state() == EditingState || d->m_activeEditor ||
+        !(d->m_model->flags(index) & Qt::ItemIsEditable))
         return QTableView::edit(index, trigger, event);
     if (index != currentIndex())
         setCurrentIndex(index);
@@ -198,12 +235,12 @@ bool GridView::edit(const QModelIndex &index, EditTrigger trigger, QEvent *event
     const bool frozen = isFrozenColumn(index.column());
     if (frozen) {
         horizontalScrollBar()->setValue(0);
-        m_frozen->hide();
+        d->m_frozen->hide();
     }
-    EditCycle *cycle = m_model->editCycle();
-    if (!cycle->begin(m_model->gridRow(index), m_model->gridCol(index))) {
+    EditCycle *cycle = d->m_model->editCycle();
+    if (!cycle->begin(d->m_model->gridRow(index), d->m_model->gridCol(index))) {
         if (frozen)
-            m_frozen->show();
+            d->m_frozen->show();
         return false;
     }
     // Typing on a cell replaces what it holds, as in any spreadsheet.
@@ -212,26 +249,26 @@ bool GridView::edit(const QModelIndex &index, EditTrigger trigger, QEvent *event
     if (!QTableView::edit(index, trigger, event)) {
         cycle->cancel();
         if (frozen)
-            m_frozen->show();
+            d->m_frozen->show();
         return false;
     }
-    m_activeEditor = indexWidget(index);
-    if (!m_activeEditor)
-        m_activeEditor = focusWidget();
+    d->m_activeEditor = indexWidget(index);
+    if (!d->m_activeEditor)
+        d->m_activeEditor = focusWidget();
     return true;
 }
 
 void GridView::commitData(QWidget *editor)
 {
-    if (!m_model)
+    if (!d->m_model)
         return;
-    EditCycle *cycle = m_model->editCycle();
+    EditCycle *cycle = d->m_model->editCycle();
     if (!cycle->isEditing())
         return;
     if (!cycle->validate(GridDelegate::editorText(editor))) {
         // Refused: nothing is stored and the editor stays open with the text,
         // as the handler may have rewritten it.
-        m_rejectedEditor = editor;
+        d->m_rejectedEditor = editor;
         GridDelegate::setEditorText(editor, cycle->editText());
         return;
     }
@@ -240,20 +277,20 @@ void GridView::commitData(QWidget *editor)
 
 void GridView::closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint)
 {
-    if (editor == m_rejectedEditor) {
-        m_rejectedEditor = nullptr;
+    if (editor == d->m_rejectedEditor) {
+        d->m_rejectedEditor = nullptr;
         editor->setFocus();
         return;
     }
     // Close first, then raise the after-edit event, then move on: handlers of
     // the event see the cell as stored and the cursor still on it.
     QTableView::closeEditor(editor, QAbstractItemDelegate::NoHint);
-    m_activeEditor = nullptr;
-    if (m_frozen && m_frozenCount > 0)
-        m_frozen->show();
-    if (m_model)
-        m_model->editCycle()->finish();
-    if (m_committing) {
+    d->m_activeEditor = nullptr;
+    if (d->m_frozen && d->m_frozenCount > 0)
+        d->m_frozen->show();
+    if (d->m_model)
+        d->m_model->editCycle()->finish();
+    if (d->m_committing) {
         setFocus();
         return;
     }
@@ -269,13 +306,13 @@ void GridView::closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint h
 
 bool GridView::commitEditor()
 {
-    QWidget *editor = m_activeEditor;
-    if (!editor || !m_model)
+    QWidget *editor = d->m_activeEditor;
+    if (!editor || !d->m_model)
         return false;
-    QScopedValueRollback<bool> committing(m_committing, true);
+    QScopedValueRollback<bool> committing(d->m_committing, true);
     commitData(editor);
-    if (m_rejectedEditor == editor) {
-        m_rejectedEditor = nullptr;
+    if (d->m_rejectedEditor == editor) {
+        d->m_rejectedEditor = nullptr;
         return false;
     }
     closeEditor(editor, QAbstractItemDelegate::SubmitModelCache);
@@ -284,15 +321,15 @@ bool GridView::commitEditor()
 
 QModelIndex GridView::navigate(bool backwards, bool enter)
 {
-    if (!m_navigator || !m_model)
+    if (!d->m_navigator || !d->m_model)
         return {};
     const QModelIndex cur = currentIndex();
     if (!cur.isValid())
         return {};
-    const auto [row, col] = m_navigator(m_model->gridRow(cur), m_model->gridCol(cur), backwards, enter);
+    const auto [row, col] = d->m_navigator(d->m_model->gridRow(cur), d->m_model->gridCol(cur), backwards, enter);
     if (row < 0 || col < 0)
         return {};
-    return m_model->indexAt(row, col);
+    return d->m_model->indexAt(row, col);
 }
 
 QModelIndex GridView::moveCursor(CursorAction cursorAction, Qt::KeyboardModifiers modifiers)
@@ -340,14 +377,14 @@ void GridView::keyPressEvent(QKeyEvent *event)
 
 void GridView::trackMouse(const QPoint &pos)
 {
-    if (!m_model) {
-        m_mouseRow = m_mouseCol = -1;
+    if (!d->m_model) {
+        d->m_mouseRow = d->m_mouseCol = -1;
         return;
     }
     const int r = rowAt(pos.y());
     const int c = columnAt(pos.x());
-    m_mouseRow = r < 0 ? -1 : r + m_model->fixedRows();
-    m_mouseCol = c < 0 ? -1 : c + m_model->fixedCols();
+    d->m_mouseRow = r < 0 ? -1 : r + d->m_model->fixedRows();
+    d->m_mouseCol = c < 0 ? -1 : c + d->m_model->fixedCols();
 }
 
 void GridView::mousePressEvent(QMouseEvent *event)
@@ -376,26 +413,26 @@ void GridView::mouseReleaseEvent(QMouseEvent *event)
 
 void GridView::onSectionMoved(int, int oldVisual, int newVisual)
 {
-    if (m_syncing || !m_model)
+    if (d->m_syncing || !d->m_model)
         return;
     // The header only moves its picture of the column; put it back and move
     // the model's column instead, so keys and indexes stay one and the same.
     {
-        QScopedValueRollback<bool> guard(m_syncing, true);
+        QScopedValueRollback<bool> guard(d->m_syncing, true);
         horizontalHeader()->moveSection(newVisual, oldVisual);
     }
-    m_model->moveColTo(oldVisual + m_model->fixedCols(), newVisual + m_model->fixedCols());
+    d->m_model->moveColTo(oldVisual + d->m_model->fixedCols(), newVisual + d->m_model->fixedCols());
 }
 
 void GridView::onSectionResized(int logical, int, int size)
 {
-    if (m_frozen)
-        m_frozen->follow();
-    if (m_syncing || !m_model || size <= 0)
+    if (d->m_frozen)
+        d->m_frozen->follow();
+    if (d->m_syncing || !d->m_model || size <= 0)
         return;
-    const int col = logical + m_model->fixedCols();
-    QScopedValueRollback<bool> guard(m_syncing, true);
-    m_model->setColWidth(col, size);
+    const int col = logical + d->m_model->fixedCols();
+    QScopedValueRollback<bool> guard(d->m_syncing, true);
+    d->m_model->setColWidth(col, size);
     Q_EMIT columnResized(col, size);
 }
 

@@ -1,6 +1,7 @@
 // GridView: the frozen leading columns, and scrolling that keeps a cell
 // clear of them.
 #include "kxjournal/GridView.h"
+#include "grid/GridViewPrivate.h"
 
 #include "grid/FrozenColumns.h"
 
@@ -10,33 +11,33 @@ namespace kx {
 
 void GridView::setFrozenColumns(int count)
 {
-    m_frozenCount = std::max(0, count);
-    if (m_frozenCount == 0) {
-        delete m_frozen;
-        m_frozen = nullptr;
+    d->m_frozenCount = std::max(0, count);
+    if (d->m_frozenCount == 0) {
+        delete d->m_frozen;
+        d->m_frozen = nullptr;
         setHorizontalScrollMode(ScrollPerItem);
         return;
     }
     // Scrolling by pixels lets a column slide under the frozen part.
     setHorizontalScrollMode(ScrollPerPixel);
-    if (!m_frozen) {
-        m_frozen = new FrozenColumns(this);
-        m_frozen->setStyleSheet(styleSheet());
-        if (m_model)
-            m_frozen->attach();
-        m_frozen->show();
+    if (!d->m_frozen) {
+        d->m_frozen = new FrozenColumns(this);
+        d->m_frozen->setStyleSheet(styleSheet());
+        if (d->m_model)
+            d->m_frozen->attach();
+        d->m_frozen->show();
     }
-    m_frozen->setCount(m_frozenCount);
+    d->m_frozen->setCount(d->m_frozenCount);
 }
 
-QTableView *GridView::frozenView() const
+QTableView *GridViewPrivate::frozenView() const
 {
     return m_frozen;
 }
 
 void GridView::scrollTo(const QModelIndex &index, ScrollHint hint)
 {
-    if (!m_frozen || !index.isValid()) {
+    if (!d->m_frozen || !index.isValid()) {
         QTableView::scrollTo(index, hint);
         return;
     }
@@ -47,7 +48,7 @@ void GridView::scrollTo(const QModelIndex &index, ScrollHint hint)
         horizontalScrollBar()->setValue(across);
         return;
     }
-    const int covered = m_frozen->frozenWidth() - visualRect(index).left();
+    const int covered = d->m_frozen->frozenWidth() - visualRect(index).left();
     if (covered > 0)
         horizontalScrollBar()->setValue(horizontalScrollBar()->value() - covered);
 }
@@ -55,15 +56,15 @@ void GridView::scrollTo(const QModelIndex &index, ScrollHint hint)
 void GridView::resizeEvent(QResizeEvent *event)
 {
     QTableView::resizeEvent(event);
-    if (m_frozen)
-        m_frozen->place();
+    if (d->m_frozen)
+        d->m_frozen->place();
 }
 
 void GridView::updateGeometries()
 {
     QTableView::updateGeometries();
-    if (m_frozen)
-        m_frozen->place();
+    if (d->m_frozen)
+        d->m_frozen->place();
 }
 
 } // namespace kx

@@ -1,6 +1,7 @@
 // GridView: its colours (the host's, or the palette's while the host set
 // none) and the style sheet that draws them.
 #include "kxjournal/GridView.h"
+#include "grid/GridViewPrivate.h"
 
 #include "grid/FrozenColumns.h"
 
@@ -28,33 +29,33 @@ QPalette GridView::basePalette() const
 
 QColor GridView::backColor() const
 {
-    return m_backColor.isValid() ? m_backColor : basePalette().color(QPalette::Base);
+    return d->m_backColor.isValid() ? d->m_backColor : basePalette().color(QPalette::Base);
 }
 
 QColor GridView::backColorFixed() const
 {
-    return m_backColorFixed.isValid() ? m_backColorFixed : basePalette().color(QPalette::Button);
+    return d->m_backColorFixed.isValid() ? d->m_backColorFixed : basePalette().color(QPalette::Button);
 }
 
 QColor GridView::backColorBkg() const
 {
-    return m_backColorBkg.isValid() ? m_backColorBkg : basePalette().color(QPalette::Mid);
+    return d->m_backColorBkg.isValid() ? d->m_backColorBkg : basePalette().color(QPalette::Mid);
 }
 
 QColor GridView::gridColor() const
 {
-    return m_gridColor.isValid() ? m_gridColor : basePalette().color(QPalette::Midlight).darker(115);
+    return d->m_gridColor.isValid() ? d->m_gridColor : basePalette().color(QPalette::Midlight).darker(115);
 }
 
 QColor GridView::gridColorFixed() const
 {
-    return m_gridColorFixed.isValid() ? m_gridColorFixed : basePalette().color(QPalette::Mid);
+    return d->m_gridColorFixed.isValid() ? d->m_gridColorFixed : basePalette().color(QPalette::Mid);
 }
 
 QColor GridView::hotBackColor() const
 {
-    if (m_hotBackColor.isValid())
-        return m_hotBackColor;
+    if (d->m_hotBackColor.isValid())
+        return d->m_hotBackColor;
     // The highlight, faint: the row stands out and its texts keep their colours.
     QColor faint = basePalette().color(QPalette::Highlight);
     const QColor base = backColor();
@@ -64,30 +65,30 @@ QColor GridView::hotBackColor() const
 
 void GridView::setHotBackColor(const QColor &c)
 {
-    m_hotBackColor = c;
+    d->m_hotBackColor = c;
     viewport()->update();
 }
 
 QColor GridView::warnBackColor() const
 {
-    if (m_warnBackColor.isValid())
-        return m_warnBackColor;
+    if (d->m_warnBackColor.isValid())
+        return d->m_warnBackColor;
     return backColor().lightness() < 128 ? QColor(0x6b, 0x22, 0x22) : QColor(0xff, 0xdc, 0xdc);
 }
 
 void GridView::setWarnBackColor(const QColor &c)
 {
-    m_warnBackColor = c;
+    d->m_warnBackColor = c;
     viewport()->update();
 }
 
-void GridView::setWarnNegativeKeys(const QStringList &keys)
+void GridViewPrivate::setWarnNegativeKeys(const QStringList &keys)
 {
     m_warnKeys = keys;
-    viewport()->update();
+    q->viewport()->update();
 }
 
-bool GridView::warnsAt(const QModelIndex &index) const
+bool GridViewPrivate::warnsAt(const QModelIndex &index) const
 {
     if (!m_model || m_warnKeys.isEmpty() || !index.isValid())
         return false;
@@ -99,31 +100,31 @@ bool GridView::warnsAt(const QModelIndex &index) const
 
 void GridView::setBackColor(const QColor &c)
 {
-    m_backColor = chosen(m_backColor, c, backColor());
+    d->m_backColor = chosen(d->m_backColor, c, backColor());
     viewport()->update();
 }
 
 void GridView::setBackColorFixed(const QColor &c)
 {
-    m_backColorFixed = chosen(m_backColorFixed, c, backColorFixed());
+    d->m_backColorFixed = chosen(d->m_backColorFixed, c, backColorFixed());
     applyLook();
 }
 
 void GridView::setBackColorBkg(const QColor &c)
 {
-    m_backColorBkg = chosen(m_backColorBkg, c, backColorBkg());
+    d->m_backColorBkg = chosen(d->m_backColorBkg, c, backColorBkg());
     applyLook();
 }
 
 void GridView::setGridColor(const QColor &c)
 {
-    m_gridColor = chosen(m_gridColor, c, gridColor());
+    d->m_gridColor = chosen(d->m_gridColor, c, gridColor());
     applyLook();
 }
 
 void GridView::setGridColorFixed(const QColor &c)
 {
-    m_gridColorFixed = chosen(m_gridColorFixed, c, gridColorFixed());
+    d->m_gridColorFixed = chosen(d->m_gridColorFixed, c, gridColorFixed());
     applyLook();
 }
 
@@ -140,8 +141,8 @@ void GridView::applyLook()
     if (sheet == styleSheet())
         return;
     setStyleSheet(sheet);
-    if (m_frozen)
-        m_frozen->setStyleSheet(sheet);
+    if (d->m_frozen)
+        d->m_frozen->setStyleSheet(sheet);
 }
 
 } // namespace kx

@@ -1,7 +1,7 @@
 #include "ledger/BalanceCalculator.h"
 
 #include "grid/GridBusy.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BookRow.h"
 #include "ledger/JournalColumns.h"
 #include "ledger/LedgerState.h"
@@ -14,12 +14,12 @@ const QString LineBreak = QStringLiteral("\r\n");
 
 // The grid leaves a cell alone when it already holds the figure, so a
 // recalculation that mostly finds the figures it would write costs no redraw.
-void writeAmount(GridModel &grid, int row, int col, Currency value)
+void writeAmount(Sheet &grid, int row, int col, Currency value)
 {
     grid.setAmount(row, col, value);
 }
 
-Currency amountAt(const GridModel &grid, int row, int col)
+Currency amountAt(const Sheet &grid, int row, int col)
 {
     return grid.amount(row, col);
 }
@@ -35,7 +35,7 @@ void BalanceCalculator::twoLines(const QString &text, Currency &first, Currency 
     second = lf < 0 ? Currency() : Currency::fromText(whole.mid(lf + 1)).valueOr(Currency());
 }
 
-BalanceCalculator::BalanceCalculator(GridModel &grid, const LedgerState &state)
+BalanceCalculator::BalanceCalculator(Sheet &grid, const LedgerState &state)
     : m_grid(grid), m_state(state), m_outline(state.outlineColumn(grid))
 {
     const JournalColumns columns(grid);

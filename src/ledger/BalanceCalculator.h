@@ -4,7 +4,7 @@
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 struct LedgerState;
 
 /// Running balances down the journal grid, in fixed-point currency.
@@ -17,7 +17,7 @@ class BalanceCalculator
 {
 public:
     /// Works on \a grid for the book in \a state.
-    BalanceCalculator(GridModel &grid, const LedgerState &state);
+    BalanceCalculator(Sheet &grid, const LedgerState &state);
 
     /// Recalculates from \a startRow (0: the current row) to the last row.
     /// A summary row anchors the pass only while it holds the totals of a
@@ -44,7 +44,7 @@ private:
     void writeBalance(int row, const Totals &t);
     QString pair(Currency first, Currency second) const;
 
-    GridModel &m_grid;
+    Sheet &m_grid;
     const LedgerState &m_state;
     int m_debit, m_credit, m_forex, m_dir, m_balance, m_fxBalance, m_tag, m_outline;
 };

@@ -1,6 +1,6 @@
 #include "ledger/BookCheck.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
@@ -9,7 +9,7 @@
 
 namespace kx {
 
-BookCheck::BookCheck(GridModel &grid, const LedgerState &state, LedgerHost &host)
+BookCheck::BookCheck(Sheet &grid, const LedgerState &state, LedgerHost &host)
     : m_grid(grid), m_state(state), m_host(host)
 {
 }

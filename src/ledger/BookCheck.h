@@ -2,7 +2,7 @@
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 class LedgerHost;
 struct LedgerState;
 
@@ -12,7 +12,7 @@ class BookCheck
 {
 public:
     /// Works on \a grid for the book in \a state, reporting to \a host.
-    BookCheck(GridModel &grid, const LedgerState &state, LedgerHost &host);
+    BookCheck(Sheet &grid, const LedgerState &state, LedgerHost &host);
     /// True when every examined record passes; else says why in a message
     /// box and puts the cursor on the first offending row.
     bool check();
@@ -20,7 +20,7 @@ public:
     int offendingRow() const { return m_offending; }
 
 private:
-    GridModel &m_grid;
+    Sheet &m_grid;
     const LedgerState &m_state;
     LedgerHost &m_host;
     int m_offending = 0;

@@ -5,7 +5,7 @@
 #include "grid/GridBusy.h"
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Database.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookRow.h"
 #include "ledger/ColumnModel.h"
@@ -28,7 +28,7 @@ namespace kx {
 namespace {
 
 // True when the cell holds exactly the text "0".
-bool isZero(const GridModel &grid, int row, int col)
+bool isZero(const Sheet &grid, int row, int col)
 {
     return !grid.isEmpty(row, col) && grid.amount(row, col).isZero() && grid.text(row, col) == QLatin1String("0");
 }
@@ -43,7 +43,7 @@ const QStringList &BookLoader::amountFields()
     return fields;
 }
 
-BookLoader::BookLoader(GridModel &grid, LedgerState &state, LedgerHost &host, AccContext *acc)
+BookLoader::BookLoader(Sheet &grid, LedgerState &state, LedgerHost &host, AccContext *acc)
     : m_grid(grid), m_state(state), m_host(host), m_acc(acc)
 {
 }

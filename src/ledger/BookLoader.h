@@ -10,7 +10,7 @@ class BookRow;
 struct FetchedRows;
 
 class AccContext;
-class GridModel;
+class Sheet;
 class LedgerHost;
 struct LedgerState;
 
@@ -29,7 +29,7 @@ public:
 
     /// Works on \a grid for the book in \a state, reading through \a acc
     /// (a load without a context fails) and reporting to \a host.
-    BookLoader(GridModel &grid, LedgerState &state, LedgerHost &host, AccContext *acc);
+    BookLoader(Sheet &grid, LedgerState &state, LedgerHost &host, AccContext *acc);
 
     /// Loads book \a docId (0: the current book).
     Outcome load(int docId);
@@ -49,7 +49,7 @@ private:
     void dressRows(std::vector<int> *unstored);
     void labelRows();
 
-    GridModel &m_grid;
+    Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;
     QPointer<AccContext> m_acc;  ///< the host may delete it inside any call to the host

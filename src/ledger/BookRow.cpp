@@ -1,6 +1,6 @@
 #include "ledger/BookRow.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 
 #include <algorithm>
 
@@ -90,7 +90,7 @@ QString BookRow::dateLabel(const QDate &date, Label label)
     return date.toString(QStringLiteral("yyyy年MM月dd日"));
 }
 
-bool BookRow::isSummaryCell(const GridModel &grid, int row, int tagCol)
+bool BookRow::isSummaryCell(const Sheet &grid, int row, int tagCol)
 {
     // Whole numbers are most of what the cell holds; "-1.5" counts too.
     const qint64 n = grid.number(row, tagCol);

@@ -8,7 +8,7 @@
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 
 /// One journal row of the grid, read and written by meaning: its date, its
 /// amounts, its keys, whether it is a summary row, its change mark.
@@ -23,19 +23,19 @@ public:
     enum ChangeMark { Unchanged = 0, Saved = 1, Modified = 2 };
 
     /// Row \a row of \a grid, whose columns sit at \a columns.
-    BookRow(GridModel &grid, const JournalColumns &columns, int row)
+    BookRow(Sheet &grid, const JournalColumns &columns, int row)
         : m_grid(&grid), m_columns(&columns), m_row(row)
     {
     }
     /// The handle keeps the column places by reference: they must outlive it.
-    BookRow(GridModel &grid, const JournalColumns &&columns, int row) = delete;
+    BookRow(Sheet &grid, const JournalColumns &&columns, int row) = delete;
     /// A read-only handle on a row of a grid the caller may not change.
-    static const BookRow of(const GridModel &grid, const JournalColumns &columns, int row)
+    static const BookRow of(const Sheet &grid, const JournalColumns &columns, int row)
     {
-        return BookRow(const_cast<GridModel &>(grid), columns, row);
+        return BookRow(const_cast<Sheet &>(grid), columns, row);
     }
     /// The handle keeps the column places by reference: they must outlive it.
-    static const BookRow of(const GridModel &grid, const JournalColumns &&columns, int row) = delete;
+    static const BookRow of(const Sheet &grid, const JournalColumns &&columns, int row) = delete;
 
     /// The grid row.
     int index() const { return m_row; }
@@ -52,13 +52,13 @@ public:
     /// The cell of \a column as a whole number (0 when empty or not a number).
     qint64 number(JournalColumns::Column column) const;
     /// The cell text of \a column as it was at the last load or save (see
-    /// GridModel::cleanText()).
+    /// Sheet::cleanText()).
     QString cleanText(JournalColumns::Column column) const;
     /// Makes \a text the text \a column had at the last load or save.
     void setCleanText(JournalColumns::Column column, const QString &text) const;
     /// Whether the row was in the grid at the last load or save.
     bool knowsClean() const;
-    /// A hash of the texts of \a columns[0…count), in that order (see GridModel::textsHash()).
+    /// A hash of the texts of \a columns[0…count), in that order (see Sheet::textsHash()).
     quint64 textsHash(const JournalColumns::Column *columns, int count) const;
 
     /// The ISO text of the row's date.
@@ -105,10 +105,10 @@ public:
 
     /// True when the tag cell (\a row, \a tagCol) marks a summary row: a
     /// negative number.
-    static bool isSummaryCell(const GridModel &grid, int row, int tagCol);
+    static bool isSummaryCell(const Sheet &grid, int row, int tagCol);
 
 private:
-    GridModel *m_grid;
+    Sheet *m_grid;
     const JournalColumns *m_columns;
     int m_row;
 };

@@ -3,7 +3,7 @@
 #include "data/RecordWriter.h"
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Database.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "kxjournal/Transaction.h"
 #include "ledger/BookLoader.h"
 #include "ledger/BookRow.h"
@@ -17,7 +17,7 @@
 
 namespace kx {
 
-BookSaver::BookSaver(GridModel &grid, LedgerState &state, LedgerHost &host, AccContext *acc)
+BookSaver::BookSaver(Sheet &grid, LedgerState &state, LedgerHost &host, AccContext *acc)
     : m_grid(grid), m_state(state), m_host(host), m_acc(acc)
 {
 }

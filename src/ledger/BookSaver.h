@@ -16,7 +16,7 @@ class BookRow;
 class JournalColumns;
 class Database;
 struct RecordValues;
-class GridModel;
+class Sheet;
 class LedgerHost;
 struct LedgerState;
 
@@ -33,7 +33,7 @@ class BookSaver
 public:
     /// Works on \a grid for the book in \a state, writing through \a acc
     /// (a save without a context fails) and reporting to \a host.
-    BookSaver(GridModel &grid, LedgerState &state, LedgerHost &host, AccContext *acc);
+    BookSaver(Sheet &grid, LedgerState &state, LedgerHost &host, AccContext *acc);
 
     /// The whole save: refuses a consolidated journal, asks the host, writes
     /// when dirty, then notifies the context (\a instance tells this control
@@ -59,7 +59,7 @@ private:
     /// Whether the database can be reached (opened again when it dropped).
     Result<void> reachDatabase();
 
-    GridModel &m_grid;
+    Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;
     QPointer<AccContext> m_acc;  ///< the host may delete it inside any call to the host

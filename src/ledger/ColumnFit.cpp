@@ -1,7 +1,7 @@
 #include "ledger/ColumnFit.h"
 
 #include "kxjournal/Currency.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/JournalColumns.h"
 #include "ledger/LedgerState.h"
 
@@ -10,7 +10,7 @@
 
 namespace kx {
 
-ColumnFit::ColumnFit(GridModel &grid, const LedgerState &state, Measure measure)
+ColumnFit::ColumnFit(Sheet &grid, const LedgerState &state, Measure measure)
     : m_grid(grid), m_state(state), m_measure(std::move(measure))
 {
 }

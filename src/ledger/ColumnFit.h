@@ -6,7 +6,7 @@
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 struct LedgerState;
 
 /// Widens columns to what they show. A figure is never cut: an amount or
@@ -23,7 +23,7 @@ public:
     using Measure = std::function<int(const QString &text, const QFont &font)>;
 
     /// Fits the columns of \a grid, measuring with \a measure.
-    ColumnFit(GridModel &grid, const LedgerState &state, Measure measure);
+    ColumnFit(Sheet &grid, const LedgerState &state, Measure measure);
 
     /// Grows every amount and balance column to its widest value in rows
     /// \a first … \a last (all rows by default).
@@ -41,7 +41,7 @@ private:
     int measureCell(int row, int col) const;
     QFont fontAt(int row, int col) const;
 
-    GridModel &m_grid;
+    Sheet &m_grid;
     const LedgerState &m_state;
     Measure m_measure;
 };

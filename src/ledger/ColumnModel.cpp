@@ -1,7 +1,7 @@
 #include "ledger/ColumnModel.h"
 
 #include "kxjournal/AccContext.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BookRow.h"
 #include "ledger/JournalColumns.h"
 #include "ledger/LedgerState.h"
@@ -30,7 +30,7 @@ QString replaceFirst(QString text, const QString &placeholder, const QString &va
 }
 
 
-void defineColumn(GridModel &grid, int pos, JournalColumns::Column which)
+void defineColumn(Sheet &grid, int pos, JournalColumns::Column which)
 {
     const JournalColumns::Layout &column = JournalColumns::layout(which);
     const QString &key = JournalColumns::key(which);
@@ -60,7 +60,7 @@ const QString ColumnModel::DefaultAmountFormat = QStringLiteral("#,##0.00");
 const QString ColumnModel::DefaultEditFields =
     QStringLiteral("|ShowName|JnlNo|AccName|AccDoc|Explain|Debit|Credit|Rate|Forex|Field1|Field2|Field3|Field4|Remark|");
 
-void ColumnModel::define(GridModel &grid, LedgerState &state)
+void ColumnModel::define(Sheet &grid, LedgerState &state)
 {
     const QString tag = grid.tag();
     const bool redraw = grid.redraw();
@@ -98,7 +98,7 @@ void ColumnModel::define(GridModel &grid, LedgerState &state)
     grid.setRedraw(redraw);
 }
 
-void ColumnModel::applyFormats(GridModel &grid, const LedgerState &state)
+void ColumnModel::applyFormats(Sheet &grid, const LedgerState &state)
 {
     setColumnFonts(grid, QString(), QString());
     const JournalColumns columns(grid);
@@ -110,7 +110,7 @@ void ColumnModel::applyFormats(GridModel &grid, const LedgerState &state)
     grid.setColFormat(columns[JournalColumns::Rate], state.fields.rateFormat);
 }
 
-void ColumnModel::applyChoices(GridModel &grid, const LedgerState &state)
+void ColumnModel::applyChoices(Sheet &grid, const LedgerState &state)
 {
     for (auto it = state.columns.shown.cbegin(); it != state.columns.shown.cend(); ++it) {
         const int c = grid.colIndex(it.key());
@@ -124,7 +124,7 @@ void ColumnModel::applyChoices(GridModel &grid, const LedgerState &state)
     }
 }
 
-void ColumnModel::applyRowHeights(GridModel &grid, const RowLooks &looks)
+void ColumnModel::applyRowHeights(Sheet &grid, const RowLooks &looks)
 {
     grid.setDefaultRowHeight(looks.rowHeight);
     grid.setRowHeight(0, looks.headerRowHeight);
@@ -133,13 +133,13 @@ void ColumnModel::applyRowHeights(GridModel &grid, const RowLooks &looks)
             grid.setRowHeight(r, looks.sumRowHeight);
 }
 
-bool ColumnModel::isNumericColumn(const GridModel &grid, int col)
+bool ColumnModel::isNumericColumn(const Sheet &grid, int col)
 {
-    const GridModel::DataType t = grid.colDataType(col);
-    return t == GridModel::TypeLong || t == GridModel::TypeDouble || t == GridModel::TypeCurrency;
+    const Sheet::DataType t = grid.colDataType(col);
+    return t == Sheet::TypeLong || t == Sheet::TypeDouble || t == Sheet::TypeCurrency;
 }
 
-void ColumnModel::setColumnFonts(GridModel &grid, QString keys, QString fontName)
+void ColumnModel::setColumnFonts(Sheet &grid, QString keys, QString fontName)
 {
     if (fontName.isEmpty())
         fontName = QStringLiteral("Arial");
@@ -155,7 +155,7 @@ void ColumnModel::setColumnFonts(GridModel &grid, QString keys, QString fontName
     }
 }
 
-void ColumnModel::applyExplainTemplate(GridModel &grid, const LedgerState &state, AccContext *acc, int row,
+void ColumnModel::applyExplainTemplate(Sheet &grid, const LedgerState &state, AccContext *acc, int row,
                                        QString templ)
 {
     if (!state.mayModify() || !grid.isDataRow(row))

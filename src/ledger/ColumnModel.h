@@ -5,7 +5,7 @@
 namespace kx {
 
 class AccContext;
-class GridModel;
+class Sheet;
 struct LedgerState;
 struct RowLooks;
 
@@ -28,28 +28,28 @@ public:
     /// alignments, widths and hidden flags, keeping every cell value (cells
     /// move with their columns); resets the key lists in \a state, the row
     /// heights and the fonts.
-    static void define(GridModel &grid, LedgerState &state);
+    static void define(Sheet &grid, LedgerState &state);
     /// Sets \a fontName ("Arial" when empty) on the data cells of the columns
     /// in \a keys ("|"-separated; empty: every numeric column).
-    static void setColumnFonts(GridModel &grid, QString keys, QString fontName);
+    static void setColumnFonts(Sheet &grid, QString keys, QString fontName);
     /// Re-applies the column fonts and the display formats: AccountFormat on
     /// the amount and balance columns (DefaultAmountFormat while it is
     /// empty), RateFormat on the rate.
-    static void applyFormats(GridModel &grid, const LedgerState &state);
+    static void applyFormats(Sheet &grid, const LedgerState &state);
     /// True when column \a col holds numbers.
-    static bool isNumericColumn(const GridModel &grid, int col);
+    static bool isNumericColumn(const Sheet &grid, int col);
     /// Expands \a templ for row \a row and stores it as the row's explanation:
     /// "[日期]" the row's date in DateFormat, "[月份]" its year and month,
     /// "[科目名称]" its account's name, "[]" the present explanation; each
     /// placeholder once (account names come from \a acc, which may be null).
     /// Does nothing while changes are not allowed.
-    static void applyExplainTemplate(GridModel &grid, const LedgerState &state, AccContext *acc, int row,
+    static void applyExplainTemplate(Sheet &grid, const LedgerState &state, AccContext *acc, int row,
                                      QString templ);
     /// Shows, hides and sizes the columns as the user chose (state.columns);
     /// columns the key lists keep from the user are left alone.
-    static void applyChoices(GridModel &grid, const LedgerState &state);
+    static void applyChoices(Sheet &grid, const LedgerState &state);
     /// Gives every summary row (subtotal node) and the header row their heights.
-    static void applyRowHeights(GridModel &grid, const RowLooks &looks);
+    static void applyRowHeights(Sheet &grid, const RowLooks &looks);
 };
 
 } // namespace kx

@@ -2,7 +2,7 @@
 
 #include "data/RecordFetcher.h"
 #include "kxjournal/Database.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BookLoader.h"
 #include "ledger/BookRow.h"
 #include "ledger/StoredForms.h"
@@ -43,7 +43,7 @@ Result<void> ConflictCheck::readStored(const Database &db, const SqlStatement &s
     // Read into a grid of their own, so the fingerprints come from cells typed
     // as a load types them. Only the stored fields count, so the records are
     // read from their table alone, without a load's joins and labels.
-    GridModel scratch;
+    Sheet scratch;
     Result<FetchedRows> fetched = RecordFetcher::fetch(db, statement, BookLoader::amountFields(), 0, scratch.fixedCols());
     if (!fetched.ok())
         return Error(fetched.error());

@@ -1,7 +1,7 @@
 #include "ledger/ConflictMerge.h"
 
 #include "kxjournal/Database.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookRow.h"
 #include "ledger/ConflictCheck.h"
@@ -52,7 +52,7 @@ QString shown(const QString &text)
 
 } // namespace
 
-ConflictMerge::ConflictMerge(GridModel &grid, LedgerState &state, LedgerHost &host)
+ConflictMerge::ConflictMerge(Sheet &grid, LedgerState &state, LedgerHost &host)
     : m_grid(grid), m_state(state), m_host(host)
 {
 }

@@ -9,7 +9,7 @@
 namespace kx {
 
 class Database;
-class GridModel;
+class Sheet;
 class LedgerHost;
 struct LedgerState;
 
@@ -28,7 +28,7 @@ class ConflictMerge
 {
 public:
     /// Works on \a grid for the book in \a state, asking through \a host.
-    ConflictMerge(GridModel &grid, LedgerState &state, LedgerHost &host);
+    ConflictMerge(Sheet &grid, LedgerState &state, LedgerHost &host);
 
     /// Merges the records \a rows names (key → grid row; -1 for a record
     /// this user removed) with what \a db holds for them now in book \a docId.
@@ -45,7 +45,7 @@ private:
     QString describe(int row) const;
     void removeRows(QList<int> rows, QStringList &said);
 
-    GridModel &m_grid;
+    Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;
     bool m_tookStored = false;

@@ -1,10 +1,10 @@
 #include "ledger/EditHistory.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 
 namespace kx {
 
-EditHistory::EditHistory(GridModel &grid) : m_grid(grid) {}
+EditHistory::EditHistory(Sheet &grid) : m_grid(grid) {}
 
 bool EditHistory::fits() const
 {

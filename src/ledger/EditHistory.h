@@ -4,7 +4,7 @@
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 
 /// The undo history of a grid: a QUndoStack whose steps fit the grid only
 /// as long as nothing else changed it. A change made outside the history
@@ -15,7 +15,7 @@ class EditHistory
 {
 public:
     /// The history of \a grid.
-    explicit EditHistory(GridModel &grid);
+    explicit EditHistory(Sheet &grid);
 
     /// Adds a step whose changes are already in the grid; \a fitted tells
     /// whether the history fitted the grid when the step began (when not,
@@ -41,7 +41,7 @@ public:
 
 private:
     bool apply(bool undo);
-    GridModel &m_grid;
+    Sheet &m_grid;
     QUndoStack m_stack;
     quint64 m_revision = 0;
     bool m_applying = false;      ///< an undo or redo runs (its step must outlive it)

@@ -1,6 +1,6 @@
 #include "ledger/GridStepCommand.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 
@@ -18,7 +18,7 @@ void LedgerMarks::applyTo(LedgerState &state) const
     state.removedRecords = removedRecords;
 }
 
-GridStepCommand::GridStepCommand(GridModel &grid, LedgerState &state, LedgerHost &host, GridChanges changes,
+GridStepCommand::GridStepCommand(Sheet &grid, LedgerState &state, LedgerHost &host, GridChanges changes,
                                  LedgerMarks before, int row, int col, const QString &text)
     : QUndoCommand(text), m_grid(grid), m_state(state), m_host(host), m_changes(std::move(changes)),
       m_before(std::move(before)), m_after(LedgerMarks::of(state)), m_row(row), m_col(col)

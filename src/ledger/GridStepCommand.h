@@ -1,13 +1,13 @@
 #pragma once
 
-#include "kxjournal/GridChanges.h"
+#include "grid/GridChanges.h"
 
 #include <QList>
 #include <QUndoCommand>
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 class LedgerHost;
 struct LedgerState;
 
@@ -32,14 +32,14 @@ class GridStepCommand : public QUndoCommand
 public:
     /// The step that made \a changes on \a grid at (\a row, \a col), the
     /// marks being \a before before it and as \a state holds them now.
-    GridStepCommand(GridModel &grid, LedgerState &state, LedgerHost &host, GridChanges changes, LedgerMarks before,
+    GridStepCommand(Sheet &grid, LedgerState &state, LedgerHost &host, GridChanges changes, LedgerMarks before,
                     int row, int col, const QString &text);
     void undo() override;
     void redo() override;
 
 private:
     void flip(const LedgerMarks &marks);
-    GridModel &m_grid;
+    Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;
     GridChanges m_changes;

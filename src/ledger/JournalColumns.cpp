@@ -12,35 +12,35 @@ constexpr Qt::Alignment Right = Qt::AlignRight | Qt::AlignVCenter;
 constexpr Qt::Alignment ByType = {};
 
 const JournalColumns::Layout Layouts[JournalColumns::Count] = {
-    {"SeqNo", "", GridModel::TypeLong, Left, false, "", 255},
-    {"ShowName", "日期", GridModel::TypeString, Left, false, "", 1545},
-    {"JnlDate", "日期", GridModel::TypeString, Left, true, "yyyy年MM月dd日", 1545},
-    {"JnlNo", "单据号", GridModel::TypeString, Left, false, "", 655},
-    {"AccName", "对方科目", GridModel::TypeString, Left, false, "", 900},
-    {"AccDoc", "记账凭证", GridModel::TypeString, Left, false, "", 900},
-    {"Explain", "摘要", GridModel::TypeString, Left, false, "", 2500},
-    {"Debit", "借方金额", GridModel::TypeCurrency, Right, false, "", 1200},
-    {"Credit", "贷方金额", GridModel::TypeCurrency, Right, false, "", 1200},
-    {"Rate", "汇率", GridModel::TypeCurrency, Right, true, "", 675},
-    {"Forex", "外币", GridModel::TypeCurrency, Right, true, "", 975},
-    {"Dir", "", GridModel::TypeString, Centre, false, "", 300},
-    {"Balance", "余额", GridModel::TypeCurrency, Right, false, "", 1200},
-    {"fxBalance", "外币余额", GridModel::TypeCurrency, Right, true, "", 1200},
-    {"Field1", "字段一", GridModel::TypeString, Left, true, "", 1000},
-    {"Field2", "字段二", GridModel::TypeString, Left, true, "", 1000},
-    {"Field3", "字段一", GridModel::TypeString, Left, true, "", 1000},
-    {"Field4", "字段二", GridModel::TypeString, Left, true, "", 1000},
-    {"Remark", "备注", GridModel::TypeString, Left, true, "", 1000},
-    {"AssistName", "日记账", GridModel::TypeString, Left, false, "", 1000},
-    {"AccCode", "AccCode", GridModel::TypeString, ByType, true, "", 10},
-    {"AccID", "AccID", GridModel::TypeLong, ByType, true, "", 10},
-    {"DirID", "DirID", GridModel::TypeLong, ByType, true, "", 10},
-    {"RecID", "RecID", GridModel::TypeLong, ByType, true, "", 10},
-    {"DocID", "DocID", GridModel::TypeLong, ByType, true, "", 10},
-    {"Flag", "Flag", GridModel::TypeString, Left, true, "", 2000},
-    {"Tag", "Tag", GridModel::TypeLong, ByType, true, "", 10},
-    {"Locked", "Locked", GridModel::TypeLong, ByType, true, "", 10},
-    {"Row", "Row", GridModel::TypeLong, ByType, true, "", 10},
+    {"SeqNo", "", Sheet::TypeLong, Left, false, "", 255},
+    {"ShowName", "日期", Sheet::TypeString, Left, false, "", 1545},
+    {"JnlDate", "日期", Sheet::TypeString, Left, true, "yyyy年MM月dd日", 1545},
+    {"JnlNo", "单据号", Sheet::TypeString, Left, false, "", 655},
+    {"AccName", "对方科目", Sheet::TypeString, Left, false, "", 900},
+    {"AccDoc", "记账凭证", Sheet::TypeString, Left, false, "", 900},
+    {"Explain", "摘要", Sheet::TypeString, Left, false, "", 2500},
+    {"Debit", "借方金额", Sheet::TypeCurrency, Right, false, "", 1200},
+    {"Credit", "贷方金额", Sheet::TypeCurrency, Right, false, "", 1200},
+    {"Rate", "汇率", Sheet::TypeCurrency, Right, true, "", 675},
+    {"Forex", "外币", Sheet::TypeCurrency, Right, true, "", 975},
+    {"Dir", "", Sheet::TypeString, Centre, false, "", 300},
+    {"Balance", "余额", Sheet::TypeCurrency, Right, false, "", 1200},
+    {"fxBalance", "外币余额", Sheet::TypeCurrency, Right, true, "", 1200},
+    {"Field1", "字段一", Sheet::TypeString, Left, true, "", 1000},
+    {"Field2", "字段二", Sheet::TypeString, Left, true, "", 1000},
+    {"Field3", "字段一", Sheet::TypeString, Left, true, "", 1000},
+    {"Field4", "字段二", Sheet::TypeString, Left, true, "", 1000},
+    {"Remark", "备注", Sheet::TypeString, Left, true, "", 1000},
+    {"AssistName", "日记账", Sheet::TypeString, Left, false, "", 1000},
+    {"AccCode", "AccCode", Sheet::TypeString, ByType, true, "", 10},
+    {"AccID", "AccID", Sheet::TypeLong, ByType, true, "", 10},
+    {"DirID", "DirID", Sheet::TypeLong, ByType, true, "", 10},
+    {"RecID", "RecID", Sheet::TypeLong, ByType, true, "", 10},
+    {"DocID", "DocID", Sheet::TypeLong, ByType, true, "", 10},
+    {"Flag", "Flag", Sheet::TypeString, Left, true, "", 2000},
+    {"Tag", "Tag", Sheet::TypeLong, ByType, true, "", 10},
+    {"Locked", "Locked", Sheet::TypeLong, ByType, true, "", 10},
+    {"Row", "Row", Sheet::TypeLong, ByType, true, "", 10},
 };
 
 struct Keys {
@@ -97,7 +97,7 @@ const QString &JournalColumns::amountKeys()
     return list;
 }
 
-JournalColumns::JournalColumns(const GridModel &grid)
+JournalColumns::JournalColumns(const Sheet &grid)
 {
     for (int c = 0; c < Count; ++c)
         m_index[std::size_t(c)] = grid.colIndex(key(Column(c)));

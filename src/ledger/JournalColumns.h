@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 
 #include <QString>
 #include <array>
@@ -28,7 +28,7 @@ public:
     struct Layout {
         const char *key;
         const char *header;
-        GridModel::DataType type;
+        Sheet::DataType type;
         Qt::Alignment align;  ///< 0: by data type
         bool hidden;
         const char *format;
@@ -50,7 +50,7 @@ public:
     static const QString &amountKeys();
 
     /// Where every column sits on \a grid (-1 for columns it lacks).
-    explicit JournalColumns(const GridModel &grid);
+    explicit JournalColumns(const Sheet &grid);
     /// The grid column of \a column (-1 when the grid lacks it).
     int operator[](Column column) const { return m_index[std::size_t(column)]; }
 

@@ -1,6 +1,6 @@
 #include "ledger/LedgerCommands.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/CommandRegistry.h"
 #include "ledger/LedgerHost.h"
@@ -8,10 +8,10 @@
 
 namespace kx {
 
-void LedgerCommands::offer(CommandRegistry &registry, GridModel &grid, LedgerState &state, LedgerHost &host)
+void LedgerCommands::offer(CommandRegistry &registry, Sheet &grid, LedgerState &state, LedgerHost &host)
 {
     const QString group = QStringLiteral("book");
-    GridModel *g = &grid;
+    Sheet *g = &grid;
     LedgerState *s = &state;
     LedgerHost *h = &host;
     registry.add({QStringLiteral("mnuStatistics"), {}, QStringLiteral("统计"), group,

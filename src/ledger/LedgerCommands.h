@@ -3,7 +3,7 @@
 namespace kx {
 
 class CommandRegistry;
-class GridModel;
+class Sheet;
 class LedgerHost;
 struct LedgerState;
 
@@ -13,7 +13,7 @@ class LedgerCommands
 {
 public:
     /// Adds the book commands working on \a grid and \a state to \a registry.
-    static void offer(CommandRegistry &registry, GridModel &grid, LedgerState &state, LedgerHost &host);
+    static void offer(CommandRegistry &registry, Sheet &grid, LedgerState &state, LedgerHost &host);
 };
 
 } // namespace kx

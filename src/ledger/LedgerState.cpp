@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BookRow.h"
 #include "ledger/JournalColumns.h"
 
 namespace kx {
 
-int LedgerState::outlineColumn(const GridModel &grid) const
+int LedgerState::outlineColumn(const Sheet &grid) const
 {
     return grid.colIndex(fields.outlineKey.isEmpty() ? JournalColumns::key(JournalColumns::JnlDate)
                                                      : fields.outlineKey);
@@ -20,7 +20,7 @@ void LedgerState::rowsInserted(int at, int count)
         lastSumRow += count;
 }
 
-void LedgerState::rowsRemoved(const GridModel &grid, int at, int count)
+void LedgerState::rowsRemoved(const Sheet &grid, int at, int count)
 {
     if (lastSumRow <= 0 || lastSumRow < at)
         return;

@@ -11,7 +11,7 @@
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 
 /// How the ledger paints the rows it dresses: closed periods, totals,
 /// balances on the book's own side, and the row heights.
@@ -85,7 +85,7 @@ struct LedgerState {
     /// True when the consolidated journal is shown (packed and not a bottom book).
     bool isConsolidated() const { return isPacked && !book.isBottomClass; }
     /// The column whose empty cell marks a blank row (OutlineKey, else the date).
-    int outlineColumn(const GridModel &grid) const;
+    int outlineColumn(const Sheet &grid) const;
 
     /// Keeps lastSumRow on the row it names after \a count rows were
     /// inserted before \a at.
@@ -93,7 +93,7 @@ struct LedgerState {
     /// Keeps lastSumRow on the row it names after rows \a at … at + count − 1
     /// were removed from \a grid; when that row went, the nearest summary
     /// row above the removed ones takes its place (0 when there is none).
-    void rowsRemoved(const GridModel &grid, int at, int count);
+    void rowsRemoved(const Sheet &grid, int at, int count);
     /// Keeps lastSumRow on the row it names after row \a from moved to \a to.
     void rowMoved(int from, int to);
 };

@@ -1,14 +1,14 @@
 #include "ledger/LedgerStep.h"
 
-#include "kxjournal/GridChanges.h"
-#include "kxjournal/GridModel.h"
+#include "grid/GridChanges.h"
+#include "grid/Sheet.h"
 #include "ledger/EditHistory.h"
 #include "ledger/GridStepCommand.h"
 #include "ledger/LedgerState.h"
 
 namespace kx {
 
-bool LedgerStep::record(GridModel &grid, LedgerState &state, LedgerHost &host, EditHistory *history,
+bool LedgerStep::record(Sheet &grid, LedgerState &state, LedgerHost &host, EditHistory *history,
                         const QString &text, const std::function<bool()> &work)
 {
     // Inside another record (an edit under way) the work belongs to that step.

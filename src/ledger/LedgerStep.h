@@ -7,7 +7,7 @@
 namespace kx {
 
 class EditHistory;
-class GridModel;
+class Sheet;
 class LedgerHost;
 struct LedgerState;
 
@@ -20,7 +20,7 @@ public:
     /// Runs \a work on \a grid, recording it as the step \a text of \a history
     /// (none: just runs it). An operation that changed what a record cannot
     /// put back ends the history instead. Returns what \a work returned.
-    static bool record(GridModel &grid, LedgerState &state, LedgerHost &host, EditHistory *history,
+    static bool record(Sheet &grid, LedgerState &state, LedgerHost &host, EditHistory *history,
                        const QString &text, const std::function<bool()> &work);
 };
 

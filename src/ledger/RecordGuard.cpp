@@ -1,6 +1,6 @@
 #include "ledger/RecordGuard.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerState.h"
 
@@ -8,7 +8,7 @@
 
 namespace kx {
 
-RecordGuard::RecordGuard(const GridModel &grid, const LedgerState &state)
+RecordGuard::RecordGuard(const Sheet &grid, const LedgerState &state)
     : m_grid(grid), m_state(state), m_columns(grid)
 {
 }

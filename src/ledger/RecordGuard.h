@@ -7,7 +7,7 @@
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 struct LedgerState;
 
 /// Which records stay where they are. A record of a closed period (above the
@@ -20,7 +20,7 @@ class RecordGuard
 {
 public:
     /// Judges the rows of \a grid for the book in \a state.
-    RecordGuard(const GridModel &grid, const LedgerState &state);
+    RecordGuard(const Sheet &grid, const LedgerState &state);
 
     /// True when \a row, not a summary row, lies in a closed period: above
     /// the last summary row, or locked (the opening row, locked against
@@ -51,7 +51,7 @@ public:
     static QList<int> afterRemoval(const QList<int> &kept, const QList<int> &gone);
 
 private:
-    const GridModel &m_grid;
+    const Sheet &m_grid;
     const LedgerState &m_state;
     const JournalColumns m_columns;
 };

@@ -2,7 +2,7 @@
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 class JournalColumns;
 struct RowLooks;
 
@@ -12,10 +12,10 @@ class RowLook
 {
 public:
     /// Locks or unlocks a row: its Locked cell and the text colour of its cells.
-    static void setLocked(GridModel &grid, const JournalColumns &columns, const RowLooks &looks, int row,
+    static void setLocked(Sheet &grid, const JournalColumns &columns, const RowLooks &looks, int row,
                           bool locked);
     /// Marks a row as a summary row on the grid: subtotal node, bold, summary height.
-    static void markSummary(GridModel &grid, const RowLooks &looks, int row);
+    static void markSummary(Sheet &grid, const RowLooks &looks, int row);
 };
 
 } // namespace kx

@@ -1,6 +1,6 @@
 #include "ledger/StoredForms.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/JournalColumns.h"
 
 #include <QRegularExpression>
@@ -27,7 +27,7 @@ QDate StoredForms::dayOf(const QString &text)
     return {};
 }
 
-void StoredForms::readDate(GridModel &grid, const JournalColumns &columns, int row)
+void StoredForms::readDate(Sheet &grid, const JournalColumns &columns, int row)
 {
     const int col = columns[C::JnlDate];
     if (col < 0 || grid.isEmpty(row, col) || grid.date(row, col).isValid())
@@ -37,7 +37,7 @@ void StoredForms::readDate(GridModel &grid, const JournalColumns &columns, int r
         grid.setDate(row, col, day);
 }
 
-bool StoredForms::unreadable(const GridModel &grid, const JournalColumns &columns, int r)
+bool StoredForms::unreadable(const Sheet &grid, const JournalColumns &columns, int r)
 {
     const int date = columns[C::JnlDate];
     if (date >= 0 && !grid.isEmpty(r, date) && !grid.date(r, date).isValid())

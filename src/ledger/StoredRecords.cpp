@@ -1,7 +1,7 @@
 #include "ledger/StoredRecords.h"
 
 #include "grid/HashMix.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BookRow.h"
 
 #include <vector>

@@ -4,7 +4,7 @@
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 class LedgerHost;
 struct LedgerState;
 
@@ -14,7 +14,7 @@ class SummaryRows
 {
 public:
     /// Works on \a grid for the book in \a state, reporting to \a host.
-    SummaryRows(GridModel &grid, LedgerState &state, LedgerHost &host);
+    SummaryRows(Sheet &grid, LedgerState &state, LedgerHost &host);
 
     /// Inserts a sub-total row below \a row without asking the host or
     /// recalculating: its date and label come from \a row, it becomes the
@@ -35,7 +35,7 @@ public:
     QString statistics() const;
 
 private:
-    GridModel &m_grid;
+    Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;
 };

@@ -1,6 +1,6 @@
 #include "menu/FieldChoice.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/JournalColumns.h"
 #include "ledger/LedgerState.h"
 
@@ -39,7 +39,7 @@ QHash<QString, int> readPairs(const QString &text)
 
 } // namespace
 
-FieldChoice::FieldChoice(GridModel &grid, LedgerState &state) : m_grid(grid), m_state(state) {}
+FieldChoice::FieldChoice(Sheet &grid, LedgerState &state) : m_grid(grid), m_state(state) {}
 
 bool FieldChoice::offered(int col) const
 {

@@ -5,7 +5,7 @@
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 struct ColumnChoices;
 struct LedgerState;
 
@@ -26,7 +26,7 @@ public:
     };
 
     /// The list over \a grid and \a state.
-    FieldChoice(GridModel &grid, LedgerState &state);
+    FieldChoice(Sheet &grid, LedgerState &state);
 
     /// The columns offered, in grid order.
     QList<Field> fields() const;
@@ -47,7 +47,7 @@ public:
 private:
     bool offered(int col) const;
 
-    GridModel &m_grid;
+    Sheet &m_grid;
     LedgerState &m_state;
 };
 

@@ -2,7 +2,7 @@
 
 #include "editing/EditContext.h"
 #include "editing/EditGate.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerState.h"
 #include "ledger/RecordGuard.h"
@@ -28,7 +28,7 @@ bool MenuConditions::hasRows() const
 
 bool MenuConditions::hasRecords() const
 {
-    const GridModel &g = m_ctx.grid;
+    const Sheet &g = m_ctx.grid;
     for (int r = g.fixedRows() + 1; r < g.rows(); ++r)
         if (BookRow::of(g, m_ctx.columns, r).isDated())
             return true;
@@ -38,7 +38,7 @@ bool MenuConditions::hasRecords() const
 template <typename Test>
 bool MenuConditions::anySelected(Test test) const
 {
-    const GridModel &g = m_ctx.grid;
+    const Sheet &g = m_ctx.grid;
     int r1 = 0, c1 = 0, r2 = 0, c2 = 0;
     g.selection(r1, c1, r2, c2);
     r1 = std::max(r1, g.fixedRows());
@@ -139,7 +139,7 @@ bool MenuConditions::allows(const QString &item) const
 
 bool MenuConditions::insertionOpen() const
 {
-    const GridModel &g = m_ctx.grid;
+    const Sheet &g = m_ctx.grid;
     int r1 = 0, c1 = 0, r2 = 0, c2 = 0;
     g.selection(r1, c1, r2, c2);
     // Rows open above the selection, below the opening row.
@@ -162,7 +162,7 @@ bool MenuConditions::selectionRenumberable() const
 
 bool MenuConditions::selectionBelowOpening() const
 {
-    const GridModel &g = m_ctx.grid;
+    const Sheet &g = m_ctx.grid;
     int r1 = 0, c1 = 0, r2 = 0, c2 = 0;
     g.selection(r1, c1, r2, c2);
     return g.isDataRow(r2) && r2 > g.fixedRows();

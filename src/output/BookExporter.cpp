@@ -1,6 +1,6 @@
 #include "output/BookExporter.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/LedgerHost.h"
 #include "output/BookSheet.h"
 #include "output/DelimitedWriter.h"

@@ -7,7 +7,7 @@
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 class LedgerHost;
 
 /// Writes the book shown into a comma-separated, tab-separated or
@@ -19,7 +19,7 @@ public:
     enum Type { ByName = 0, Csv = 1, Tsv = 2, Xlsx = 3 };
 
     /// Exports the book in \a grid, reporting progress to \a host.
-    BookExporter(const GridModel &grid, LedgerHost &host) : m_grid(grid), m_host(host) {}
+    BookExporter(const Sheet &grid, LedgerHost &host) : m_grid(grid), m_host(host) {}
 
     /// The kind \a type stands for; ByName follows \a path's extension
     /// (".xlsx" spreadsheet, ".tsv" or ".txt" tab-separated, else comma-separated).
@@ -38,7 +38,7 @@ public:
     static QString cutNotice(int cut);
 
 private:
-    const GridModel &m_grid;
+    const Sheet &m_grid;
     LedgerHost &m_host;
 };
 

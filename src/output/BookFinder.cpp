@@ -1,6 +1,6 @@
 #include "output/BookFinder.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "output/LikePattern.h"
 #include "output/ShownColumns.h"
 

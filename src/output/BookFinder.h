@@ -21,7 +21,7 @@ public:
     };
 
     /// Searches \a grid.
-    explicit BookFinder(const GridModel &grid) : m_grid(grid), m_columns(grid) {}
+    explicit BookFinder(const Sheet &grid) : m_grid(grid), m_columns(grid) {}
 
     /// The keywords of a search text: blanks, ";", ",", "；" and "，" all
     /// separate; empty pieces are dropped.
@@ -35,7 +35,7 @@ public:
     QString describe(int row) const;
 
 private:
-    const GridModel &m_grid;
+    const Sheet &m_grid;
     JournalColumns m_columns;
 };
 

@@ -13,7 +13,7 @@
 
 namespace kx {
 
-BookPrinter::BookPrinter(const GridModel &grid, GridModel &printGrid, const QString &caption, const QFont &gridFont)
+BookPrinter::BookPrinter(const Sheet &grid, Sheet &printGrid, const QString &caption, const QFont &gridFont)
     : m_grid(grid), m_printGrid(printGrid), m_caption(caption), m_font(PageLayout::bodyFont(gridFont))
 {
 }

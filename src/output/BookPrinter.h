@@ -11,7 +11,7 @@ class QPrinter;
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 
 /// Prints the book shown: lays it out into the print grid for the
 /// printer's page and paints the pages, onto a printer or into a PDF file.
@@ -20,7 +20,7 @@ class BookPrinter
 public:
     /// Prints the book in \a grid captioned \a caption, in the family of
     /// \a gridFont, laying it out into \a printGrid.
-    BookPrinter(const GridModel &grid, GridModel &printGrid, const QString &caption, const QFont &gridFont);
+    BookPrinter(const Sheet &grid, Sheet &printGrid, const QString &caption, const QFont &gridFont);
 
     /// The book's page: A4 on its side, 10 mm margins.
     static QPageLayout page();
@@ -36,8 +36,8 @@ public:
     Result<void> printToPdf(const QString &path, const QStringList &keep = {}) const;
 
 private:
-    const GridModel &m_grid;
-    GridModel &m_printGrid;
+    const Sheet &m_grid;
+    Sheet &m_printGrid;
     QString m_caption;
     QFont m_font;
 };

@@ -1,6 +1,6 @@
 #include "output/BookSheet.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookRow.h"
 #include "output/ShownColumns.h"
@@ -9,7 +9,7 @@ namespace kx {
 
 namespace {
 
-BookSheet::Column::Kind kindOf(JournalColumns::Column c, GridModel::DataType type)
+BookSheet::Column::Kind kindOf(JournalColumns::Column c, Sheet::DataType type)
 {
     switch (c) {
     case JournalColumns::Debit:
@@ -22,10 +22,10 @@ BookSheet::Column::Kind kindOf(JournalColumns::Column c, GridModel::DataType typ
     default: break;
     }
     switch (type) {
-    case GridModel::TypeLong:
-    case GridModel::TypeDouble:
-    case GridModel::TypeCurrency: return BookSheet::Column::Number;
-    case GridModel::TypeDate: return BookSheet::Column::Date;
+    case Sheet::TypeLong:
+    case Sheet::TypeDouble:
+    case Sheet::TypeCurrency: return BookSheet::Column::Number;
+    case Sheet::TypeDate: return BookSheet::Column::Date;
     default: return BookSheet::Column::Text;
     }
 }
@@ -46,7 +46,7 @@ void BookSheet::Sums::add(const BookRow &row)
     forex += row.forex();
 }
 
-BookSheet::BookSheet(const GridModel &grid) : m_grid(grid), m_keys(grid)
+BookSheet::BookSheet(const Sheet &grid) : m_grid(grid), m_keys(grid)
 {
     for (const int c : shownColumns(grid)) {
         Column col;

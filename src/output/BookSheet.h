@@ -11,7 +11,7 @@
 namespace kx {
 
 class BookRow;
-class GridModel;
+class Sheet;
 
 /// The book as a table for paper and spreadsheets: the columns a person
 /// sees, the rows a person sees, and month and year totals as rows of
@@ -50,7 +50,7 @@ public:
     };
 
     /// Reads the book in \a grid.
-    explicit BookSheet(const GridModel &grid);
+    explicit BookSheet(const Sheet &grid);
 
     /// The columns, in grid order.
     const QVector<Column> &columns() const { return m_columns; }
@@ -80,7 +80,7 @@ private:
     void fillTotal(const Sums &sums, int lastRecord, const QString &name, Row &row) const;
     bool isShownRow(int r) const;
 
-    const GridModel &m_grid;
+    const Sheet &m_grid;
     JournalColumns m_keys;
     QVector<Column> m_columns;
     int m_labelCol = -1;

@@ -1,6 +1,6 @@
 #include "output/PageLayout.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "output/BookSheet.h"
 
 #include <QFontDatabase>
@@ -76,7 +76,7 @@ int wrap(QString &text, double width, const QFont &font, const QFontMetricsF &fm
 
 } // namespace
 
-PageLayout::PageLayout(const GridModel &grid, const QFont &font) : m_grid(grid), m_font(font)
+PageLayout::PageLayout(const Sheet &grid, const QFont &font) : m_grid(grid), m_font(font)
 {
     m_lineHeight = std::ceil(QFontMetricsF(m_font).height() + 2 * Padding);
 }
@@ -115,7 +115,7 @@ QString PageLayout::period() const
     return BookSheet(m_grid).period();
 }
 
-int PageLayout::layout(const QSizeF &area, GridModel &out) const
+int PageLayout::layout(const QSizeF &area, Sheet &out) const
 {
     const BookSheet sheet(m_grid);
     const auto &cols = sheet.columns();

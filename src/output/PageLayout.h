@@ -6,7 +6,7 @@
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 
 /// Lays the book out on paper pages, as paper journals are kept: every page
 /// repeats the caption, the period and the column headers; a page that
@@ -27,7 +27,7 @@ public:
     static constexpr double Padding = 2;
 
     /// Lays out the book in \a grid, in \a font.
-    PageLayout(const GridModel &grid, const QFont &font);
+    PageLayout(const Sheet &grid, const QFont &font);
 
     /// The printable area of an A4 sheet on its side with 10 mm margins.
     static QSizeF defaultArea();
@@ -38,12 +38,12 @@ public:
 
     /// Lays the book out on pages of \a area into \a out (made anew);
     /// returns the number of pages.
-    int layout(const QSizeF &area, GridModel &out) const;
+    int layout(const QSizeF &area, Sheet &out) const;
     /// The period the book covers, for the page heads.
     QString period() const;
 
 private:
-    const GridModel &m_grid;
+    const Sheet &m_grid;
     QFont m_font;
     double m_lineHeight;
 };

@@ -1,6 +1,6 @@
 #include "output/PagePainter.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "output/PageLayout.h"
 
 #include <QPagedPaintDevice>

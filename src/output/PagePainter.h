@@ -12,7 +12,7 @@ class QPrinter;
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 
 /// Paints a print grid laid out by PageLayout: on every page the caption,
 /// the period, the column headers, the page's lines in ruled cells (figures
@@ -22,7 +22,7 @@ class PagePainter
 {
 public:
     /// Paints \a grid headed \a caption and \a period, in \a font.
-    PagePainter(const GridModel &grid, const QString &caption, const QString &period, const QFont &font)
+    PagePainter(const Sheet &grid, const QString &caption, const QString &period, const QFont &font)
         : m_grid(grid), m_caption(caption), m_period(period), m_font(font)
     {
     }
@@ -40,7 +40,7 @@ public:
     int pageCount() const;
 
 private:
-    const GridModel &m_grid;
+    const Sheet &m_grid;
     QString m_caption;
     QString m_period;
     QFont m_font;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 
 #include <QVector>
 
@@ -9,7 +9,7 @@ namespace kx {
 /// The grid columns a person sees, in grid order: past the fixed columns,
 /// neither hidden nor squeezed to nothing. Find searches these; export and
 /// print lay them out.
-inline QVector<int> shownColumns(const GridModel &grid)
+inline QVector<int> shownColumns(const Sheet &grid)
 {
     QVector<int> cols;
     for (int c = grid.fixedCols(); c < grid.cols(); ++c)

@@ -3,7 +3,7 @@
 #include "editing/BalanceReach.h"
 #include "editing/EditContext.h"
 #include "editing/EditRules.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerHost.h"
@@ -54,7 +54,7 @@ BlockPaste::BlockPaste(EditContext &ctx, const EditRules &rules) : m_ctx(ctx), m
 
 void BlockPaste::finish(int firstRow, bool changed)
 {
-    GridModel &grid = m_ctx.grid;
+    Sheet &grid = m_ctx.grid;
     if (!changed)
         return;
     m_ctx.keepBlankRow();
@@ -66,7 +66,7 @@ void BlockPaste::finish(int firstRow, bool changed)
 bool BlockPaste::paste(const QString &text)
 {
     m_rejected.clear();
-    GridModel &grid = m_ctx.grid;
+    Sheet &grid = m_ctx.grid;
     const QList<QStringList> block = GridClipboard::parse(text);
     if (block.isEmpty() || !m_ctx.state.mayModify() || m_ctx.state.isConsolidated() || !grid.isDataRow(grid.row()))
         return false;
@@ -165,7 +165,7 @@ bool BlockPaste::paste(const QString &text)
 bool BlockPaste::clear()
 {
     m_rejected.clear();
-    GridModel &grid = m_ctx.grid;
+    Sheet &grid = m_ctx.grid;
     if (!m_ctx.state.mayModify() || m_ctx.state.isConsolidated())
         return false;
     m_ctx.columns = JournalColumns(grid);

@@ -1,11 +1,11 @@
 #include "rows/GridClipboard.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BookRow.h"
 
 namespace kx {
 
-QList<QStringList> GridClipboard::block(const GridModel &grid)
+QList<QStringList> GridClipboard::block(const Sheet &grid)
 {
     int r1, c1, r2, c2;
     grid.selection(r1, c1, r2, c2);
@@ -31,7 +31,7 @@ QList<QStringList> GridClipboard::block(const GridModel &grid)
     return rows;
 }
 
-QString GridClipboard::selectedText(const GridModel &grid)
+QString GridClipboard::selectedText(const Sheet &grid)
 {
     QString out;
     for (const QStringList &cells : block(grid)) {
@@ -55,7 +55,7 @@ QString GridClipboard::selectedText(const GridModel &grid)
     return out;
 }
 
-QString GridClipboard::selectedHtml(const GridModel &grid)
+QString GridClipboard::selectedHtml(const Sheet &grid)
 {
     QString out = QStringLiteral("<table>");
     for (const QStringList &cells : block(grid)) {

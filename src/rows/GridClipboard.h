@@ -6,7 +6,7 @@
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 
 /// Cell blocks as clipboard text: a tab between cells and a line per row,
 /// a cell holding a tab, a line break or a quote put in quotes (with its
@@ -17,15 +17,15 @@ class GridClipboard
 public:
     /// The selected block of \a grid, hidden rows and columns left out.
     /// Record dates go as their ISO day, not as the label shown.
-    static QString selectedText(const GridModel &grid);
+    static QString selectedText(const Sheet &grid);
     /// The selected block of \a grid as an HTML table.
-    static QString selectedHtml(const GridModel &grid);
+    static QString selectedHtml(const Sheet &grid);
     /// The rows of a tab-separated \a text (quoted cells read back, line
     /// ends CR LF, LF or CR, a final line end ignored).
     static QList<QStringList> parse(const QString &text);
 
 private:
-    static QList<QStringList> block(const GridModel &grid);
+    static QList<QStringList> block(const Sheet &grid);
 };
 
 } // namespace kx

@@ -1,6 +1,6 @@
 #include "rows/MonthClosing.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerHost.h"
@@ -10,7 +10,7 @@
 
 namespace kx {
 
-MonthClosing::MonthClosing(GridModel &grid, LedgerState &state, LedgerHost &host)
+MonthClosing::MonthClosing(Sheet &grid, LedgerState &state, LedgerHost &host)
     : m_grid(grid), m_state(state), m_host(host)
 {
 }

@@ -2,7 +2,7 @@
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 class LedgerHost;
 struct LedgerState;
 
@@ -14,13 +14,13 @@ class MonthClosing
 {
 public:
     /// Works on \a grid for the book in \a state, reporting to \a host.
-    MonthClosing(GridModel &grid, LedgerState &state, LedgerHost &host);
+    MonthClosing(Sheet &grid, LedgerState &state, LedgerHost &host);
     /// Closes or un-closes; false when the book has no record or the
     /// un-closing was refused.
     bool closeBook();
 
 private:
-    GridModel &m_grid;
+    Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;
 };

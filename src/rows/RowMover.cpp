@@ -1,6 +1,6 @@
 #include "rows/RowMover.h"
 
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerHost.h"
@@ -11,7 +11,7 @@
 
 namespace kx {
 
-RowMover::RowMover(GridModel &grid, LedgerState &state, LedgerHost &host) : m_grid(grid), m_state(state), m_host(host)
+RowMover::RowMover(Sheet &grid, LedgerState &state, LedgerHost &host) : m_grid(grid), m_state(state), m_host(host)
 {
 }
 

@@ -4,7 +4,7 @@
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 class LedgerHost;
 struct LedgerState;
 
@@ -15,7 +15,7 @@ class RowMover
 {
 public:
     /// Works on \a grid for the book in \a state, reporting to \a host.
-    RowMover(GridModel &grid, LedgerState &state, LedgerHost &host);
+    RowMover(Sheet &grid, LedgerState &state, LedgerHost &host);
     /// True when row \a source may not be dropped on grid row \a row over
     /// grid column \a col (0: the row header): above the rows, off the row
     /// header, onto a summary row, into another month, among the records of
@@ -31,7 +31,7 @@ public:
 
 private:
     QString monthOf(int row) const;
-    GridModel &m_grid;
+    Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;
 };

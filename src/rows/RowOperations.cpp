@@ -3,7 +3,7 @@
 #include "grid/GridBusy.h"
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Database.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "kxjournal/SqlDialect.h"
 #include "kxjournal/Transaction.h"
 #include "ledger/BalanceCalculator.h"
@@ -33,7 +33,7 @@ void splitNumber(const QString &text, QString &prefix, qint64 &number)
 
 } // namespace
 
-RowOperations::RowOperations(GridModel &grid, LedgerState &state, LedgerHost &host)
+RowOperations::RowOperations(Sheet &grid, LedgerState &state, LedgerHost &host)
     : m_grid(grid), m_state(state), m_host(host)
 {
 }

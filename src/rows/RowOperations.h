@@ -7,7 +7,7 @@
 namespace kx {
 
 class AccContext;
-class GridModel;
+class Sheet;
 class LedgerHost;
 struct LedgerState;
 
@@ -18,7 +18,7 @@ class RowOperations
 {
 public:
     /// Works on \a grid for the book in \a state, reporting to \a host.
-    RowOperations(GridModel &grid, LedgerState &state, LedgerHost &host);
+    RowOperations(Sheet &grid, LedgerState &state, LedgerHost &host);
 
     /// Opens as many empty rows as are selected above the selection, never
     /// above the opening row nor among the records of a closed period. Does
@@ -52,7 +52,7 @@ public:
 
 
 private:
-    GridModel &m_grid;
+    Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;
 };

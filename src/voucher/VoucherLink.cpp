@@ -2,7 +2,7 @@
 
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Database.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "kxjournal/SqlDialect.h"
 #include "kxjournal/Transaction.h"
 #include "ledger/BookRow.h"

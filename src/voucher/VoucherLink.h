@@ -11,7 +11,7 @@
 namespace kx {
 
 class BookRow;
-class GridModel;
+class Sheet;
 class LedgerHost;
 class LedgerState;
 
@@ -28,7 +28,7 @@ class VoucherLink
 public:
     /// Works on \a grid with the book's \a state, reporting to \a host,
     /// writing through \a acc's connection.
-    VoucherLink(GridModel &grid, LedgerState &state, LedgerHost &host, AccContext *acc)
+    VoucherLink(Sheet &grid, LedgerState &state, LedgerHost &host, AccContext *acc)
         : m_grid(grid), m_state(state), m_host(host), m_acc(acc)
     {
     }
@@ -60,7 +60,7 @@ private:
     // True when the record of \a row may change; otherwise says so.
     bool mayChange(int row) const;
 
-    GridModel &m_grid;
+    Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;
     QPointer<AccContext> m_acc;  ///< the host may delete it inside any call to the host

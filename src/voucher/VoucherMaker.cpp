@@ -5,7 +5,7 @@
 #include "grid/GridBusy.h"
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Database.h"
-#include "kxjournal/GridModel.h"
+#include "grid/Sheet.h"
 #include "kxjournal/VoucherFile.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerHost.h"

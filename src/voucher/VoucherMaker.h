@@ -9,7 +9,7 @@
 
 namespace kx {
 
-class GridModel;
+class Sheet;
 class LedgerHost;
 class LedgerState;
 
@@ -26,7 +26,7 @@ class VoucherMaker
 public:
     /// Works on the selected block of \a grid, for the book in \a state,
     /// asking \a acc for accounts, people, the period and the voucher types.
-    VoucherMaker(GridModel &grid, LedgerState &state, LedgerHost &host, AccContext *acc)
+    VoucherMaker(Sheet &grid, LedgerState &state, LedgerHost &host, AccContext *acc)
         : m_grid(grid), m_state(state), m_host(host), m_acc(acc)
     {
     }
@@ -47,7 +47,7 @@ private:
     // The first text of the voucher a code page cannot hold, named for the user.
     QString unencodable(const Voucher &voucher, int first, const QString &codec) const;
 
-    GridModel &m_grid;
+    Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;
     QPointer<AccContext> m_acc;  ///< the host may delete it inside any call to the host

@@ -4,7 +4,7 @@
 #include "QtPrinters.h"
 #include "support/TestDatabase.h"
 
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/Journal.h>
 #include <kxjournal/SqlAccContext.h>
 
@@ -66,7 +66,7 @@ protected:
     // The first row after the opening row that is an ordinary stored record.
     static int recordRow(const Journal &j, int after = 0)
     {
-        const kx::GridModel *g = j.Grid();
+        const kx::Sheet *g = kx::Sheet::of(j.Grid());
         for (int r = std::max(g->fixedRows() + 1, after + 1); r < g->rows(); ++r)
             if (g->number(r, g->colIndex(QStringLiteral("RecID"))) > 0 &&
                 g->text(r, g->colIndex(QStringLiteral("Explain"))) != QStringLiteral("小结"))
@@ -76,7 +76,7 @@ protected:
 
     static int keyAt(const Journal &j, int row)
     {
-        return int(j.Grid()->number(row, j.Grid()->colIndex(QStringLiteral("RecID"))));
+        return int(kx::Sheet::of(j.Grid())->number(row, j.Grid()->colIndex(QStringLiteral("RecID"))));
     }
 
     static void edit(Journal &j, int row, const QString &explain)
@@ -202,7 +202,7 @@ TEST_P(DataSafety, AChangeElsewhereIsFoundWhenTheWholeBookIsWritten)
     ASSERT_GT(big, 0);
     journal->setDocID(big);
     ASSERT_TRUE(journal->Load());
-    kx::GridModel *g = journal->Grid();
+    kx::Sheet *g = kx::Sheet::of(journal->Grid());
     const int theirs = recordRow(*journal, g->rows() / 2);
     const int key = keyAt(*journal, theirs);
     ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set Remark=? Where RecID=?"), {QStringLiteral("别人的"), key}})
@@ -312,10 +312,10 @@ TEST_P(DataSafety, OddStoredValuesAreReadOrLeftAloneNeverDestroyed)
     EXPECT_TRUE(told.contains(QString::number(oddKey))) << "the warning lists the record: " << told.toStdString();
     EXPECT_TRUE(told.contains(QString::number(hugeKey))) << told.toStdString();
     EXPECT_TRUE(told.contains(QString::number(fineKey))) << told.toStdString();
-    EXPECT_EQ(journal->Grid()->date(timed, journal->Grid()->colIndex(QStringLiteral("JnlDate"))), QDate(2025, 1, 18));
+    EXPECT_EQ(kx::Sheet::of(journal->Grid())->date(timed, journal->Grid()->colIndex(QStringLiteral("JnlDate"))), QDate(2025, 1, 18));
 
     // Every row is touched and saved: the readable one is written, the odd one left as it is stored.
-    kx::GridModel *g = journal->Grid();
+    kx::Sheet *g = kx::Sheet::of(journal->Grid());
     for (int r = g->fixedRows(); r < g->rows() - 1; ++r)  // not the empty row waiting at the bottom
         g->setText(r, QStringLiteral("Remark"), QStringLiteral("都改"));
     journal->setIsDirty(true);
@@ -363,7 +363,7 @@ TEST_P(DataSafety, RandomRoundsOfThreeWritersLoseNothingAndAlwaysAskOnOverlap)
         c.journal->setDocID(bookA);
         ASSERT_TRUE(c.journal->Load());
     }
-    const kx::GridModel *g = controls[0].journal->Grid();
+    const kx::Sheet *g = kx::Sheet::of(controls[0].journal->Grid());
     for (int r = recordRow(*controls[0].journal); r > 0; r = recordRow(*controls[0].journal, r)) {
         const int key = keyAt(*controls[0].journal, r);
         keys << key;

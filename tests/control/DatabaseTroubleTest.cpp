@@ -3,7 +3,7 @@
 #include "QtPrinters.h"
 #include "support/TestDatabase.h"
 
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/Journal.h>
 #include <kxjournal/SqlAccContext.h>
 

@@ -3,7 +3,7 @@
 #include "QtPrinters.h"
 #include "support/TestDatabase.h"
 
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/Journal.h>
 #include <kxjournal/SqlAccContext.h>
 
@@ -105,7 +105,7 @@ TEST_F(JournalOperations, ALoadAskedForDuringASaveIsRefusedAndTheSaveStoresItsBo
 {
     journal.setDocID(bookA);
     ASSERT_TRUE(journal.Load());
-    kx::GridModel *g = journal.Grid();
+    kx::Sheet *g = kx::Sheet::of(journal.Grid());
     const int rows = g->rows();
     g->setText(3, QStringLiteral("Explain"), QStringLiteral("改过的摘要"));
     journal.setIsDirty(true);
@@ -164,7 +164,7 @@ TEST_F(JournalOperations, EveryDoCommandNameRunsItsActionAndNoOtherCaseDoes)
 {
     journal.setDocID(bookA);
     ASSERT_TRUE(journal.Load());
-    kx::GridModel *g = journal.Grid();
+    kx::Sheet *g = kx::Sheet::of(journal.Grid());
     const int debit = g->colIndex(QStringLiteral("Debit"));
     const int explain = g->colIndex(QStringLiteral("Explain"));
     ASSERT_GE(debit, 0);

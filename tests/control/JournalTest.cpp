@@ -2,6 +2,7 @@
 #include "support/TestDatabase.h"
 
 #include <kxjournal/GridView.h>
+#include "grid/Sheet.h"
 #include <kxjournal/Journal.h>
 #include <kxjournal/Schema.h>
 #include <kxjournal/SqlAccContext.h>
@@ -24,7 +25,7 @@ namespace {
 // A grid laid out like a loaded journal: keyed columns and three rows.
 void layOut(Journal &j)
 {
-    kx::GridModel *g = j.Grid();
+    kx::Sheet *g = kx::Sheet::of(j.Grid());
     const QStringList keys{QString(), QStringLiteral("ShowName"), QStringLiteral("JnlDate"), QStringLiteral("Explain"),
                            QStringLiteral("Debit"), QStringLiteral("AccID")};
     g->setCols(int(keys.size()));
@@ -245,7 +246,7 @@ TEST(Journal, GridBackedPropertiesReadTheCurrentRow)
 {
     Journal j;
     layOut(j);
-    kx::GridModel *g = j.Grid();
+    kx::Sheet *g = kx::Sheet::of(j.Grid());
     EXPECT_EQ(j.Rows(), 3);
 
     g->setCursor(2, g->colIndex(QStringLiteral("Debit")));

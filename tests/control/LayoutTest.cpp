@@ -2,10 +2,11 @@
 // two decimals by default, the show-fields list, frozen columns, split panes
 // and the colours of a dark palette.
 #include "support/BookBuilder.h"
+#include "grid/GridViewPrivate.h"
 #include "support/TestDatabase.h"
 
 #include <kxjournal/EditCycle.h>
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/GridView.h>
 #include <kxjournal/Journal.h>
 #include <kxjournal/PropertyBag.h>
@@ -37,7 +38,7 @@ struct SampleJournal {
         journal->resize(900, 500);
     }
     bool load() { return journal->Load(book); }
-    kx::GridModel *grid() const { return journal->Grid(); }
+    kx::Sheet *grid() const { return kx::Sheet::of(journal->Grid()); }
     int col(const char *key) const { return grid()->colIndex(QLatin1String(key)); }
 
     kxtest::TestDatabase db;
@@ -59,7 +60,7 @@ TEST(Layout, NoFigureOfTheSampleBookIsCutAndTwoDecimalsShowByDefault)
 {
     SampleJournal s;
     ASSERT_TRUE(s.load());
-    kx::GridModel *g = s.grid();
+    kx::Sheet *g = s.grid();
     QAbstractItemModelTester tester(g, QAbstractItemModelTester::FailureReportingMode::Warning);
     kx::GridView *view = s.journal->gridView();
     const int margin = 2 * (view->style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 1);
@@ -119,7 +120,7 @@ TEST(Layout, ColumnsGrowToTheirWidestFigure)
     kx::Journal journal;
     journal.setAcc(&acc);
     ASSERT_TRUE(journal.Load(book));
-    kx::GridModel *g = journal.Grid();
+    kx::Sheet *g = kx::Sheet::of(journal.Grid());
     kx::GridView *view = journal.gridView();
     const auto fits = [&](int row, const char *key) {
         const int c = g->colIndex(QLatin1String(key));
@@ -217,7 +218,7 @@ TEST(Layout, TheFrozenDateAndNumberScrollInStepWithTheBook)
     ASSERT_TRUE(s.load());
     QCoreApplication::processEvents();
     kx::GridView *view = s.journal->gridView();
-    QTableView *frozen = view->frozenView();
+    QTableView *frozen = kx::GridViewPrivate::get(view).frozenView();
     ASSERT_NE(frozen, nullptr);
     EXPECT_EQ(frozen->model(), view->model());
     EXPECT_EQ(frozen->selectionModel(), view->selectionModel()) << "one selection for both";
@@ -259,7 +260,7 @@ namespace {
 // stand beside another row than the amounts (empty when none).
 QString frozenLineOff(kx::GridView *view)
 {
-    QTableView *frozen = view->frozenView();
+    QTableView *frozen = kx::GridViewPrivate::get(view).frozenView();
     const int x = frozen->columnViewportPosition(0) + 1;
     for (int y = 0; y < view->viewport()->height(); ++y) {
         const QPoint there = frozen->viewport()->mapFrom(view, view->viewport()->mapTo(view, QPoint(x, y)));
@@ -283,8 +284,8 @@ TEST(Layout, EveryFrozenDateStaysBesideItsRecord)
     ASSERT_TRUE(s.load());
     QCoreApplication::processEvents();
     kx::GridView *view = s.journal->gridView();
-    ASSERT_NE(view->frozenView(), nullptr);
-    kx::GridModel *g = s.grid();
+    ASSERT_NE(kx::GridViewPrivate::get(view).frozenView(), nullptr);
+    kx::Sheet *g = s.grid();
     // The month totals are two lines high.
     std::vector<int> sums;
     for (int r = g->fixedRows(); r < g->rows(); ++r)

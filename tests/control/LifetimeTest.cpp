@@ -5,6 +5,7 @@
 #include "support/TestDatabase.h"
 
 #include <kxjournal/GridView.h>
+#include "grid/Sheet.h"
 #include <kxjournal/Journal.h>
 #include <kxjournal/SqlAccContext.h>
 
@@ -182,7 +183,7 @@ protected:
     void run(const std::string &operation)
     {
         Journal *j = journal;
-        kx::GridModel *g = j->Grid();
+        kx::Sheet *g = kx::Sheet::of(j->Grid());
         const int explain = g->colIndex(QStringLiteral("Explain"));
         const int open = j->LastSumRow() + 1;  // the first row the user may change
         if (operation == "Load") {
@@ -333,7 +334,7 @@ TEST_P(WidgetLifetime, TheWidgetThatStartedTheOperationMayGoWithTheControl)
 {
     const std::string how = GetParam();
     kx::GridView *view = journal->gridView();
-    kx::GridModel *g = journal->Grid();
+    kx::Sheet *g = kx::Sheet::of(journal->Grid());
     const int row = journal->LastSumRow() + 1;
     g->setCursor(row, g->colIndex(QStringLiteral("Explain")));
     view->setFocus();

@@ -4,7 +4,7 @@
 #include "QtPrinters.h"
 #include "support/TestDatabase.h"
 
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/GridView.h>
 #include <kxjournal/Journal.h>
 #include <kxjournal/SqlAccContext.h>
@@ -49,7 +49,7 @@ protected:
         journal.setDocID(book);
         ASSERT_TRUE(journal.Load());
         row = journal.Grid()->fixedRows() + 3;
-        key = int(journal.Grid()->number(row, journal.Grid()->colIndex(QStringLiteral("RecID"))));
+        key = int(kx::Sheet::of(journal.Grid())->number(row, journal.Grid()->colIndex(QStringLiteral("RecID"))));
         ASSERT_GT(key, 0);
         stored = storedExplain();
         commands.clear();

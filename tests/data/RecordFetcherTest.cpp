@@ -7,7 +7,7 @@
 #include "data/RecordFetcher.h"
 #include "support/TestDatabase.h"
 
-#include <kxjournal/CellArray.h>
+#include <grid/CellArray.h>
 #include <kxjournal/Currency.h>
 
 #include <QRandomGenerator>

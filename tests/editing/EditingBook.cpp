@@ -1,6 +1,7 @@
 #include "editing/EditingBook.h"
 
 #include <kxjournal/EditCycle.h>
+#include "grid/Sheet.h"
 #include <kxjournal/Schema.h>
 
 #include <QMenu>
@@ -48,7 +49,7 @@ EditingBook::EditingBook(Engine engine) : db(std::make_unique<TestDatabase>(engi
     });
     journal->setAsker([](const QString &, const QString &) { return false; });
     journal->Load(book);
-    grid = journal->Grid();
+    grid = kx::Sheet::of(journal->Grid());
 }
 
 int EditingBook::col(const char *key) const

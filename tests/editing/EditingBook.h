@@ -3,7 +3,7 @@
 #include "support/BookBuilder.h"
 #include "support/TestDatabase.h"
 
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/Journal.h>
 #include <kxjournal/SqlAccContext.h>
 
@@ -30,7 +30,7 @@ struct EditingBook {
     std::unique_ptr<TestDatabase> db;
     std::unique_ptr<kx::SqlAccContext> acc;
     std::unique_ptr<kx::Journal> journal;
-    kx::GridModel *grid = nullptr;
+    kx::Sheet *grid = nullptr;
     QStringList said;       ///< every Notify message
     QStringList boxes;      ///< Notify messages meant for a message box
     int book = 0;

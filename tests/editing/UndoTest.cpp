@@ -13,7 +13,7 @@ using kxtest::EditingBook;
 namespace {
 
 // Every cell's text, colour and every row mark: what undo must give back exactly.
-QStringList snapshot(const kx::GridModel &g)
+QStringList snapshot(const kx::Sheet &g)
 {
     QStringList s;
     for (int r = 0; r < g.rows(); ++r) {

@@ -3,8 +3,8 @@
 #include "grid/CellStore.h"
 #include "grid/TextPool.h"
 
-#include <kxjournal/CellArray.h>
-#include <kxjournal/GridModel.h>
+#include <grid/CellArray.h>
+#include "grid/Sheet.h"
 #include <kxjournal/GridView.h>
 
 #include <QAbstractItemModelTester>
@@ -15,7 +15,7 @@
 using kx::Cell;
 using kx::CellStore;
 using kx::Currency;
-using kx::GridModel;
+using kx::Sheet;
 
 namespace {
 
@@ -174,9 +174,9 @@ TEST(CellStore, InternedTextsKeepTheirCountsWhateverTheOrderTheyComeIn)
     EXPECT_NE(other, again);
 }
 
-TEST(GridModel, ViewsShareTheGridsOneSelection)
+TEST(Sheet, ViewsShareTheGridsOneSelection)
 {
-    GridModel grid;
+    Sheet grid;
     QAbstractItemModelTester tester(&grid, QAbstractItemModelTester::FailureReportingMode::Fatal);
     grid.setCols(5);
     grid.setRows(8);
@@ -184,7 +184,7 @@ TEST(GridModel, ViewsShareTheGridsOneSelection)
     view.setGridModel(&grid);
     ASSERT_EQ(view.selectionModel(), grid.selectionModel());
 
-    QSignalSpy moved(&grid, &GridModel::cursorChanged);
+    QSignalSpy moved(&grid, &Sheet::cursorChanged);
     grid.select(3, 2, 5, 4);
     EXPECT_EQ(view.currentIndex(), grid.indexAt(3, 2));
     EXPECT_EQ(view.selectionModel()->selectedIndexes().size(), 9);

@@ -2,9 +2,10 @@
 // rows do, a pixel line across the grid shows one and the same row on both
 // sides of the frozen edge.
 #include "QtPrinters.h"
+#include "grid/GridViewPrivate.h"
 
-#include <kxjournal/CellArray.h>
-#include <kxjournal/GridModel.h>
+#include <grid/CellArray.h>
+#include "grid/Sheet.h"
 #include <kxjournal/GridView.h>
 
 #include <QHeaderView>
@@ -12,7 +13,7 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
-using kx::GridModel;
+using kx::Sheet;
 using kx::GridView;
 
 namespace {
@@ -23,7 +24,7 @@ constexpr int SumHeight = 38; // a summary row: two lines of totals
 // shows another row (or none), at the current scroll position.
 ::testing::AssertionResult sameRowOnEveryLine(GridView &view)
 {
-    QTableView *frozen = view.frozenView();
+    QTableView *frozen = kx::GridViewPrivate::get(&view).frozenView();
     if (!frozen)
         return ::testing::AssertionFailure() << "no frozen part";
     if (frozen->verticalScrollBar()->value() != view.verticalScrollBar()->value())
@@ -98,7 +99,7 @@ protected:
         grid.setRowHidden(31, true);
     }
 
-    GridModel grid;
+    Sheet grid;
     GridView view;
 };
 
@@ -108,9 +109,9 @@ TEST_F(FrozenColumnsTest, RowsLineUpWhenTheFrozenPartComesAfterTheHeights)
 {
     markRows();
     view.setFrozenColumns(2);
-    ASSERT_NE(view.frozenView(), nullptr);
-    EXPECT_EQ(view.frozenView()->rowHeight(9), SumHeight);
-    EXPECT_TRUE(view.frozenView()->isRowHidden(14));
+    ASSERT_NE(kx::GridViewPrivate::get(&view).frozenView(), nullptr);
+    EXPECT_EQ(kx::GridViewPrivate::get(&view).frozenView()->rowHeight(9), SumHeight);
+    EXPECT_TRUE(kx::GridViewPrivate::get(&view).frozenView()->isRowHidden(14));
     EXPECT_TRUE(agreeWhileScrolling(view, {10, 30, 31, 100}));
 }
 
@@ -155,7 +156,7 @@ TEST_F(FrozenColumnsTest, RowsLineUpThroughEveryChangeOfTheRows)
 
     // The user drags a row taller in the row header.
     view.verticalHeader()->resizeSection(24, 61);
-    EXPECT_EQ(view.frozenView()->rowHeight(24), 61);
+    EXPECT_EQ(kx::GridViewPrivate::get(&view).frozenView()->rowHeight(24), 61);
     EXPECT_TRUE(agreeWhileScrolling(view, {25, 140})) << "after dragging a row";
 
     // Redraw off, then on: the layout is read again in one go.
@@ -173,7 +174,7 @@ TEST_F(FrozenColumnsTest, FreezingAnotherCountKeepsTheRowsInStep)
     view.setFrozenColumns(3);
     EXPECT_TRUE(agreeWhileScrolling(view, {10, 30, 100}));
     view.setFrozenColumns(0);
-    EXPECT_EQ(view.frozenView(), nullptr);
+    EXPECT_EQ(kx::GridViewPrivate::get(&view).frozenView(), nullptr);
     view.setFrozenColumns(2);
     EXPECT_TRUE(agreeWhileScrolling(view, {10, 30, 100}));
 }

@@ -1,19 +1,19 @@
 // Recording what changes a grid and putting it back.
 #include "QtPrinters.h"
 
-#include <kxjournal/GridChanges.h>
-#include <kxjournal/GridModel.h>
+#include <grid/GridChanges.h>
+#include "grid/Sheet.h"
 
 #include <QAbstractItemModelTester>
 #include <QRandomGenerator>
 #include <gtest/gtest.h>
 
 using kx::GridChanges;
-using kx::GridModel;
+using kx::Sheet;
 
 namespace {
 
-QStringList picture(const GridModel &g)
+QStringList picture(const Sheet &g)
 {
     QStringList s;
     for (int r = 0; r < g.rows(); ++r) {
@@ -36,7 +36,7 @@ QStringList picture(const GridModel &g)
 
 TEST(GridChanges, RandomChangesRevertAndRedoExactly)
 {
-    GridModel g;
+    Sheet g;
     QAbstractItemModelTester tester(&g, QAbstractItemModelTester::FailureReportingMode::Warning);
     g.setCols(6);
     g.setRows(8);
@@ -79,7 +79,7 @@ TEST(GridChanges, RandomChangesRevertAndRedoExactly)
 
 TEST(GridChanges, ChangesThatCannotBePutBackAreMarkedAndNeverReverted)
 {
-    GridModel g;
+    Sheet g;
     g.setCols(3);
     g.setRows(4);
     g.setText(1, 1, QStringLiteral("a"));

@@ -1,20 +1,20 @@
 #include "QtPrinters.h"
 
 #include <kxjournal/EditCycle.h>
-#include <kxjournal/GridChanges.h>
-#include <kxjournal/GridModel.h>
+#include <grid/GridChanges.h>
+#include "grid/Sheet.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 #include <gtest/gtest.h>
 
 using kx::CellArray;
-using kx::GridModel;
+using kx::Sheet;
 
 namespace {
 
 // A grid with keyed columns A..E and \a n data rows whose cells read "r<row>c<col>".
-void fill(GridModel &g, int n)
+void fill(Sheet &g, int n)
 {
     g.setCols(6);
     const char *keys[] = {"", "A", "B", "C", "D", "E"};
@@ -31,9 +31,9 @@ void fill(GridModel &g, int n)
 
 } // namespace
 
-TEST(GridModel, StaysAConsistentQtModelThroughEveryChange)
+TEST(Sheet, StaysAConsistentQtModelThroughEveryChange)
 {
-    GridModel g;
+    Sheet g;
     QAbstractItemModelTester tester(&g, QAbstractItemModelTester::FailureReportingMode::Fatal);
     fill(g, 8);
     EXPECT_EQ(g.rowCount(), 8);
@@ -60,9 +60,9 @@ TEST(GridModel, StaysAConsistentQtModelThroughEveryChange)
     EXPECT_EQ(g.row(), -1);
 }
 
-TEST(GridModel, KeysFollowTheirColumnsWhenColumnsMove)
+TEST(Sheet, KeysFollowTheirColumnsWhenColumnsMove)
 {
-    GridModel g;
+    Sheet g;
     fill(g, 3);
     g.setCellForeColor(1, g.colIndex(QStringLiteral("B")), 1, g.colIndex(QStringLiteral("B")), Qt::red);
     g.setCellData(2, g.colIndex(QStringLiteral("B")), 42);
@@ -90,12 +90,12 @@ TEST(GridModel, KeysFollowTheirColumnsWhenColumnsMove)
     EXPECT_EQ(g.colIndex(QStringLiteral("nope")), -1);
 }
 
-TEST(GridModel, RedrawOffBatchesChangeSignalsIntoOneRefresh)
+TEST(Sheet, RedrawOffBatchesChangeSignalsIntoOneRefresh)
 {
-    GridModel g;
+    Sheet g;
     fill(g, 50);
     QSignalSpy changed(&g, &QAbstractItemModel::dataChanged);
-    QSignalSpy layout(&g, &GridModel::rowLayoutChanged);
+    QSignalSpy layout(&g, &Sheet::rowLayoutChanged);
 
     g.setText(1, 1, QStringLiteral("one"));
     g.setText(1, 1, QStringLiteral("one")); // unchanged text: no signal
@@ -120,9 +120,9 @@ TEST(GridModel, RedrawOffBatchesChangeSignalsIntoOneRefresh)
     EXPECT_EQ(changed.count(), 0);
 }
 
-TEST(GridModel, AddItemAndLoadArrayPlaceTextsWhereTheGridSays)
+TEST(Sheet, AddItemAndLoadArrayPlaceTextsWhereTheGridSays)
 {
-    GridModel g;
+    Sheet g;
     g.setCols(3);
     g.addItem(QStringLiteral("1\tfirst\tx"));
     g.addItem(QStringLiteral("0\tbefore"), 1);
@@ -158,9 +158,9 @@ TEST(GridModel, AddItemAndLoadArrayPlaceTextsWhereTheGridSays)
     EXPECT_EQ(g.text(1, -1), QString());
 }
 
-TEST(GridModel, NumericValuesAndAmounts)
+TEST(Sheet, NumericValuesAndAmounts)
 {
-    GridModel g;
+    Sheet g;
     g.setCols(2);
     g.setColKey(1, QStringLiteral("Debit"));
     const char *texts[] = {"12.5", "1,234.56", "", "abc", "-3", "7.25\n100", "１２"};
@@ -174,13 +174,13 @@ TEST(GridModel, NumericValuesAndAmounts)
     EXPECT_DOUBLE_EQ(g.value(1, QStringLiteral("NoSuchKey")), 0.0);
 }
 
-TEST(GridModel, DisplayFormatsAmountsAndDatesButKeepsTheStoredText)
+TEST(Sheet, DisplayFormatsAmountsAndDatesButKeepsTheStoredText)
 {
-    GridModel g;
+    Sheet g;
     g.setCols(3);
-    g.setColDataType(1, GridModel::TypeCurrency);
+    g.setColDataType(1, Sheet::TypeCurrency);
     g.setColFormat(1, QStringLiteral("#,##0.00"));
-    g.setColDataType(2, GridModel::TypeDate);
+    g.setColDataType(2, Sheet::TypeDate);
     g.setColFormat(2, QStringLiteral("yyyy年MM月dd日"));
     g.addItem(QStringLiteral("\t1234.5\t2026-03-05"));
     g.addItem(QStringLiteral("\t10\n2000.25\tnot a date"));
@@ -193,9 +193,9 @@ TEST(GridModel, DisplayFormatsAmountsAndDatesButKeepsTheStoredText)
     EXPECT_EQ(g.colAlignment(2) & Qt::AlignHorizontal_Mask, Qt::AlignLeft);
 }
 
-TEST(GridModel, StylesApplyOverRangesInAnyCornerOrder)
+TEST(Sheet, StylesApplyOverRangesInAnyCornerOrder)
 {
-    GridModel g;
+    Sheet g;
     fill(g, 4);
     g.setCellBackColor(3, 4, 2, 2, Qt::green);
     g.setCellBold(2, 1, 2, 5, true);
@@ -220,9 +220,9 @@ TEST(GridModel, StylesApplyOverRangesInAnyCornerOrder)
     EXPECT_EQ(g.cellForeColor(4, 5), QColor(Qt::blue));
 }
 
-TEST(GridModel, RowsCarryTheirMarksWhenInsertedRemovedAndMoved)
+TEST(Sheet, RowsCarryTheirMarksWhenInsertedRemovedAndMoved)
 {
-    GridModel g;
+    Sheet g;
     fill(g, 5);
     g.setRowData(2, 2);
     g.setSubtotal(2, true);
@@ -255,12 +255,12 @@ TEST(GridModel, RowsCarryTheirMarksWhenInsertedRemovedAndMoved)
     EXPECT_EQ(g.rowHeight(1), 25);
 }
 
-TEST(GridModel, CursorAndSelection)
+TEST(Sheet, CursorAndSelection)
 {
-    GridModel g;
+    Sheet g;
     fill(g, 6);
-    QSignalSpy leave(&g, &GridModel::leaveCell);
-    QSignalSpy moved(&g, &GridModel::cursorChanged);
+    QSignalSpy leave(&g, &Sheet::leaveCell);
+    QSignalSpy moved(&g, &Sheet::cursorChanged);
     g.setCursor(2, 2);
     g.select(5, 4, 3, 2);
     int r1, c1, r2, c2;
@@ -281,9 +281,9 @@ TEST(GridModel, CursorAndSelection)
     EXPECT_EQ(std::make_tuple(r1, r2), std::make_tuple(2, 2));
 }
 
-TEST(GridModel, ProgrammaticEditsRunTheWholeCycle)
+TEST(Sheet, ProgrammaticEditsRunTheWholeCycle)
 {
-    GridModel g;
+    Sheet g;
     fill(g, 3);
     kx::EditCycle *cycle = g.editCycle();
     QStringList events;
@@ -319,9 +319,9 @@ TEST(GridModel, ProgrammaticEditsRunTheWholeCycle)
 
 // What a row held at the last clean mark is kept for the columns asked for,
 // wherever the row or the column moves, and through a removal undone.
-TEST(GridModel, CleanTextsFollowTheirRowsAndColumns)
+TEST(Sheet, CleanTextsFollowTheirRowsAndColumns)
 {
-    GridModel g;
+    Sheet g;
     fill(g, 4);
     g.setCleanTextCols({1, 3});
     g.markRowsClean();

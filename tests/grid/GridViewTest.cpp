@@ -1,7 +1,7 @@
 #include "QtPrinters.h"
 
 #include <kxjournal/EditCycle.h>
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/GridView.h>
 
 #include <QAction>
@@ -13,7 +13,7 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
-using kx::GridModel;
+using kx::Sheet;
 using kx::GridView;
 
 namespace {
@@ -55,7 +55,7 @@ protected:
         QCoreApplication::processEvents();
     }
 
-    GridModel grid;
+    Sheet grid;
     GridView view;
     kx::EditCycle *cycle = nullptr;
 };

@@ -6,7 +6,7 @@
 #include "support/TestDatabase.h"
 
 #include <kxjournal/EditCycle.h>
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/Journal.h>
 #include <kxjournal/Schema.h>
 #include <kxjournal/SqlAccContext.h>
@@ -70,7 +70,7 @@ struct ReloadBook {
 
     bool type(int row, const char *key, const QString &text) const
     {
-        kx::GridModel *g = journal->Grid();
+        kx::Sheet *g = kx::Sheet::of(journal->Grid());
         g->setCursor(row, col(key));
         return g->editCycle()->editCell(row, col(key), text);
     }
@@ -87,7 +87,7 @@ struct ReloadBook {
 // the highlight exactly when the sign is the book's own otherwise.
 QString wrongBalance(kx::Journal &j, bool signedBook, bool coloursKnown)
 {
-    kx::GridModel &g = *j.Grid();
+    kx::Sheet &g = *kx::Sheet::of(j.Grid());
     const int tag = g.colIndex(QStringLiteral("Tag"));
     const int date = g.colIndex(QStringLiteral("JnlDate"));
     const int balance = g.colIndex(QStringLiteral("Balance"));
@@ -120,7 +120,7 @@ TEST_P(BalanceAcrossReload, ARecordBelowAClosedMonthCarriesTheBalanceAfterAReloa
     ASSERT_TRUE(b.journal->CloseBook());
     ASSERT_TRUE(b.journal->Save());
     ASSERT_TRUE(b.journal->Load(b.book));
-    kx::GridModel *g = b.journal->Grid();
+    kx::Sheet *g = kx::Sheet::of(b.journal->Grid());
     const int row = g->rows() - 1;  // the empty row under the 本月结余 row
     ASSERT_TRUE(b.type(row, "ShowName", QStringLiteral("2025-02-03"))) << qPrintable(b.said.join(QLatin1Char('\n')));
     ASSERT_TRUE(b.type(row, "Debit", QStringLiteral("100")));
@@ -147,7 +147,7 @@ TEST_P(BalanceAcrossReload, RandomClosesSavesReloadsAndEditsKeepEveryBalanceSign
     QDate day(2025, 1, 20);
     const int steps = GetParam() == Engine::Sqlite ? 300 : 120;
     for (int step = 0; step < steps; ++step) {
-        kx::GridModel *g = b.journal->Grid();
+        kx::Sheet *g = kx::Sheet::of(b.journal->Grid());
         const int rows = g->rows();
         const int op = int(rng.bounded(8));
         const QString amount = QString::number(int(rng.bounded(1, 3000)));
@@ -185,7 +185,7 @@ TEST_P(BalanceAcrossReload, RandomClosesSavesReloadsAndEditsKeepEveryBalanceSign
 TEST_P(BalanceAcrossReload, ADebitBookHighlightsExactlyItsOwnSide)
 {
     ReloadBook b(GetParam(), QStringLiteral("借"));
-    kx::GridModel *g = b.journal->Grid();
+    kx::Sheet *g = kx::Sheet::of(b.journal->Grid());
     ASSERT_TRUE(b.type(g->rows() - 1, "ShowName", QStringLiteral("2025-01-20")));
     ASSERT_TRUE(b.type(g->rows() - 2, "Debit", QStringLiteral("3000")));
     EXPECT_EQ(wrongBalance(*b.journal, false, true), QString());

@@ -4,14 +4,14 @@
 #include "ledger/BalanceCalculator.h"
 #include "ledger/ColumnModel.h"
 
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/Journal.h>
 
 #include <QAction>
 #include <QMenu>
 #include <gtest/gtest.h>
 
-using kx::GridModel;
+using kx::Sheet;
 
 namespace {
 
@@ -40,7 +40,7 @@ protected:
     QString cell(int row, const char *key) const { return grid.text(row, QString::fromLatin1(key)); }
     void calculate(int start) { kx::BalanceCalculator(grid, book).calculate(start); }
 
-    GridModel grid;
+    Sheet grid;
     kx::LedgerState book;
 };
 
@@ -171,7 +171,7 @@ TEST_F(Balances, ForeignAmountsGoToTheirSideAndZeroToCredit)
 TEST(JournalBalances, DirectionChangeRecalculatesAndMenuReportsIt)
 {
     kx::Journal j;
-    kx::GridModel *g = j.Grid();
+    kx::Sheet *g = kx::Sheet::of(j.Grid());
     g->setRows(3);
     g->setText(1, QStringLiteral("JnlDate"), QStringLiteral("2026-01-01"));
     g->setText(1, QStringLiteral("Credit"), QStringLiteral("40"));

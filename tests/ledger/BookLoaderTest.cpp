@@ -7,6 +7,7 @@
 #include "data/JournalDefinition.h"
 
 #include <kxjournal/GridView.h>
+#include "grid/Sheet.h"
 #include <kxjournal/Journal.h>
 #include <kxjournal/Schema.h>
 #include <kxjournal/SqlAccContext.h>
@@ -81,7 +82,7 @@ protected:
     QStringList column(const char *key) const
     {
         QStringList out;
-        const kx::GridModel *g = journal->Grid();
+        const kx::Sheet *g = kx::Sheet::of(journal->Grid());
         int end = g->rows();
         if (end > 1 && cell(end - 1, "JnlDate").isEmpty() && cell(end - 1, "RecID").isEmpty())
             --end;

@@ -3,6 +3,7 @@
 #include "support/TestDatabase.h"
 
 #include <kxjournal/EditCycle.h>
+#include "grid/Sheet.h"
 #include <kxjournal/Journal.h>
 #include <kxjournal/Schema.h>
 #include <kxjournal/SqlAccContext.h>
@@ -72,7 +73,7 @@ protected:
     QStringList view(kx::Journal &j)
     {
         QStringList out;
-        kx::GridModel *g = j.Grid();
+        kx::Sheet *g = kx::Sheet::of(j.Grid());
         for (int r = 1; r < g->rows(); ++r) {
             QStringList cells;
             for (const char *key : {"ShowName", "JnlDate", "JnlNo", "Explain", "Debit", "Credit", "Balance", "Field1"})
@@ -102,7 +103,7 @@ protected:
 TEST_P(Saving, EditedBookComesBackTheSameAfterReload)
 {
     ASSERT_TRUE(journal->Load(book));
-    kx::GridModel *g = journal->Grid();
+    kx::Sheet *g = kx::Sheet::of(journal->Grid());
     kx::EditCycle *edit = g->editCycle();
     ASSERT_TRUE(edit->editCell(4, g->colIndex(QStringLiteral("Explain")), QStringLiteral("报销差旅费（张三）")));
     ASSERT_TRUE(edit->editCell(4, g->colIndex(QStringLiteral("Credit")), QStringLiteral("123456789.1234")));
@@ -188,7 +189,7 @@ TEST_P(Saving, ConsolidatedJournalsAndEmptyBooks)
 TEST_P(Saving, RecordDeletedElsewhereIsAddedAgainWithANewKeyOnlyWhenChangedHere)
 {
     ASSERT_TRUE(journal->Load(book));
-    kx::GridModel *g = journal->Grid();
+    kx::Sheet *g = kx::Sheet::of(journal->Grid());
     const int key = int(g->value(2, QStringLiteral("RecID")));
     const int untouched = int(g->value(3, QStringLiteral("RecID")));
     ASSERT_TRUE(db.run(db.dialect().deleteRecord(key)).ok());
@@ -225,7 +226,7 @@ TEST_P(Saving, FailedPassLeavesEverythingAsItWasAndASecondPassStoresOnce)
                                                "BEGIN SELECT RAISE(ABORT, 'refused'); END").arg(QLatin1String(when)), {}}).ok());
     }
     ASSERT_TRUE(journal->Load(book));
-    kx::GridModel *g = journal->Grid();
+    kx::Sheet *g = kx::Sheet::of(journal->Grid());
     const QStringList stored = dump();
     ASSERT_TRUE(journal->RemoveSumRow(3));
     g->setText(2, QStringLiteral("Explain"), QStringLiteral("改过"));
@@ -267,7 +268,7 @@ TEST_P(Saving, TwoControlsSavingOneBookKeepEachOthersNewRows)
     ASSERT_TRUE(first->Load(book));
     ASSERT_TRUE(second->Load(book));
     auto append = [](kx::Journal &j, const QString &explain) {
-        kx::GridModel *g = j.Grid();
+        kx::Sheet *g = kx::Sheet::of(j.Grid());
         const int r = g->rows();
         g->setRows(r + 1);
         g->setText(r, QStringLiteral("JnlDate"), QStringLiteral("2026-02-10"));
@@ -321,7 +322,7 @@ TEST(SavingPostgres, ConnectionLostMidSaveRollsBackAndTheNextSaveStoresOnce)
     kx::Journal j;
     j.setAcc(&acc);
     ASSERT_TRUE(j.Load(book));
-    kx::GridModel *g = j.Grid();
+    kx::Sheet *g = kx::Sheet::of(j.Grid());
     g->setText(1, QStringLiteral("Explain"), QStringLiteral("改了"));
     g->setRows(5);
     g->setText(4, QStringLiteral("JnlDate"), QStringLiteral("2026-01-06"));

@@ -5,7 +5,7 @@
 
 #include <kxjournal/AccContext.h>
 #include <kxjournal/Database.h>
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/GridView.h>
 #include <kxjournal/Journal.h>
 
@@ -14,11 +14,11 @@
 #include <gtest/gtest.h>
 
 using kx::ColumnModel;
-using kx::GridModel;
+using kx::Sheet;
 
 TEST(ColumnModel, LaysDownTheTwentyNineColumns)
 {
-    GridModel grid;
+    Sheet grid;
     kx::LedgerState book;
     ColumnModel::define(grid, book);
     ASSERT_EQ(grid.cols(), 29);
@@ -35,7 +35,7 @@ TEST(ColumnModel, LaysDownTheTwentyNineColumns)
         EXPECT_TRUE(grid.isColHidden(grid.colIndex(QString::fromLatin1(hidden)))) << hidden;
     for (const char *shown : {"ShowName", "Explain", "Debit", "Credit", "Dir", "Balance"})
         EXPECT_FALSE(grid.isColHidden(grid.colIndex(QString::fromLatin1(shown)))) << shown;
-    EXPECT_EQ(grid.colDataType(grid.colIndex(QStringLiteral("Debit"))), GridModel::TypeCurrency);
+    EXPECT_EQ(grid.colDataType(grid.colIndex(QStringLiteral("Debit"))), Sheet::TypeCurrency);
     EXPECT_EQ(grid.colAlignment(grid.colIndex(QStringLiteral("Dir"))), Qt::AlignCenter);
     EXPECT_EQ(book.fields.colsFilter, ColumnModel::DefaultColsFilter + QStringLiteral("AssistName|"));
     EXPECT_EQ(book.fields.editFields, ColumnModel::DefaultEditFields);
@@ -53,7 +53,7 @@ TEST(ColumnModel, LaysDownTheTwentyNineColumns)
 TEST(ColumnModel, DefaultFormatPutsMovedColumnsBackAndKeepsEveryValue)
 {
     kx::Journal j;
-    GridModel *g = j.Grid();
+    Sheet *g = kx::Sheet::of(j.Grid());
     g->setRows(4);
     for (int r = 1; r < 4; ++r)
         for (int c = 1; c < g->cols(); ++c)
@@ -111,7 +111,7 @@ private:
 
 TEST(ColumnModel, ExplanationTemplatesFillTheirPlaceholdersOnce)
 {
-    GridModel grid;
+    Sheet grid;
     kx::LedgerState book;
     NamesOnly acc;
     ColumnModel::define(grid, book);

@@ -13,7 +13,7 @@
 #include "ledger/LedgerState.h"
 #include "ledger/SummaryRows.h"
 
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/SqlAccContext.h>
 
 #include <QAbstractItemModelTester>
@@ -46,7 +46,7 @@ protected:
     }
 
     // A grid with the book loaded, watched by the model tester.
-    void load(kx::GridModel &grid, kx::LedgerState &state, kx::LedgerHost &host)
+    void load(kx::Sheet &grid, kx::LedgerState &state, kx::LedgerHost &host)
     {
         kx::JournalDefinition(acc->Connection(), state.book).read(docId);
         ASSERT_EQ(kx::BookLoader(grid, state, host, acc.get()).load(0), kx::BookLoader::Loaded);
@@ -61,7 +61,7 @@ protected:
 
 TEST_P(LedgerWithoutControl, LoadEditSumAndSaveOnABareGrid)
 {
-    kx::GridModel grid;
+    kx::Sheet grid;
     QAbstractItemModelTester tester(&grid, QAbstractItemModelTester::FailureReportingMode::Fatal);
     kx::LedgerState state;
     Transcript host;
@@ -88,7 +88,7 @@ TEST_P(LedgerWithoutControl, LoadEditSumAndSaveOnABareGrid)
     ASSERT_TRUE(kx::BookSaver(grid, state, host, acc.get()).save(QStringLiteral("测试"), 1)) << host.messages.join(QLatin1Char('\n')).toStdString();
     EXPECT_FALSE(state.dirty);
 
-    kx::GridModel again;
+    kx::Sheet again;
     QAbstractItemModelTester againTester(&again, QAbstractItemModelTester::FailureReportingMode::Fatal);
     kx::LedgerState reread;
     load(again, reread, kx::LedgerHost::none());
@@ -101,7 +101,7 @@ TEST_P(LedgerWithoutControl, LoadEditSumAndSaveOnABareGrid)
 
 TEST_P(LedgerWithoutControl, WithoutAContextNothingIsReadOrWritten)
 {
-    kx::GridModel grid;
+    kx::Sheet grid;
     kx::LedgerState state;
     Transcript host;
     EXPECT_EQ(kx::BookLoader(grid, state, host, nullptr).load(docId), kx::BookLoader::Failed);
@@ -113,7 +113,7 @@ TEST_P(LedgerWithoutControl, WithoutAContextNothingIsReadOrWritten)
 
 TEST_P(LedgerWithoutControl, BookCommandsRunThroughTheRegistryAndItsGate)
 {
-    kx::GridModel grid;
+    kx::Sheet grid;
     kx::LedgerState state;
     Transcript host;
     load(grid, state, host);

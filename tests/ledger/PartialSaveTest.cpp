@@ -11,7 +11,7 @@
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/SqlAccContext.h>
 
 #include <QRandomGenerator>
@@ -40,7 +40,7 @@ protected:
         load(grid, state);
     }
 
-    void load(kx::GridModel &g, kx::LedgerState &s)
+    void load(kx::Sheet &g, kx::LedgerState &s)
     {
         kx::JournalDefinition(acc->Connection(), s.book).read(docId);
         s.fields.accountFormat = QStringLiteral("0.00");
@@ -57,7 +57,7 @@ protected:
     }
 
     // What a full rewrite would store: every dated row's stored fields, in grid order.
-    static QStringList stored(const kx::GridModel &g)
+    static QStringList stored(const kx::Sheet &g)
     {
         const C columns(g);
         QStringList out;
@@ -87,7 +87,7 @@ protected:
     std::unique_ptr<kxtest::TestDatabase> testDb;
     std::unique_ptr<kx::SqlAccContext> acc;
     int docId = 0;
-    kx::GridModel grid;
+    kx::Sheet grid;
     kx::LedgerState state;
     Messages host;
 };
@@ -141,7 +141,7 @@ TEST_P(PartialSave, RandomChangesEndAsAFullRewriteWould)
         const QStringList expected = stored(grid);
         ASSERT_TRUE(save()) << "round " << round;
 
-        kx::GridModel reread;
+        kx::Sheet reread;
         kx::LedgerState rereadState;
         load(reread, rereadState);
         EXPECT_EQ(stored(reread), stored(grid)) << "round " << round;

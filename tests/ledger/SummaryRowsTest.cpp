@@ -1,6 +1,7 @@
 #include "QtPrinters.h"
 
 #include <kxjournal/Journal.h>
+#include "grid/Sheet.h"
 
 #include <QSignalSpy>
 #include <gtest/gtest.h>
@@ -17,7 +18,7 @@ protected:
     {
         j.setLockedForeColor(Qt::gray);
         j.setAccountFormat(QStringLiteral("0.00"));
-        g = j.Grid();
+        g = kx::Sheet::of(j.Grid());
         g->setRows(9);
         for (int r = 1; r <= 8; ++r) {
             g->setText(r, QStringLiteral("JnlDate"), QStringLiteral("2026-01-%1").arg(r, 2, 10, QLatin1Char('0')));
@@ -37,7 +38,7 @@ protected:
     }
 
     Journal j;
-    kx::GridModel *g = nullptr;
+    kx::Sheet *g = nullptr;
 };
 
 } // namespace

@@ -5,7 +5,7 @@
 #include "support/SampleJournal.h"
 #include "support/TestDatabase.h"
 
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/Journal.h>
 #include <kxjournal/SqlAccContext.h>
 
@@ -70,7 +70,7 @@ struct PrintingBook : kxtest::SampleJournal {
     // The print grid's text of the line \a r in the column keyed \a key.
     QString printed(int r, const char *key) const
     {
-        const kx::GridModel *g = journal.PrintGrid();
+        const kx::Sheet *g = kx::Sheet::of(journal.PrintGrid());
         return g->text(r, g->colIndex(QString::fromLatin1(key)));
     }
 };
@@ -80,14 +80,14 @@ struct PrintingBook : kxtest::SampleJournal {
 TEST(Print, PagesCarryTheirFiguresForwardAsPaperJournalsDo)
 {
     PrintingBook b;
-    kx::GridModel *grid = b.journal.Grid();
+    kx::Sheet *grid = kx::Sheet::of(b.journal.Grid());
     // One explanation long enough to wrap inside its column.
     const QString longText = QStringLiteral("收到华南公司货款，").repeated(12) + QStringLiteral("尾声");
     grid->setText(5, grid->colIndex(QStringLiteral("Explain")), longText);
     const QString file = b.pdf("book.pdf");
     ASSERT_TRUE(b.journal.printToPdf(file)) << qPrintable(b.said.join(QLatin1Char('\n')));
 
-    const kx::GridModel *fg1 = b.journal.PrintGrid();
+    const kx::Sheet *fg1 = kx::Sheet::of(b.journal.PrintGrid());
     const int pages = int(fg1->number(fg1->rows() - 1, 0));
     ASSERT_GT(pages, 3);
     EXPECT_TRUE(run(QStringLiteral("pdfinfo"), {file}).contains(QStringLiteral("Pages:           %1").arg(pages)));
@@ -165,7 +165,7 @@ TEST(Print, PagesCarryTheirFiguresForwardAsPaperJournalsDo)
 TEST(Print, AfterTheYearLineNothingIsCarriedAndLongTextsShowTheyAreCut)
 {
     PrintingBook b;
-    kx::GridModel *grid = b.journal.Grid();
+    kx::Sheet *grid = kx::Sheet::of(b.journal.Grid());
     // A page that ends on the year line carries nothing of the month before.
     QList<QPair<QString, Currency>> carried;
     kx::BookSheet(*grid).forEachRow([&](const kx::BookSheet::Row &row) {
@@ -180,7 +180,7 @@ TEST(Print, AfterTheYearLineNothingIsCarriedAndLongTextsShowTheyAreCut)
     const QString endless = QStringLiteral("很长的摘要").repeated(2000) + QStringLiteral("结尾");
     grid->setText(5, grid->colIndex(QStringLiteral("Explain")), endless);
     ASSERT_TRUE(b.journal.printToPdf(b.pdf("long.pdf")));
-    const kx::GridModel *fg1 = b.journal.PrintGrid();
+    const kx::Sheet *fg1 = kx::Sheet::of(b.journal.PrintGrid());
     bool found = false;
     for (int r = 1; r < fg1->rows(); ++r) {
         const QString shown = b.printed(r, "Explain");
@@ -211,7 +211,7 @@ TEST(Print, AVetoOrAnUnwritablePlacePrintsNothing)
 TEST(Print, AnEmptyBookPrintsOnePageOfHeads)
 {
     PrintingBook b;
-    kx::GridModel *grid = b.journal.Grid();
+    kx::Sheet *grid = kx::Sheet::of(b.journal.Grid());
     grid->setRows(grid->fixedRows());
     ASSERT_TRUE(b.journal.printToPdf(b.pdf("empty.pdf")));
     EXPECT_EQ(pdfPages(b.pdf("empty.pdf")).size(), 1);

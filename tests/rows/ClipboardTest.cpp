@@ -99,7 +99,7 @@ TEST(Clipboard, ClosedAndSummaryRowsAreNeverWritten)
 
 TEST(Clipboard, CopiedBlocksReadBackCellForCell)
 {
-    kx::GridModel g;
+    kx::Sheet g;
     g.setCols(6);
     g.setRows(9);
     QRandomGenerator rng(11);

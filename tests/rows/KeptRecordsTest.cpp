@@ -5,6 +5,7 @@
 #include "editing/EditingBook.h"
 
 #include <kxjournal/Database.h>
+#include "grid/Sheet.h"
 #include <kxjournal/GridView.h>
 #include <kxjournal/Journal.h>
 
@@ -49,7 +50,7 @@ struct ClosedBook : EditingBook {
             return true;
         });
         journal->Load(book);
-        grid = journal->Grid();
+        grid = kx::Sheet::of(journal->Grid());
     }
     QStringList column(const char *key) const
     {

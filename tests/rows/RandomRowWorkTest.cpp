@@ -27,7 +27,7 @@ QStringList picture(const EditingBook &b)
 {
     // Everything a step may change, so that no step goes unseen.
     QStringList s{QStringLiteral("%1 %2").arg(b.journal->LastSumRow()).arg(b.journal->IsDirty())};
-    const kx::GridModel &g = *b.grid;
+    const kx::Sheet &g = *b.grid;
     for (int r = 0; r < g.rows(); ++r) {
         QString line = QStringLiteral("%1|%2|%3|%4|%5|")
                            .arg(g.rowData(r).toString(), g.rowForeColor(r).name())
@@ -46,7 +46,7 @@ QStringList picture(const EditingBook &b)
 // every record's balance is the signed running sum of the records above it.
 QString fault(const EditingBook &b)
 {
-    const kx::GridModel &g = *b.grid;
+    const kx::Sheet &g = *b.grid;
     const int last = b.journal->LastSumRow();
     const int tag = b.col("Tag");
     if (last != 0 && (last >= g.rows() || g.number(last, tag) >= 0) && last != g.fixedRows())
@@ -69,7 +69,7 @@ QString fault(const EditingBook &b)
 // made since), for the rows below the opening row that are not summary rows.
 QStringList records(const EditingBook &b, int below = -1)
 {
-    const kx::GridModel &g = *b.grid;
+    const kx::Sheet &g = *b.grid;
     const int end = below >= 0 ? std::min(below, g.rows()) : g.rows();
     QStringList out;
     for (int r = g.fixedRows() + 1; r < end; ++r)

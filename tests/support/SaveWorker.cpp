@@ -6,7 +6,7 @@
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/SqlAccContext.h>
 
 #include <QCoreApplication>
@@ -27,7 +27,7 @@ int main(int argc, char **argv)
     // Every EVERY-th record gets an explanation starting with PREFIX (a partial save when EVERY > 1).
     const QString prefix = argc == 5 ? QString::fromLocal8Bit(argv[3]) : QStringLiteral("v2-");
     const int every = argc == 5 ? std::max(1, QString::fromLatin1(argv[4]).toInt()) : 1;
-    kx::GridModel grid;
+    kx::Sheet grid;
     kx::LedgerState state;
     struct : kx::LedgerHost {
         void prompt(const QString &text, bool) override { std::fprintf(stderr, "%s\n", qPrintable(text)); }

@@ -1,5 +1,5 @@
 #include <kxjournal/Currency.h>
-#include <kxjournal/GridModel.h>
+#include "grid/Sheet.h"
 #include <kxjournal/GridView.h>
 
 #include <QApplication>
@@ -9,7 +9,7 @@ int main(int argc, char **argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    kx::GridModel grid;
+    kx::Sheet grid;
     grid.setCols(3);
     grid.setColKey(1, QStringLiteral("Debit"));
     grid.addItem(QStringLiteral("\t1,234.5\tx"));

@@ -13,7 +13,7 @@ class GridChangesData;
 /// changed, every row mark and shape set, and rows inserted, removed (with
 /// all they held) and moved.
 ///
-/// Made by GridModel::endChanges() and GridModel::revertChanges(); putting
+/// Made by Sheet::endChanges() and Sheet::revertChanges(); putting
 /// one back gives the changes that undo the putting back, so an undo step
 /// and its redo are the same kind of object. Changes the grid cannot put
 /// back (columns moved or added, a new book loaded, rows cut off the
@@ -37,7 +37,7 @@ public:
     bool isComplete() const;
 
 private:
-    friend class GridModel;
+    friend class Sheet;
     explicit GridChanges(std::unique_ptr<GridChangesData> data);
     std::unique_ptr<GridChangesData> d;
 };
