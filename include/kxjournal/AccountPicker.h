@@ -7,7 +7,7 @@
 
 namespace kx {
 
-class AccountChart;
+class AccountPickerPrivate;
 
 /// The control's account picker: the chart of accounts as a tree, with a
 /// search box above it. What is typed in the box narrows the list to the
@@ -24,8 +24,6 @@ public:
     explicit AccountPicker(QWidget *parent = nullptr);
     ~AccountPicker() override;
 
-    /// Shows the accounts of \a chart (copied).
-    void setChart(const AccountChart &chart);
     /// The text in the search box.
     QString searchText() const;
     /// Puts \a text into the search box (and narrows the list).
@@ -50,8 +48,8 @@ protected:
     void showEvent(QShowEvent *event) override;
 
 private:
-    class Private;
-    std::unique_ptr<Private> d;
+    friend class AccountPickerPrivate;
+    std::unique_ptr<AccountPickerPrivate> const d;
 };
 
 } // namespace kx

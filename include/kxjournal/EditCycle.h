@@ -1,10 +1,14 @@
 #pragma once
 
+#include "kxjournal/kxjournal_export.h"
+
 #include <QObject>
 #include <QString>
+#include <memory>
 
 namespace kx {
 
+class EditCyclePrivate;
 class GridModel;
 
 /// The edit cycle of one grid: the events a cell edit raises, in order,
@@ -20,7 +24,7 @@ class GridModel;
 /// → the cell text is written → afterEdit. A cancel in beforeEdit opens no
 /// editor; a cancel in validateEdit writes nothing and leaves the editor open
 /// with the text typed.
-class EditCycle : public QObject
+class KXJOURNAL_EXPORT EditCycle : public QObject
 {
     Q_OBJECT
 public:
@@ -29,25 +33,26 @@ public:
 
     /// The cycle of \a grid (which owns it).
     explicit EditCycle(GridModel *grid);
+    ~EditCycle() override;
 
     /// The grid edited.
-    GridModel *grid() const { return m_grid; }
+    GridModel *grid() const;
     /// True between begin() and the end of the edit.
-    bool isEditing() const { return m_editing; }
+    bool isEditing() const;
     /// Row of the edit in progress (-1 when none).
-    int editRow() const { return m_editing ? m_row : -1; }
+    int editRow() const;
     /// Column of the edit in progress (-1 when none).
-    int editCol() const { return m_editing ? m_col : -1; }
+    int editCol() const;
     /// The text in the editor; validateEdit handlers may rewrite it.
-    QString editText() const { return m_editText; }
+    QString editText() const;
     /// Replaces the text in the editor.
     void setEditText(const QString &text);
     /// The editor kind for the edit in progress: "|..." a text box with an
     /// ellipsis button, "a|b|c" a drop-down list, empty a plain text box.
     /// Reset to the column's list when an edit begins; beforeEdit may set it.
-    QString comboList() const { return m_comboList; }
+    QString comboList() const;
     /// Sets the editor kind (see comboList()).
-    void setComboList(const QString &list) { m_comboList = list; }
+    void setComboList(const QString &list);
 
     /// Starts an edit of (\a row, \a col): raises beforeEdit; false when it
     /// was cancelled or the cell cannot be edited.
@@ -91,13 +96,7 @@ Q_SIGNALS:
     void editEnded(int row, int col, bool stored);
 
 private:
-    GridModel *m_grid;
-    QString m_editText;
-    QString m_comboList;
-    int m_row = -1;
-    int m_col = -1;
-    bool m_editing = false;
-    bool m_stored = false;
+    std::unique_ptr<EditCyclePrivate> const d;
 };
 
 } // namespace kx

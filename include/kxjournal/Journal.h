@@ -452,7 +452,7 @@ private:
     void announce(const QString &name);
     void onCursorChanged(int row, int col);
 
-    std::shared_ptr<JournalPrivate> d;  ///< also held by running operations: it may outlive the widget
+    std::shared_ptr<JournalPrivate> const d;  ///< also held by running operations: it may outlive the widget
 };
 
 } // namespace kx

@@ -1,7 +1,7 @@
 #include "kxjournal/AccountPicker.h"
 
+#include "control/AccountPickerPrivate.h"
 #include "control/PickerList.h"
-#include "editing/AccountChart.h"
 
 #include <functional>
 #include <QKeyEvent>
@@ -10,23 +10,7 @@
 
 namespace kx {
 
-class AccountPicker::Private
-{
-public:
-    AccountChart chart;
-    QLineEdit *search = nullptr;
-    QTreeWidget *tree = nullptr;
-
-    QTreeWidgetItem *makeItem(const AccountChart::Account &a) const
-    {
-        auto *item = new QTreeWidgetItem({a.code, a.name});
-        item->setData(0, Qt::UserRole, a.id);
-        return item;
-    }
-    void fill(const QString &text);
-};
-
-void AccountPicker::Private::fill(const QString &text)
+void AccountPickerPrivate::fill(const QString &text)
 {
     tree->clear();
     const QList<AccountChart::Account> &all = chart.accounts();
@@ -54,7 +38,7 @@ void AccountPicker::Private::fill(const QString &text)
         tree->setCurrentItem(tree->topLevelItem(0));
 }
 
-AccountPicker::AccountPicker(QWidget *parent) : QFrame(parent), d(std::make_unique<Private>())
+AccountPicker::AccountPicker(QWidget *parent) : QFrame(parent), d(std::make_unique<AccountPickerPrivate>())
 {
     setObjectName(QStringLiteral("AccountPicker"));
     const PickerList parts = PickerList::build(this, QStringLiteral("科目编码、名称、助记码或拼音首字母"),
@@ -73,10 +57,15 @@ AccountPicker::AccountPicker(QWidget *parent) : QFrame(parent), d(std::make_uniq
 
 AccountPicker::~AccountPicker() = default;
 
-void AccountPicker::setChart(const AccountChart &chart)
+AccountPickerPrivate &AccountPickerPrivate::get(AccountPicker *picker)
 {
-    d->chart = chart;
-    d->fill(d->search->text());
+    return *picker->d;
+}
+
+void AccountPickerPrivate::setChart(const AccountChart &accounts)
+{
+    chart = accounts;
+    fill(search->text());
 }
 
 QString AccountPicker::searchText() const { return d->search->text(); }

@@ -1,5 +1,6 @@
 // Journal: typing records in — the edit rules, the pickers, the calculator, undo.
 #include "kxjournal/Journal.h"
+#include "control/AccountPickerPrivate.h"
 #include "grid/GridViewPrivate.h"
 
 #include "control/DatePicker.h"
@@ -101,7 +102,7 @@ void JournalPrivate::openPicker(int row, int col, const QString &key)
         break;
     }
     case JournalColumns::AccName:
-        accountPicker->setChart(edit->context().chart());
+        AccountPickerPrivate::get(accountPicker).setChart(edit->context().chart());
         accountPicker->setSearchText(QString());
         place(accountPicker, row, col);
         accountPicker->show();

@@ -4,28 +4,79 @@
 
 namespace kx {
 
-EditCycle::EditCycle(GridModel *grid) : QObject(grid), m_grid(grid) {}
+/// EditCycle's state: the edit in progress.
+class EditCyclePrivate
+{
+public:
+    explicit EditCyclePrivate(GridModel *g) : grid(g) {}
+    GridModel *const grid;
+    QString editText;
+    QString comboList;
+    int row = -1;
+    int col = -1;
+    bool editing = false;
+    bool stored = false;
+};
+
+EditCycle::EditCycle(GridModel *grid) : QObject(grid), d(std::make_unique<EditCyclePrivate>(grid)) {}
+
+EditCycle::~EditCycle() = default;
+
+GridModel *EditCycle::grid() const
+{
+    return d->grid;
+}
+
+bool EditCycle::isEditing() const
+{
+    return d->editing;
+}
+
+int EditCycle::editRow() const
+{
+    return d->editing ? d->row : -1;
+}
+
+int EditCycle::editCol() const
+{
+    return d->editing ? d->col : -1;
+}
+
+QString EditCycle::editText() const
+{
+    return d->editText;
+}
+
+QString EditCycle::comboList() const
+{
+    return d->comboList;
+}
+
+void EditCycle::setComboList(const QString &list)
+{
+    d->comboList = list;
+}
 
 void EditCycle::setEditText(const QString &text)
 {
-    m_editText = text;
+    d->editText = text;
 }
 
 bool EditCycle::begin(int row, int col)
 {
-    if (m_editing || !m_grid->editable() || !m_grid->isDataRow(row) || !m_grid->isDataCol(col))
+    if (d->editing || !d->grid->editable() || !d->grid->isDataRow(row) || !d->grid->isDataCol(col))
         return false;
-    m_row = row;
-    m_col = col;
-    m_comboList = m_grid->colComboList(col);
-    m_editText = m_grid->text(row, col);
-    m_stored = false;
+    d->row = row;
+    d->col = col;
+    d->comboList = d->grid->colComboList(col);
+    d->editText = d->grid->text(row, col);
+    d->stored = false;
     // Marked as editing before the event so a handler sees editRow()/editCol().
-    m_editing = true;
+    d->editing = true;
     bool cancel = false;
     Q_EMIT beforeEdit(row, col, cancel);
     if (cancel) {
-        m_editing = false;
+        d->editing = false;
         Q_EMIT editEnded(row, col, false);
         return false;
     }
@@ -34,49 +85,49 @@ bool EditCycle::begin(int row, int col)
 
 int EditCycle::keyPress(int keyCode)
 {
-    if (!m_editing)
+    if (!d->editing)
         return keyCode;
-    Q_EMIT keyPressEdit(m_row, m_col, keyCode);
+    Q_EMIT keyPressEdit(d->row, d->col, keyCode);
     return keyCode;
 }
 
 bool EditCycle::validate(const QString &text)
 {
-    if (!m_editing)
+    if (!d->editing)
         return false;
-    m_editText = text;
+    d->editText = text;
     bool cancel = false;
-    Q_EMIT validateEdit(m_row, m_col, cancel);
+    Q_EMIT validateEdit(d->row, d->col, cancel);
     return !cancel;
 }
 
 void EditCycle::store()
 {
-    if (!m_editing)
+    if (!d->editing)
         return;
-    m_grid->setText(m_row, m_col, m_editText);
-    m_stored = true;
+    d->grid->setText(d->row, d->col, d->editText);
+    d->stored = true;
 }
 
 void EditCycle::finish()
 {
-    if (!m_editing)
+    if (!d->editing)
         return;
-    m_editing = false;
-    const bool stored = m_stored;
-    m_stored = false;
+    d->editing = false;
+    const bool stored = d->stored;
+    d->stored = false;
     if (stored)
-        Q_EMIT afterEdit(m_row, m_col);
-    Q_EMIT editEnded(m_row, m_col, stored);
+        Q_EMIT afterEdit(d->row, d->col);
+    Q_EMIT editEnded(d->row, d->col, stored);
 }
 
 void EditCycle::cancel()
 {
-    if (!m_editing)
+    if (!d->editing)
         return;
-    m_editing = false;
-    m_stored = false;
-    Q_EMIT editEnded(m_row, m_col, false);
+    d->editing = false;
+    d->stored = false;
+    Q_EMIT editEnded(d->row, d->col, false);
 }
 
 bool EditCycle::editCell(int row, int col, const QString &text)
@@ -101,8 +152,8 @@ bool EditCycle::editCell(int row, int col, const QString &text)
 
 void EditCycle::clickButton()
 {
-    if (m_editing)
-        Q_EMIT cellButtonClick(m_row, m_col);
+    if (d->editing)
+        Q_EMIT cellButtonClick(d->row, d->col);
 }
 
 } // namespace kx
