@@ -87,7 +87,11 @@ public:
     explicit Journal(QWidget *parent = nullptr);
     ~Journal() override;
 
-    // ---- stored values ----
+    /// @name Automation properties
+    /// The control's properties under their automation names: a property X
+    /// is read by X() and written by setX(); those with a Row argument take
+    /// it last (0: the current row). Each is also a Q_PROPERTY of that name.
+    ///@{
     /// A plain stored text.
     QString Message() const;
     /// Stores a text.
@@ -140,8 +144,6 @@ public:
     void setLastSumRow(int value);
     /// The journal grid.
     GridModel *Grid() const;
-    /// The view of the journal grid.
-    GridView *gridView() const;
     /// True when the current row has an account (a voucher may be linked to it).
     bool AllowAccDoc() const;
     /// The voucher row \a Row is linked to (0: none; -1: a summary or unstored row).
@@ -149,8 +151,6 @@ public:
     /// Links row \a Row to voucher \a value (a kxDocDir DocID), stored at once;
     /// a row already linked, or without an account, is refused with a message.
     Q_INVOKABLE void setDirID(int value, int Row = 0);
-
-    // ---- looks ----
     /// Background of the frame around the grid.
     QColor BorderColor() const;
     /// Sets the background of the frame around the grid.
@@ -203,8 +203,6 @@ public:
     int RowHeightMin() const;
     /// Sets the smallest row height.
     void setRowHeightMin(int value);
-
-    // ---- key lists and formats ----
     /// Columns offered in the show-fields list ("|key|key|").
     QString ColsFilter() const;
     /// Sets ColsFilter.
@@ -249,8 +247,6 @@ public:
     QString DateFormat() const;
     /// Sets DateFormat.
     void setDateFormat(const QString &value);
-
-    // ---- state ----
     /// The grid's current row.
     int Row() const;
     /// Moves the cursor to a row, showing it when hidden and scrolling it into view.
@@ -279,8 +275,11 @@ public:
     void setJnlDate(const QDate &value);
     /// Counts of summary rows (less one), saved records and rows linked to vouchers, on three lines.
     QString Statistics() const;
+    ///@}
 
-    // ---- methods ----
+    /// @name Automation methods
+    /// The control's methods under their automation names and parameters.
+    ///@{
     /// Does nothing; kept for hosts that call it before Load.
     Q_INVOKABLE void Initial();
     /// Field \a rFieldName of account \a rAccID as text (empty when there is none).
@@ -301,26 +300,11 @@ public:
     Q_INVOKABLE bool CloseBook();
     /// Checks the open period: records with amounts have dates, in order.
     Q_INVOKABLE bool CheckBook();
-    /// The selected block as tab-separated text, as the clipboard gets it.
-    QString copyText() const;
-    /// Pastes tab-separated \a text at the cursor, each cell checked as if
-    /// typed; refused cells are listed in one message. True when a cell changed.
-    bool pasteText(const QString &text);
     /// Links every selected row that may take a voucher to \a v; the others say why not.
     Q_INVOKABLE void SetDirID(int v);
     /// Makes a voucher file of the selected records in voucherFolder() and
     /// raises AfterMaked with its path; true when a file was written.
     Q_INVOKABLE bool Make();
-    /// The folder Make writes into (default: the system's temporary folder).
-    QString voucherFolder() const;
-    /// Sets the folder Make writes into; empty: the temporary folder.
-    void setVoucherFolder(const QString &path);
-    /// The code page of the voucher file (default "GBK").
-    QString voucherCodec() const;
-    /// Sets the voucher file's code page; an unknown name is refused with a message.
-    void setVoucherCodec(const QString &name);
-    /// The voucher picker the voucher cell's ellipsis opens.
-    VoucherPicker *voucherPicker() const;
     /// Tells the host through FindMsg every row holding all the words of
     /// \a rSearchString, between "#BEGIN#" and "#END#"; FromNextRow is ignored.
     Q_INVOKABLE void Find(const QString &rSearchString, bool FromNextRow = false);
@@ -329,10 +313,6 @@ public:
     /// Writes the visible book into \a rFileName: \a rType 0 by extension, 1
     /// comma-, 2 tab-separated, 3 spreadsheet. True when the file was written.
     Q_INVOKABLE bool ExportToFile(const QString &rFileName, int rType = 0);
-    /// Replaces how Export asks for a file name (an empty answer cancels).
-    void setFileNameAsker(std::function<QString(const QString &suggested)> asker);
-    /// Lays the book out on A4 pages and writes them into a PDF file.
-    Q_INVOKABLE bool printToPdf(const QString &fileName);
     /// The print grid: the lines of the latest layout, page number in column 0.
     Q_INVOKABLE kx::GridModel *PrintGrid() const;
     /// Inserts a sub-total row below \a Row (0: the current row).
@@ -346,14 +326,38 @@ public:
     void ApplyExplainTemplate(const QString &rTemplate);
     /// Runs the command \a CommandName (exact, case-sensitive match); unknown names do nothing.
     Q_INVOKABLE void DoCommand(const QString &CommandName, const QString &CommandParameter = QString());
-
-    // ---- persisted properties ----
     /// Writes the persisted looks into \a bag.
     void WriteProperties(PropertyBag &bag) const;
     /// Restores the persisted looks from \a bag; a missing key keeps the present value.
     void ReadProperties(const PropertyBag &bag);
+    /// Whether the edit under way changed its cell.
+    bool CellChanged() const;
+    /// The explanations typed since the control was made, newest first, each followed by "|".
+    QString ExplainHistory() const;
+    /// The account whose code, else name, else entry code is \a rText (0: none).
+    Q_INVOKABLE int FindAccID(const QString &rText);
+    /// The explanation column's drop-down list: the explanations typed here,
+    /// then the book's 30 latest (summary labels left out), as "|a|b".
+    Q_INVOKABLE QString GetExplainList();
+    ///@}
 
-    // ---- typing records in ----
+    /// @name Qt-style additions
+    /// What the control offers a host beyond the automation interface, named
+    /// in Qt's style.
+    ///@{
+    /// The view of the journal grid.
+    GridView *gridView() const;
+    /// The account picker the account cell's ellipsis opens.
+    AccountPicker *accountPicker() const;
+    /// The voucher picker the voucher cell's ellipsis opens.
+    VoucherPicker *voucherPicker() const;
+    /// The calculator the amount cells' ellipsis opens.
+    CalculatorPopup *calculator() const;
+    /// The selected block as tab-separated text, as the clipboard gets it.
+    QString copyText() const;
+    /// Pastes tab-separated \a text at the cursor, each cell checked as if
+    /// typed; refused cells are listed in one message. True when a cell changed.
+    bool pasteText(const QString &text);
     /// Undoes the latest edit, balances, colours, marks and IsDirty included;
     /// false when there is nothing to undo (a Save, a Load or a change made
     /// outside the edits ends the history).
@@ -364,23 +368,21 @@ public:
     bool canUndo() const;
     /// True when redo() has a step to make again.
     bool canRedo() const;
-    /// Whether the edit under way changed its cell.
-    bool CellChanged() const;
-    /// The explanations typed since the control was made, newest first, each followed by "|".
-    QString ExplainHistory() const;
-    /// The account whose code, else name, else entry code is \a rText (0: none).
-    Q_INVOKABLE int FindAccID(const QString &rText);
     /// The account a path of names points at ("银行存款/工商银行"; "/", "\\",
     /// "_" or "." between levels), 0 when none.
     Q_INVOKABLE int findAccountByPath(const QString &path);
-    /// The explanation column's drop-down list: the explanations typed here,
-    /// then the book's 30 latest (summary labels left out), as "|a|b".
-    Q_INVOKABLE QString GetExplainList();
-    /// The account picker the account cell's ellipsis opens.
-    AccountPicker *accountPicker() const;
-    /// The calculator the amount cells' ellipsis opens.
-    CalculatorPopup *calculator() const;
-
+    /// The folder Make writes into (default: the system's temporary folder).
+    QString voucherFolder() const;
+    /// Sets the folder Make writes into; empty: the temporary folder.
+    void setVoucherFolder(const QString &path);
+    /// The code page of the voucher file (default "GBK").
+    QString voucherCodec() const;
+    /// Sets the voucher file's code page; an unknown name is refused with a message.
+    void setVoucherCodec(const QString &name);
+    /// Replaces how Export asks for a file name (an empty answer cancels).
+    void setFileNameAsker(std::function<QString(const QString &suggested)> asker);
+    /// Lays the book out on A4 pages and writes them into a PDF file.
+    Q_INVOKABLE bool printToPdf(const QString &fileName);
     /// Replaces how Yes/No questions are asked (No is the default answer).
     void setAsker(std::function<bool(const QString &text, const QString &title)> asker);
     /// Asks a Yes/No question through the asker.
@@ -398,8 +400,14 @@ public:
     QMenu *contextMenu() const;
     /// The context-menu item named \a name ("mnuCopy"), or nullptr when there is none.
     QAction *menuAction(const QString &name) const;
+    ///@}
 
 Q_SIGNALS:
+    /// @name Automation events
+    /// The control's events under their automation names, in the order of
+    /// their ids; reference arguments are written back by directly
+    /// connected handlers.
+    ///@{
     /// 1: the grid changed (key of the current column).
     void DataChanged(const QString &ColKey);
     /// 2: declared for hosts; never raised.
@@ -432,6 +440,10 @@ Q_SIGNALS:
     void IconClick();
     /// 16: a find reports a result.
     void FindMsg(const QString &Msg);
+    ///@}
+
+    /// @name Qt-style notifications
+    ///@{
     /// A persisted (or announced) property changed.
     void propertyChanged(const QString &name);
     /// The caption changed.
@@ -444,6 +456,7 @@ Q_SIGNALS:
     void docIdChanged(int docId);
     /// An operation on the book ended: the book-derived properties may have changed.
     void bookChanged();
+    ///@}
 
 protected:
     void contextMenuEvent(QContextMenuEvent *event) override;
