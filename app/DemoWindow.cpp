@@ -4,7 +4,7 @@
 #include <kxjournal/GridView.h>
 #include <kxjournal/Journal.h>
 #include <kxjournal/PropertyBag.h>
-#include <kxjournal/SampleBooks.h>
+#include "SampleBooks.h"
 #include <kxjournal/Schema.h>
 #include <kxjournal/SqlAccContext.h>
 

@@ -3,7 +3,7 @@
 #include "OutputTool.h"
 #include "VoucherTool.h"
 
-#include <kxjournal/SampleBooks.h>
+#include "SampleBooks.h"
 
 #include <kxjournal/AccountPicker.h>
 #include <kxjournal/Database.h>

@@ -1,7 +1,7 @@
 #include "BenchBook.h"
 
 #include "data/JournalDefinition.h"
-#include "kxjournal/SampleBooks.h"
+#include "SampleBooks.h"
 #include "ledger/BookLoader.h"
 #include "ledger/LedgerHost.h"
 

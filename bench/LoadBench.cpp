@@ -2,7 +2,7 @@
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "data/JournalDefinition.h"
-#include "kxjournal/SampleBooks.h"
+#include "SampleBooks.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookLoader.h"
 #include "editing/EditSession.h"

@@ -6,7 +6,7 @@
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "data/JournalDefinition.h"
-#include "kxjournal/SampleBooks.h"
+#include "SampleBooks.h"
 #include "ledger/BookLoader.h"
 #include "ledger/BookSaver.h"
 #include "ledger/BalanceCalculator.h"

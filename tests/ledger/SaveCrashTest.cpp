@@ -1,6 +1,6 @@
 #include "QtPrinters.h"
 
-#include "kxjournal/SampleBooks.h"
+#include "SampleBooks.h"
 #include "support/TestDatabase.h"
 
 #include <kxjournal/Database.h>

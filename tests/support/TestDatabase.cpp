@@ -1,6 +1,6 @@
 #include "support/TestDatabase.h"
 
-#include <kxjournal/SampleBooks.h>
+#include "SampleBooks.h"
 
 #include <QAtomicInt>
 #include <QCoreApplication>

@@ -1,4 +1,4 @@
-#include "kxjournal/SampleBooks.h"
+#include "SampleBooks.h"
 
 #include "data/SqlValue.h"
 #include "kxjournal/Currency.h"
