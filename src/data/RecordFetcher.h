@@ -2,7 +2,7 @@
 
 #include "kxjournal/CellArray.h"
 #include "kxjournal/Result.h"
-#include "kxjournal/SqlStatement.h"
+#include "data/SqlStatement.h"
 
 #include <QStringList>
 

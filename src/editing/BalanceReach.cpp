@@ -4,9 +4,10 @@
 #include "grid/Cell.h"
 #include "kxjournal/Database.h"
 #include "kxjournal/GridModel.h"
-#include "kxjournal/SqlDialect.h"
+#include "data/SqlDialect.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerState.h"
+#include "data/SqlAccess.h"
 
 #include <algorithm>
 
@@ -33,7 +34,7 @@ bool fitsGrid(Currency value)
 int BalanceReach::exactDigits(const EditContext &ctx)
 {
     const Database *db = ctx.db();
-    return db ? db->dialect().exactDigits() : 19;
+    return db ? sqlDialect(*db).exactDigits() : 19;
 }
 
 QString BalanceReach::refusal(const EditContext &ctx, Currency value)

@@ -8,6 +8,7 @@
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "ledger/StoredRecords.h"
+#include "data/SqlAccess.h"
 
 #include <algorithm>
 #include <vector>
@@ -83,7 +84,7 @@ Result<void> ConflictMerge::merge(const Database &db, const QHash<int, int> &row
     constexpr int Chunk = 500;
     for (int from = 0; from < keys.size(); from += Chunk) {
         const Result<void> read =
-            ConflictCheck::readStored(db, db.dialect().storedRecords(keys.mid(from, Chunk)), [&](const BookRow &row) {
+            ConflictCheck::readStored(db, sqlDialect(db).storedRecords(keys.mid(from, Chunk)), [&](const BookRow &row) {
                 Stored s;
                 s.docId = int(row.number(C::DocID));
                 s.print = StoredRecords::fingerprint(row, s.docId, int(row.number(C::Row)), false);

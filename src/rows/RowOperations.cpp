@@ -4,14 +4,15 @@
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Database.h"
 #include "kxjournal/GridModel.h"
-#include "kxjournal/SqlDialect.h"
-#include "kxjournal/Transaction.h"
+#include "data/SqlDialect.h"
+#include "data/Transaction.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "ledger/RecordGuard.h"
 #include "ledger/RowLook.h"
+#include "data/SqlAccess.h"
 
 #include <QDate>
 #include <QPointer>
@@ -275,7 +276,7 @@ Result<int> RowOperations::deleteHistory(AccContext *context)
             const int key = BookRow::of(m_grid, columns, r).recId();
             if (key <= 0)
                 continue;
-            if (const Result<void> gone = db.run(db.dialect().deleteRecord(key)); !gone.ok())
+            if (const Result<void> gone = sqlRun(db, sqlDialect(db).deleteRecord(key)); !gone.ok())
                 return Error(gone.error());
         }
         if (const Result<void> committed = tx.commit(); !committed.ok())

@@ -3,6 +3,7 @@
 // freed, and leaves the database with all or none of what it was writing.
 #include "QtPrinters.h"
 #include "support/TestDatabase.h"
+#include "data/SqlAccess.h"
 
 #include <kxjournal/GridView.h>
 #include <kxjournal/Journal.h>
@@ -218,7 +219,7 @@ protected:
     int storedCount(const QString &explain) const
     {
         kx::Database db = testDb->open();
-        return db.scalar({QStringLiteral("Select count(*) From kxJournalRecs Where Explain=?"), {explain}})
+        return kx::sqlScalar(db, {QStringLiteral("Select count(*) From kxJournalRecs Where Explain=?"), {explain}})
             .valueOr(QVariant(-1))
             .toInt();
     }
@@ -226,7 +227,7 @@ protected:
     int storedBefore(const QDate &date) const
     {
         kx::Database db = testDb->open();
-        return db.scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=? And JnlDate<?"),
+        return kx::sqlScalar(db, {QStringLiteral("Select count(*) From kxJournalRecs Where DocID=? And JnlDate<?"),
                           {book, date}})
             .valueOr(QVariant(-1))
             .toInt();

@@ -3,6 +3,7 @@
 // 取消 keeps everything as it is.
 #include "QtPrinters.h"
 #include "support/TestDatabase.h"
+#include "data/SqlAccess.h"
 
 #include <kxjournal/GridModel.h>
 #include <kxjournal/GridView.h>
@@ -57,8 +58,7 @@ protected:
 
     QString storedExplain() const
     {
-        return testDb->open()
-            .scalar({QStringLiteral("Select Explain From kxJournalRecs Where RecID=?"), {key}})
+        return kx::sqlScalar(testDb->open(), {QStringLiteral("Select Explain From kxJournalRecs Where RecID=?"), {key}})
             .valueOr(QVariant())
             .toString();
     }

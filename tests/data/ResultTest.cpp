@@ -1,4 +1,5 @@
 #include "QtPrinters.h"
+#include "data/SqlAccess.h"
 
 #include <kxjournal/Database.h>
 #include <kxjournal/Result.h>
@@ -27,7 +28,7 @@ TEST(Result, FailuresCarryTheirReasonAndValuesTheirValue)
 
     // A database that is not open fails every call with its reason.
     kx::Database closed;
-    const kx::Result<void> connected = closed.ensureConnected();
+    const kx::Result<void> connected = kx::ensureConnected(closed);
     EXPECT_FALSE(connected.ok());
     EXPECT_FALSE(connected.error().isEmpty());
 }
