@@ -1,10 +1,10 @@
 #include "BenchBook.h"
 
-#include "data/JournalDefinition.h"
 #include "SampleBooks.h"
+#include "data/JournalDefinition.h"
+#include "data/SqlAccess.h"
 #include "ledger/BookLoader.h"
 #include "ledger/LedgerHost.h"
-#include "data/SqlAccess.h"
 
 #include <kxjournal/Database.h>
 

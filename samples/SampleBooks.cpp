@@ -1,11 +1,11 @@
 #include "SampleBooks.h"
 
+#include "data/SqlAccess.h"
 #include "data/SqlValue.h"
+#include "data/Transaction.h"
 #include "kxjournal/Currency.h"
 #include "kxjournal/Database.h"
 #include "kxjournal/Schema.h"
-#include "data/Transaction.h"
-#include "data/SqlAccess.h"
 
 #include <QDate>
 #include <QHash>

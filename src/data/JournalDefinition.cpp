@@ -2,8 +2,8 @@
 
 #include "data/BookDefinition.h"
 #include "data/RecordFetcher.h"
-#include "kxjournal/Database.h"
 #include "data/SqlAccess.h"
+#include "kxjournal/Database.h"
 
 #include <QSqlRecord>
 #include <QStringList>

@@ -2,8 +2,8 @@
 
 #include "data/PgRowReader.h"
 
-#include "kxjournal/Database.h"
 #include "data/SqlAccess.h"
+#include "kxjournal/Database.h"
 
 #include <QSqlDriver>
 #include <libpq-fe.h>

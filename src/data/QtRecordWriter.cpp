@@ -1,7 +1,7 @@
 #include "data/QtRecordWriter.h"
 
-#include "kxjournal/Database.h"
 #include "data/SqlAccess.h"
+#include "kxjournal/Database.h"
 
 namespace kx {
 

@@ -2,10 +2,10 @@
 
 #include "data/PgRowReader.h"
 #include "data/RawRowQueue.h"
+#include "data/SqlAccess.h"
 #include "data/SqlValue.h"
 #include "grid/CellArrayData.h"
 #include "kxjournal/Database.h"
-#include "data/SqlAccess.h"
 
 #include <QHash>
 #include <QSqlDriver>

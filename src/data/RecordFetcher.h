@@ -1,8 +1,8 @@
 #pragma once
 
+#include "data/SqlStatement.h"
 #include "kxjournal/CellArray.h"
 #include "kxjournal/Result.h"
-#include "data/SqlStatement.h"
 
 #include <QStringList>
 

@@ -1,8 +1,8 @@
 #include "kxjournal/Schema.h"
 
-#include "kxjournal/Database.h"
-#include "data/Transaction.h"
 #include "data/SqlAccess.h"
+#include "data/Transaction.h"
+#include "kxjournal/Database.h"
 
 #include <QStringList>
 

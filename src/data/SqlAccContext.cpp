@@ -1,4 +1,5 @@
 #include "kxjournal/SqlAccContext.h"
+
 #include "data/SqlAccess.h"
 
 #include <QSqlRecord>

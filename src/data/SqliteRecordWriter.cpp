@@ -1,7 +1,7 @@
 #include "data/SqliteRecordWriter.h"
 
-#include "kxjournal/Currency.h"
 #include "data/SqlDialect.h"
+#include "kxjournal/Currency.h"
 
 #include <QStringEncoder>
 #include <sqlite3.h>

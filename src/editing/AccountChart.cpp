@@ -1,10 +1,10 @@
 #include "editing/AccountChart.h"
 
 #include "data/RecordFetcher.h"
+#include "data/SqlAccess.h"
+#include "data/SqlDialect.h"
 #include "editing/PinyinInitials.h"
 #include "kxjournal/Database.h"
-#include "data/SqlDialect.h"
-#include "data/SqlAccess.h"
 
 #include <algorithm>
 

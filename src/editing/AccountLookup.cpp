@@ -1,9 +1,9 @@
 #include "editing/AccountLookup.h"
 
 #include "data/RecordFetcher.h"
-#include "kxjournal/Database.h"
-#include "data/SqlDialect.h"
 #include "data/SqlAccess.h"
+#include "data/SqlDialect.h"
+#include "kxjournal/Database.h"
 
 namespace kx {
 

@@ -1,13 +1,13 @@
 #include "editing/BalanceReach.h"
 
+#include "data/SqlAccess.h"
+#include "data/SqlDialect.h"
 #include "editing/EditContext.h"
 #include "grid/Cell.h"
 #include "kxjournal/Database.h"
 #include "kxjournal/GridModel.h"
-#include "data/SqlDialect.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerState.h"
-#include "data/SqlAccess.h"
 
 #include <algorithm>
 

@@ -16,8 +16,8 @@
 #include "ledger/StoredRecords.h"
 #include "ledger/SummaryRows.h"
 
-#include "grid/CellArrayData.h"
 #include "data/SqlAccess.h"
+#include "grid/CellArrayData.h"
 
 #include <QDate>
 #include <climits>

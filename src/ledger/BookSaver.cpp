@@ -1,10 +1,11 @@
 #include "ledger/BookSaver.h"
 
 #include "data/RecordWriter.h"
+#include "data/SqlAccess.h"
+#include "data/Transaction.h"
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Database.h"
 #include "kxjournal/GridModel.h"
-#include "data/Transaction.h"
 #include "ledger/BookLoader.h"
 #include "ledger/BookRow.h"
 #include "ledger/ConflictCheck.h"
@@ -12,7 +13,6 @@
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "ledger/StoredRecords.h"
-#include "data/SqlAccess.h"
 
 #include <cmath>
 

@@ -1,13 +1,13 @@
 #include "ledger/ConflictCheck.h"
 
 #include "data/RecordFetcher.h"
+#include "data/SqlAccess.h"
 #include "kxjournal/Database.h"
 #include "kxjournal/GridModel.h"
 #include "ledger/BookLoader.h"
 #include "ledger/BookRow.h"
 #include "ledger/StoredForms.h"
 #include "ledger/StoredRecords.h"
-#include "data/SqlAccess.h"
 
 namespace kx {
 

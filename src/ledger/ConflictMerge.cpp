@@ -1,5 +1,6 @@
 #include "ledger/ConflictMerge.h"
 
+#include "data/SqlAccess.h"
 #include "kxjournal/Database.h"
 #include "kxjournal/GridModel.h"
 #include "ledger/BalanceCalculator.h"
@@ -8,7 +9,6 @@
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "ledger/StoredRecords.h"
-#include "data/SqlAccess.h"
 
 #include <algorithm>
 #include <vector>

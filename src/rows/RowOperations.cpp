@@ -1,18 +1,18 @@
 #include "rows/RowOperations.h"
 
+#include "data/SqlAccess.h"
+#include "data/SqlDialect.h"
+#include "data/Transaction.h"
 #include "grid/GridBusy.h"
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Database.h"
 #include "kxjournal/GridModel.h"
-#include "data/SqlDialect.h"
-#include "data/Transaction.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "ledger/RecordGuard.h"
 #include "ledger/RowLook.h"
-#include "data/SqlAccess.h"
 
 #include <QDate>
 #include <QPointer>

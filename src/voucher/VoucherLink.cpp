@@ -1,17 +1,17 @@
 #include "voucher/VoucherLink.h"
 
+#include "data/SqlAccess.h"
+#include "data/SqlDialect.h"
+#include "data/Transaction.h"
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Database.h"
 #include "kxjournal/GridModel.h"
-#include "data/SqlDialect.h"
-#include "data/Transaction.h"
 #include "ledger/BookRow.h"
 #include "ledger/ConflictCheck.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "ledger/StoredRecords.h"
 #include "voucher/VoucherDirectory.h"
-#include "data/SqlAccess.h"
 
 #include <QSet>
 

@@ -2,8 +2,8 @@
 // grid holds where it is, and a save never overwrites what somebody else
 // stored since this control read it without asking.
 #include "QtPrinters.h"
-#include "support/TestDatabase.h"
 #include "data/SqlAccess.h"
+#include "support/TestDatabase.h"
 
 #include <kxjournal/GridModel.h>
 #include <kxjournal/Journal.h>

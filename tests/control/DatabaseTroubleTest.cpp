@@ -1,8 +1,8 @@
 // Trouble with the database itself: a file nobody may write, a server that
 // went away. The control says so plainly and never claims to have stored.
 #include "QtPrinters.h"
-#include "support/TestDatabase.h"
 #include "data/SqlAccess.h"
+#include "support/TestDatabase.h"
 
 #include <kxjournal/GridModel.h>
 #include <kxjournal/Journal.h>

@@ -1,8 +1,8 @@
 // One operation at a time, whatever a host does in its event handlers, and a
 // context the host may delete whenever it likes.
 #include "QtPrinters.h"
-#include "support/TestDatabase.h"
 #include "data/SqlAccess.h"
+#include "support/TestDatabase.h"
 
 #include <kxjournal/GridModel.h>
 #include <kxjournal/Journal.h>

@@ -1,6 +1,6 @@
 #include "QtPrinters.h"
-#include "support/TestDatabase.h"
 #include "data/SqlAccess.h"
+#include "support/TestDatabase.h"
 
 #include <kxjournal/GridView.h>
 #include <kxjournal/Journal.h>

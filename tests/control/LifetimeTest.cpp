@@ -2,8 +2,8 @@
 // any event an operation raises: the operation ends quietly, touches nothing
 // freed, and leaves the database with all or none of what it was writing.
 #include "QtPrinters.h"
-#include "support/TestDatabase.h"
 #include "data/SqlAccess.h"
+#include "support/TestDatabase.h"
 
 #include <kxjournal/GridView.h>
 #include <kxjournal/Journal.h>

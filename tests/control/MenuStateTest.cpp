@@ -1,9 +1,9 @@
 // Which context-menu items are enabled, over the kinds of row the cursor can
 // stand on and the states a book can be in. Each case lists the items that
 // must be disabled; every other item must be enabled.
+#include "data/SqlAccess.h"
 #include "editing/EditingBook.h"
 #include "support/BookBuilder.h"
-#include "data/SqlAccess.h"
 
 #include <kxjournal/Schema.h>
 

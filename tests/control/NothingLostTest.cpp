@@ -4,8 +4,8 @@
 // What was merged, or stored at once, is the base the next save judges
 // against, and a record moved to another book stays there.
 #include "QtPrinters.h"
-#include "editing/EditingBook.h"
 #include "data/SqlAccess.h"
+#include "editing/EditingBook.h"
 
 #include <kxjournal/Database.h>
 #include <kxjournal/Journal.h>

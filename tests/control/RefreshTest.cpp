@@ -2,8 +2,8 @@
 // without the user saying so: 存储 stores them first, 不存储 drops them,
 // 取消 keeps everything as it is.
 #include "QtPrinters.h"
-#include "support/TestDatabase.h"
 #include "data/SqlAccess.h"
+#include "support/TestDatabase.h"
 
 #include <kxjournal/GridModel.h>
 #include <kxjournal/GridView.h>

@@ -5,8 +5,8 @@
 #include "data/PgRowReader.h"
 #include "data/RawRowQueue.h"
 #include "data/RecordFetcher.h"
-#include "support/TestDatabase.h"
 #include "data/SqlAccess.h"
+#include "support/TestDatabase.h"
 
 #include <kxjournal/CellArray.h>
 #include <kxjournal/Currency.h>

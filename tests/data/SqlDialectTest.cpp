@@ -1,8 +1,8 @@
 #include "QtPrinters.h"
 
 #include <kxjournal/Database.h>
-#include "data/SqlDialect.h"
 #include "data/SqlAccess.h"
+#include "data/SqlDialect.h"
 
 #include <QDate>
 #include <gtest/gtest.h>

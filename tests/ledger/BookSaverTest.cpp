@@ -1,7 +1,7 @@
 #include "QtPrinters.h"
+#include "data/SqlAccess.h"
 #include "support/BookBuilder.h"
 #include "support/TestDatabase.h"
-#include "data/SqlAccess.h"
 
 #include <kxjournal/EditCycle.h>
 #include <kxjournal/Journal.h>

@@ -4,13 +4,13 @@
 #include "support/TestDatabase.h"
 
 #include "data/JournalDefinition.h"
+#include "data/SqlAccess.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookLoader.h"
 #include "ledger/BookRow.h"
 #include "ledger/BookSaver.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
-#include "data/SqlAccess.h"
 
 #include <kxjournal/GridModel.h>
 #include <kxjournal/SqlAccContext.h>

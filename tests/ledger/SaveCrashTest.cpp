@@ -1,8 +1,8 @@
 #include "QtPrinters.h"
 
 #include "SampleBooks.h"
-#include "support/TestDatabase.h"
 #include "data/SqlAccess.h"
+#include "support/TestDatabase.h"
 
 #include <kxjournal/Database.h>
 

@@ -1,8 +1,8 @@
 // Copying blocks out as spreadsheet text, pasting them back through the
 // same checks as typing, clearing.
+#include "data/SqlAccess.h"
 #include "editing/EditingBook.h"
 #include "rows/GridClipboard.h"
-#include "data/SqlAccess.h"
 
 #include <kxjournal/Database.h>
 #include <kxjournal/Journal.h>

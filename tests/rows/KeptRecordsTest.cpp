@@ -2,8 +2,8 @@
 // are: deleting, dragging, inserting among them, renumbering and deleting
 // history pass them by and name them; reopening the month or removing the
 // link frees them.
-#include "editing/EditingBook.h"
 #include "data/SqlAccess.h"
+#include "editing/EditingBook.h"
 
 #include <kxjournal/Database.h>
 #include <kxjournal/GridView.h>

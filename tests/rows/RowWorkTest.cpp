@@ -1,7 +1,7 @@
 // Inserting, deleting, renumbering rows, deleting history, closing and
 // checking the book, through the control's public members.
-#include "editing/EditingBook.h"
 #include "data/SqlAccess.h"
+#include "editing/EditingBook.h"
 
 #include <kxjournal/Database.h>
 #include <kxjournal/Journal.h>

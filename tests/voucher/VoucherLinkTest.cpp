@@ -1,7 +1,7 @@
 // Linking records to vouchers: the DirID member, the picker, the menu
 // items, removal, and what the database holds afterwards.
-#include "editing/EditingBook.h"
 #include "data/SqlAccess.h"
+#include "editing/EditingBook.h"
 
 #include <kxjournal/Database.h>
 #include <kxjournal/EditCycle.h>

@@ -1,7 +1,7 @@
 // Making a voucher exchange file of selected records, read back by the
 // file's own reader.
-#include "editing/EditingBook.h"
 #include "data/SqlAccess.h"
+#include "editing/EditingBook.h"
 
 #include <kxjournal/Database.h>
 #include <kxjournal/Journal.h>
