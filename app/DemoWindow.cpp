@@ -4,7 +4,7 @@
 #include <kxjournal/GridView.h>
 #include <kxjournal/Journal.h>
 #include <kxjournal/PropertyBag.h>
-#include <kxjournal/SampleBooks.h>
+#include "SampleBooks.h"
 #include <kxjournal/Schema.h>
 #include <kxjournal/SqlAccContext.h>
 
@@ -21,6 +21,7 @@
 #include <QProgressBar>
 #include <QSettings>
 #include <QSplitter>
+#include <QSqlError>
 #include <QSqlQuery>
 #include <QStatusBar>
 #include <QStyle>
@@ -174,8 +175,11 @@ QString DemoWindow::openDatabase(const QString &url)
 
 QString DemoWindow::useDatabase(kx::Database db, const QString &url)
 {
-    if (const kx::Result<QVariant> books = db.scalar({QStringLiteral("Select count(*) From kxJournal"), {}}); !books.ok())
-        return books.error();
+    {
+        QSqlQuery books(db.handle());
+        if (!books.exec(QStringLiteral("Select count(*) From kxJournal")))
+            return books.lastError().text();
+    }
     auto context = std::make_unique<kx::SqlAccContext>(std::move(db));
     context->setUserName(QStringLiteral("演示用户"));
     context->setDirectorName(QStringLiteral("王会计"));

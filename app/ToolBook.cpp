@@ -4,6 +4,8 @@
 #include <kxjournal/Journal.h>
 
 #include <QFileInfo>
+#include <QSqlError>
+#include <QSqlQuery>
 #include <cstdio>
 
 bool ToolBook::open(const QString &url, const QString &code)
@@ -26,14 +28,22 @@ bool ToolBook::open(const QString &url, const QString &code)
         std::fprintf(stderr, "kxjournal: %s\n", qPrintable(db.lastError()));
         return false;
     }
-    const kx::Result<QVariant> found = db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {code}});
-    if (!found.ok()) {
-        // A file that is no database, or a database without journal books.
-        std::fprintf(stderr, "kxjournal: %s is not a journal database: %s\n", qPrintable(kx::Database::shownUrl(url)),
-                     qPrintable(QString(found.error()).replace(QLatin1Char('\n'), QLatin1Char(' '))));
-        return false;
+    {
+        QSqlQuery found(db.handle());
+        bool ran = found.prepare(QStringLiteral("Select asID From kxJournal Where AssistCode=?"));
+        if (ran) {
+            found.addBindValue(code);
+            ran = found.exec();
+        }
+        if (!ran) {
+            // A file that is no database, or a database without journal books.
+            std::fprintf(stderr, "kxjournal: %s is not a journal database: %s\n",
+                         qPrintable(kx::Database::shownUrl(url)),
+                         qPrintable(found.lastError().text().replace(QLatin1Char('\n'), QLatin1Char(' '))));
+            return false;
+        }
+        m_bookId = found.next() ? found.value(0).toInt() : 0;
     }
-    m_bookId = found.value().toInt();
     if (m_bookId <= 0) {
         std::fprintf(stderr, "kxjournal: no book with code %s\n", qPrintable(code));
         return false;

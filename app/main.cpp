@@ -3,7 +3,7 @@
 #include "OutputTool.h"
 #include "VoucherTool.h"
 
-#include <kxjournal/SampleBooks.h>
+#include "SampleBooks.h"
 
 #include <kxjournal/AccountPicker.h>
 #include <kxjournal/Database.h>
@@ -23,6 +23,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QSqlQuery>
 #include <QStandardPaths>
 #include <QTimer>
 #include <cstdio>
@@ -46,7 +47,8 @@ bool isNewSqliteFile(const QString &url)
 // The number of books a database holds (0 when it has no book table yet).
 int bookCount(const kx::Database &db)
 {
-    return db.scalar({QStringLiteral("Select count(*) From kxJournal"), {}}).valueOr(QVariant(0)).toInt();
+    QSqlQuery books(db.handle());
+    return books.exec(QStringLiteral("Select count(*) From kxJournal")) && books.next() ? books.value(0).toInt() : 0;
 }
 
 int runSample(const QString &url, int records, int books, bool append)

@@ -1,7 +1,8 @@
 #include "BenchBook.h"
 
+#include "SampleBooks.h"
 #include "data/JournalDefinition.h"
-#include "kxjournal/SampleBooks.h"
+#include "data/SqlAccess.h"
 #include "ledger/BookLoader.h"
 #include "ledger/LedgerHost.h"
 
@@ -27,7 +28,9 @@ std::unique_ptr<Opened> openBook(const QString &url, int records, bool fresh)
             return nullptr;
     }
     const int docId =
-        db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("020101")}}).value().toInt();
+        kx::sqlScalar(db, {QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("020101")}})
+            .value()
+            .toInt();
     o->acc = std::make_unique<kx::SqlAccContext>(std::move(db));
     kx::JournalDefinition(o->acc->Connection(), o->book.book).read(docId);
     if (kx::BookLoader(o->grid, o->book, kx::LedgerHost::none(), o->acc.get()).load(0) != kx::BookLoader::Loaded)

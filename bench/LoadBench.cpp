@@ -2,7 +2,7 @@
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "data/JournalDefinition.h"
-#include "kxjournal/SampleBooks.h"
+#include "SampleBooks.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookLoader.h"
 #include "editing/EditSession.h"
@@ -12,6 +12,7 @@
 #include "rows/GridClipboard.h"
 #include "rows/RowOperations.h"
 #include "kxjournal/EditCycle.h"
+#include "data/SqlAccess.h"
 
 #include <kxjournal/Database.h>
 #include "grid/Sheet.h"
@@ -66,14 +67,17 @@ Fixture &fixture(int records)
     options.year = 2025;
     if (!kx::SampleBooks::create(db, options).ok())
         std::abort();
-    f.docId = db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("020101")}}).value().toInt();
+    f.docId =
+        kx::sqlScalar(db, {QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("020101")}})
+            .value()
+            .toInt();
     f.acc = std::make_unique<kx::SqlAccContext>(std::move(db));
     return f;
 }
 
 QString loadQuery(Fixture &f)
 {
-    return f.acc->Connection().dialect().loadBook(f.docId).text;
+    return kx::sqlDialect(f.acc->Connection()).loadBook(f.docId).text;
 }
 
 // The book as a control would hold it, with its messages going nowhere.

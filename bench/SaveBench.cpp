@@ -6,10 +6,11 @@
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "data/JournalDefinition.h"
-#include "kxjournal/SampleBooks.h"
+#include "SampleBooks.h"
 #include "ledger/BookLoader.h"
 #include "ledger/BookSaver.h"
 #include "ledger/BalanceCalculator.h"
+#include "data/SqlAccess.h"
 
 #include <kxjournal/Database.h>
 #include "grid/Sheet.h"
@@ -113,7 +114,8 @@ void saveAllNew(benchmark::State &state, Opened *o)
     const int key = o->grid.colIndex(QStringLiteral("RecID"));
     for (auto _ : state) {
         state.PauseTiming();
-        (void)o->acc->Connection().run({QStringLiteral("Delete From kxJournalRecs Where DocID=?"), {o->book.book.docId}});
+        (void)kx::sqlRun(o->acc->Connection(),
+                         {QStringLiteral("Delete From kxJournalRecs Where DocID=?"), {o->book.book.docId}});
         for (int r = o->grid.fixedRows(); r < o->grid.rows(); ++r)
             o->grid.setText(r, key, QString());
         o->book.stored.clear();
@@ -210,9 +212,9 @@ std::unique_ptr<Opened> postgresBook(benchmark::State &state)
     }
     {
         kx::Database admin = kx::Database::open(url);
-        (void)admin.run({QStringLiteral("SET client_min_messages = warning"), {}});
-        (void)admin.run({QStringLiteral("DROP SCHEMA IF EXISTS bench CASCADE"), {}});
-        (void)admin.run({QStringLiteral("CREATE SCHEMA bench"), {}});
+        (void)kx::sqlRun(admin, {QStringLiteral("SET client_min_messages = warning"), {}});
+        (void)kx::sqlRun(admin, {QStringLiteral("DROP SCHEMA IF EXISTS bench CASCADE"), {}});
+        (void)kx::sqlRun(admin, {QStringLiteral("CREATE SCHEMA bench"), {}});
     }
     return openBook(url + QStringLiteral("?schema=bench"), int(state.range(0)), true);
 }
@@ -253,13 +255,13 @@ void BM_PostgresServerUpdate(benchmark::State &state)
     if (!o)
         return;
     const kx::Database &db = o->acc->Connection();
-    (void)db.run({QStringLiteral("CREATE TABLE copy_src AS SELECT * FROM kxJournalRecs"), {}});
+    (void)kx::sqlRun(db, {QStringLiteral("CREATE TABLE copy_src AS SELECT * FROM kxJournalRecs"), {}});
     int pass = 0;
     for (auto _ : state) {
         state.PauseTiming();
-        (void)db.run({QStringLiteral("UPDATE copy_src SET Remark='第%1遍'").arg(++pass), {}});
+        (void)kx::sqlRun(db, {QStringLiteral("UPDATE copy_src SET Remark='第%1遍'").arg(++pass), {}});
         state.ResumeTiming();
-        (void)db.run({QStringLiteral("UPDATE kxJournalRecs AS r SET JnlDate=s.JnlDate, JnlNo=s.JnlNo, AccID=s.AccID, "
+        (void)kx::sqlRun(db, {QStringLiteral("UPDATE kxJournalRecs AS r SET JnlDate=s.JnlDate, JnlNo=s.JnlNo, AccID=s.AccID, "
                                      "Explain=s.Explain, Debit=s.Debit, Credit=s.Credit, Rate=s.Rate, Forex=s.Forex, "
                                      "balance=s.balance, fxBalance=s.fxBalance, Field1=s.Field1, Field2=s.Field2, "
                                      "Field3=s.Field3, Field4=s.Field4, Flag=s.Flag, Remark=s.Remark, Tag=s.Tag, "
@@ -278,7 +280,7 @@ void BM_PostgresServerCopy(benchmark::State &state)
     if (!o)
         return;
     const kx::Database &db = o->acc->Connection();
-    (void)db.run({QStringLiteral("CREATE TABLE copy_dst AS SELECT * FROM kxJournalRecs WITH NO DATA"), {}});
+    (void)kx::sqlRun(db, {QStringLiteral("CREATE TABLE copy_dst AS SELECT * FROM kxJournalRecs WITH NO DATA"), {}});
     PGconn *conn = *static_cast<PGconn *const *>(db.handle().driver()->handle().constData());
     QByteArray rows;
     PQclear(PQexec(conn, "COPY kxJournalRecs TO STDOUT"));

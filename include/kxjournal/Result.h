@@ -24,8 +24,9 @@ private:
 };
 
 /// The outcome of a fallible call: a value, or an Error that says why there
-/// is none. Reading value() of a failure is a programming error (it asserts);
-/// valueOr() is the way to read a value that may be missing.
+/// is none. Reading value() or takeValue() of a failure is a programming
+/// error that stops the program in every build, saying which error was
+/// ignored; valueOr() is the way to read a value that may be missing.
 template <typename T>
 class [[nodiscard]] Result
 {
@@ -42,13 +43,15 @@ public:
     /// The value; the call must have succeeded.
     const T &value() const
     {
-        Q_ASSERT_X(ok(), "kx::Result::value", "value() of a failed result");
+        if (m_failed)
+            failedRead("value");
         return m_value;
     }
     /// Moves the value out; the call must have succeeded.
     T takeValue()
     {
-        Q_ASSERT_X(ok(), "kx::Result::takeValue", "takeValue() of a failed result");
+        if (m_failed)
+            failedRead("takeValue");
         return std::move(m_value);
     }
     /// The value, or \a fallback on failure.
@@ -57,6 +60,12 @@ public:
     const QString &error() const { return m_error; }
 
 private:
+    [[noreturn]] void failedRead(const char *what) const
+    {
+        qFatal("kx::Result::%s() of a failed result (the error was not checked): %s", what,
+               qUtf8Printable(m_error));
+    }
+
     T m_value{};
     QString m_error;
     bool m_failed = false;

@@ -16,6 +16,7 @@
 #include "ledger/BookSaver.h"
 #include "ledger/ColumnModel.h"
 #include "ledger/SummaryRows.h"
+#include "data/SqlAccess.h"
 
 #include <QContextMenuEvent>
 #include <QMessageBox>
@@ -364,7 +365,7 @@ QString Journal::Get_AccCodeField(const QString &rFieldName, int rAccID)
     if (!acc)
         return {};
     const Database &db = acc->Connection();
-    return db.firstRowField(db.dialect().accountById(rAccID), rFieldName).valueOr(QVariant()).toString();
+    return sqlFirstRowField(db, sqlDialect(db).accountById(rAccID), rFieldName).valueOr(QVariant()).toString();
 }
 
 void Journal::Prompt(const QString &rMsg, bool ShowBox)

@@ -2,6 +2,7 @@
 
 #include "data/BookDefinition.h"
 #include "data/RecordFetcher.h"
+#include "data/SqlAccess.h"
 #include "kxjournal/Database.h"
 
 #include <QSqlRecord>
@@ -33,7 +34,7 @@ JournalDefinition::JournalDefinition(const Database &db, BookDefinition &book) :
 
 QString JournalDefinition::fieldOf(const QString &name, int id) const
 {
-    return m_db.firstRowField(m_db.dialect().journalById(id), name).value().toString();
+    return sqlFirstRowField(m_db, sqlDialect(m_db).journalById(id), name).value().toString();
 }
 
 QString JournalDefinition::field(const QString &name, int &id) const
@@ -62,7 +63,7 @@ void JournalDefinition::read(int id)
 QList<int> JournalDefinition::subordinateIds() const
 {
     QList<int> ids;
-    Result<QSqlQuery> self = m_db.exec(m_db.dialect().journalById(m_book.docId));
+    Result<QSqlQuery> self = sqlExec(m_db, sqlDialect(m_db).journalById(m_book.docId));
     if (!self.ok())
         return ids;
     QSqlQuery book = self.takeValue();
@@ -72,7 +73,7 @@ QList<int> JournalDefinition::subordinateIds() const
     const QString code = book.record().value(QStringLiteral("AssistCode")).toString();
     book.finish();
     // The code is a value: read through the fetcher, which binds it on every engine.
-    const Result<FetchedRows> r = RecordFetcher::fetch(m_db, m_db.dialect().journalSubtree(code), {}, 1);
+    const Result<FetchedRows> r = RecordFetcher::fetch(m_db, sqlDialect(m_db).journalSubtree(code), {}, 1);
     if (!r.ok())
         return ids;
     const int col = columnOf(r.value(), QStringLiteral("asID"));
@@ -100,7 +101,7 @@ QString JournalDefinition::caption(bool consolidated) const
     QString caption;
     // Every ancestor's code begins with the book's first character, however
     // long the top-level codes are (01 → 0102 → 010201).
-    const Result<FetchedRows> r = RecordFetcher::fetch(m_db, m_db.dialect().journalGroup(code.left(1)), {}, 1);
+    const Result<FetchedRows> r = RecordFetcher::fetch(m_db, sqlDialect(m_db).journalGroup(code.left(1)), {}, 1);
     if (r.ok()) {
         const CellArray &rows = r.value().cells;
         for (int row = 0; rows.cols() >= 2 && row < rows.rows(); ++row) {

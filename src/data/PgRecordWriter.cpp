@@ -2,6 +2,7 @@
 
 #include "data/PgRowReader.h"
 
+#include "data/SqlAccess.h"
 #include "kxjournal/Database.h"
 
 #include <QSqlDriver>
@@ -118,7 +119,7 @@ QString PgRecordWriter::error(const char *what) const
 
 Result<void> PgRecordWriter::remove(int recId)
 {
-    return m_db.run(m_db.dialect().deleteRecord(recId));
+    return sqlRun(m_db, sqlDialect(m_db).deleteRecord(recId));
 }
 
 Result<void> PgRecordWriter::command(const char *sql)

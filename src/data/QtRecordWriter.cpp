@@ -1,5 +1,6 @@
 #include "data/QtRecordWriter.h"
 
+#include "data/SqlAccess.h"
 #include "kxjournal/Database.h"
 
 namespace kx {
@@ -8,21 +9,21 @@ QtRecordWriter::QtRecordWriter(const Database &db) : m_db(db) {}
 
 Result<void> QtRecordWriter::remove(int recId)
 {
-    return m_db.run(m_db.dialect().deleteRecord(recId));
+    return sqlRun(m_db, sqlDialect(m_db).deleteRecord(recId));
 }
 
 Result<int> QtRecordWriter::insert(const RecordValues &row)
 {
-    Result<QSqlQuery> r = m_db.exec(m_db.dialect().insertRecord(fieldNames(row.withAmounts), bindable(row)));
+    Result<QSqlQuery> r = sqlExec(m_db, sqlDialect(m_db).insertRecord(fieldNames(row.withAmounts), bindable(row)));
     if (!r.ok())
         return Error(r.error());
     QSqlQuery q = r.takeValue();
     if (q.next())
         return q.value(0).toInt();
-    const SqlStatement last = m_db.dialect().lastInsertedKey();
+    const SqlStatement last = sqlDialect(m_db).lastInsertedKey();
     if (last.text.isEmpty())
         return Error(QStringLiteral("数据库没有给出新记录的编号。"));
-    const Result<QVariant> key = m_db.scalar(last);
+    const Result<QVariant> key = sqlScalar(m_db, last);
     if (!key.ok())
         return Error(key.error());
     return key.value().toInt();
@@ -33,7 +34,8 @@ Result<QHash<int, int>> QtRecordWriter::write(const std::vector<RecordValues> &r
     QHash<int, int> added;
     for (const RecordValues &row : rows) {
         if (row.recId > 0) {
-            Result<QSqlQuery> r = m_db.exec(m_db.dialect().updateRecord(row.recId, fieldNames(row.withAmounts), bindable(row)));
+            Result<QSqlQuery> r =
+                sqlExec(m_db, sqlDialect(m_db).updateRecord(row.recId, fieldNames(row.withAmounts), bindable(row)));
             if (!r.ok())
                 return Error(r.error());
             if (r.value().numRowsAffected() > 0)

@@ -2,6 +2,7 @@
 
 #include "data/PgRowReader.h"
 #include "data/RawRowQueue.h"
+#include "data/SqlAccess.h"
 #include "data/SqlValue.h"
 #include "grid/CellArrayData.h"
 #include "kxjournal/Database.h"
@@ -225,7 +226,7 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
 Result<FetchedRows> RecordFetcher::fetchQt(const Database &db, const SqlStatement &statement,
                                            const QStringList &amountFields, int leadingCols)
 {
-    Result<QSqlQuery> r = db.exec(statement, true);
+    Result<QSqlQuery> r = sqlExec(db, statement, true);
     if (!r.ok())
         return Error(r.error());
     QSqlQuery q = r.takeValue();

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "grid/CellArray.h"
+#include "data/SqlStatement.h"
 #include "kxjournal/Result.h"
-#include "kxjournal/SqlStatement.h"
 
 #include <QStringList>
 

@@ -1,7 +1,8 @@
 #include "kxjournal/Schema.h"
 
+#include "data/SqlAccess.h"
+#include "data/Transaction.h"
 #include "kxjournal/Database.h"
-#include "kxjournal/Transaction.h"
 
 #include <QStringList>
 
@@ -56,7 +57,7 @@ Result<void> Schema::create(Database &db)
     if (!tx.ok())
         return Error(tx.error());
     for (const QString &sql : statements(db.engine() == Database::PostgresEngine)) {
-        const Result<void> s = db.run({sql, {}});
+        const Result<void> s = sqlRun(db, {sql, {}});
         if (!s.ok())
             return s;
     }

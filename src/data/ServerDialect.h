@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kxjournal/SqlDialect.h"
+#include "data/SqlDialect.h"
 
 namespace kx {
 

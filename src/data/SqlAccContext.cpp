@@ -1,5 +1,7 @@
 #include "kxjournal/SqlAccContext.h"
 
+#include "data/SqlAccess.h"
+
 #include <QSqlRecord>
 
 namespace kx {
@@ -19,7 +21,7 @@ void SqlAccContext::setCurrentMonth(const QDate &date)
 
 QString SqlAccContext::accountField(int accId, const char *field)
 {
-    Result<QSqlQuery> r = m_db.exec(m_db.dialect().accountById(accId));
+    Result<QSqlQuery> r = sqlExec(m_db, sqlDialect(m_db).accountById(accId));
     if (!r.ok())
         return {};
     QSqlQuery q = r.takeValue();
@@ -41,11 +43,11 @@ QString SqlAccContext::LookupAccID(const QString &accText)
     const QString text = accText.trimmed();
     if (text.isEmpty())
         return QStringLiteral("0");
-    const SqlDialect &d = m_db.dialect();
+    const SqlDialect &d = sqlDialect(m_db);
     // Codes first, then names, then entry codes: a text that is one
     // account's code and another's name means the code.
     for (const SqlStatement &st : {d.accountIdByCode(text), d.accountIdByName(text), d.accountIdByEnterCode(text)}) {
-        const Result<QVariant> id = m_db.scalar(st);
+        const Result<QVariant> id = sqlScalar(m_db, st);
         if (id.ok() && id.value().isValid())
             return QString::number(id.value().toInt());
     }
@@ -63,7 +65,7 @@ QDate SqlAccContext::GetPeriodDate(const QDate &date)
 
 bool SqlAccContext::GetAccInfo(int accId, AccInfo &info)
 {
-    Result<QSqlQuery> r = m_db.exec(m_db.dialect().accountById(accId));
+    Result<QSqlQuery> r = sqlExec(m_db, sqlDialect(m_db).accountById(accId));
     if (!r.ok())
         return false;
     QSqlQuery q = r.takeValue();
@@ -79,14 +81,14 @@ bool SqlAccContext::GetAccInfo(int accId, AccInfo &info)
     QStringList names{info.name};
     for (int len = int(info.code.size()) - 1; len > 0; --len) {
         const Result<QVariant> parent =
-            m_db.firstRowField(m_db.dialect().accountByCode(info.code.left(len)), QStringLiteral("AccName"));
+            sqlFirstRowField(m_db, sqlDialect(m_db).accountByCode(info.code.left(len)), QStringLiteral("AccName"));
         if (!parent.ok())
             break;
         if (parent.value().isValid())
             names.prepend(parent.value().toString());
     }
     info.fullName = names.join(QLatin1Char('\\'));
-    const Result<QVariant> child = m_db.scalar(m_db.dialect().accountBelow(info.code));
+    const Result<QVariant> child = sqlScalar(m_db, sqlDialect(m_db).accountBelow(info.code));
     info.isDetail = !(child.ok() && child.value().isValid());
     return true;
 }

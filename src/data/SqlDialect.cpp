@@ -1,4 +1,4 @@
-#include "kxjournal/SqlDialect.h"
+#include "data/SqlDialect.h"
 
 #include "data/DesktopDialect.h"
 #include "data/ServerDialect.h"

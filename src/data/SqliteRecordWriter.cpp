@@ -1,7 +1,7 @@
 #include "data/SqliteRecordWriter.h"
 
+#include "data/SqlDialect.h"
 #include "kxjournal/Currency.h"
-#include "kxjournal/SqlDialect.h"
 
 #include <QStringEncoder>
 #include <sqlite3.h>

@@ -1,4 +1,4 @@
-#include "kxjournal/Transaction.h"
+#include "data/Transaction.h"
 
 #include "kxjournal/Database.h"
 

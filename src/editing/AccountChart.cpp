@@ -1,9 +1,10 @@
 #include "editing/AccountChart.h"
 
 #include "data/RecordFetcher.h"
+#include "data/SqlAccess.h"
+#include "data/SqlDialect.h"
 #include "editing/PinyinInitials.h"
 #include "kxjournal/Database.h"
-#include "kxjournal/SqlDialect.h"
 
 #include <algorithm>
 
@@ -13,13 +14,13 @@ bool AccountChart::read(const Database &db, int docId)
 {
     if (!db.isOpen())
         return false;
-    Result<FetchedRows> chart = RecordFetcher::fetch(db, db.dialect().chartOfAccounts(), {});
+    Result<FetchedRows> chart = RecordFetcher::fetch(db, sqlDialect(db).chartOfAccounts(), {});
     if (!chart.ok())
         return false;
     const FetchedRows rows = chart.takeValue();
     QHash<int, int> uses;
     if (docId > 0) {
-        Result<FetchedRows> counted = RecordFetcher::fetch(db, db.dialect().accountUse(docId), {});
+        Result<FetchedRows> counted = RecordFetcher::fetch(db, sqlDialect(db).accountUse(docId), {});
         if (counted.ok()) {
             const FetchedRows c = counted.takeValue();
             for (int r = 0; r < c.cells.rows(); ++r)

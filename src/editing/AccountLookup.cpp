@@ -1,8 +1,9 @@
 #include "editing/AccountLookup.h"
 
 #include "data/RecordFetcher.h"
+#include "data/SqlAccess.h"
+#include "data/SqlDialect.h"
 #include "kxjournal/Database.h"
-#include "kxjournal/SqlDialect.h"
 
 namespace kx {
 
@@ -47,11 +48,11 @@ int AccountLookup::findAccId(const QString &text) const
     const QString t = text.trimmed();
     if (t.isEmpty() || !m_db.isOpen())
         return 0;
-    const SqlDialect &d = m_db.dialect();
+    const SqlDialect &d = sqlDialect(m_db);
     // Codes first: a text that is one account's code and another's name
     // means the code.
     for (const SqlStatement &st : {d.accountIdByCode(t), d.accountIdByName(t), d.accountIdByEnterCode(t)}) {
-        const Result<QVariant> id = m_db.scalar(st);
+        const Result<QVariant> id = sqlScalar(m_db, st);
         if (id.ok() && id.value().isValid() && !id.value().isNull())
             return id.value().toInt();
     }
@@ -65,7 +66,7 @@ int AccountLookup::findByPath(const QString &path) const
         return 0;
     for (QChar sep : {QLatin1Char('_'), QLatin1Char('\\'), QLatin1Char('/')})
         text.replace(sep, QLatin1Char('.'));
-    const SqlDialect &d = m_db.dialect();
+    const SqlDialect &d = sqlDialect(m_db);
     QString prefix;
     qsizetype dot;
     while ((dot = text.indexOf(QLatin1Char('.'))) >= 0) {
@@ -93,14 +94,14 @@ AccountLookup::Account AccountLookup::byId(int id) const
 {
     if (id == 0 || !m_db.isOpen())
         return {};
-    return firstAccount(m_db, m_db.dialect().accountById(id));
+    return firstAccount(m_db, sqlDialect(m_db).accountById(id));
 }
 
 AccountLookup::Account AccountLookup::byCode(const QString &code) const
 {
     if (code.isEmpty() || !m_db.isOpen())
         return {};
-    return firstAccount(m_db, m_db.dialect().accountByCode(code));
+    return firstAccount(m_db, sqlDialect(m_db).accountByCode(code));
 }
 
 bool AccountLookup::isLedgerLabel(const QString &text)
@@ -112,7 +113,7 @@ QString AccountLookup::bookExplains(int docId) const
 {
     if (!m_db.isOpen())
         return {};
-    const FetchedRows rows = rowsOf(m_db, m_db.dialect().bookExplains(docId));
+    const FetchedRows rows = rowsOf(m_db, sqlDialect(m_db).bookExplains(docId));
     QString list;
     QStringList seen;
     for (int r = 0; r < rows.cells.rows(); ++r) {
@@ -129,7 +130,7 @@ QString AccountLookup::recentExplains() const
 {
     if (!m_db.isOpen())
         return {};
-    const FetchedRows rows = rowsOf(m_db, m_db.dialect().recentExplains());
+    const FetchedRows rows = rowsOf(m_db, sqlDialect(m_db).recentExplains());
     QString list;
     for (int r = 0; r < rows.cells.rows(); ++r) {
         const QString t = rows.cells.text(r, 0).trimmed();

@@ -1,10 +1,11 @@
 #include "editing/BalanceReach.h"
 
+#include "data/SqlAccess.h"
+#include "data/SqlDialect.h"
 #include "editing/EditContext.h"
 #include "grid/Cell.h"
 #include "kxjournal/Database.h"
 #include "grid/Sheet.h"
-#include "kxjournal/SqlDialect.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerState.h"
 
@@ -33,7 +34,7 @@ bool fitsGrid(Currency value)
 int BalanceReach::exactDigits(const EditContext &ctx)
 {
     const Database *db = ctx.db();
-    return db ? db->dialect().exactDigits() : 19;
+    return db ? sqlDialect(*db).exactDigits() : 19;
 }
 
 QString BalanceReach::refusal(const EditContext &ctx, Currency value)

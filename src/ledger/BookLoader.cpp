@@ -16,6 +16,7 @@
 #include "ledger/StoredRecords.h"
 #include "ledger/SummaryRows.h"
 
+#include "data/SqlAccess.h"
 #include "grid/CellArrayData.h"
 
 #include <QDate>
@@ -93,7 +94,7 @@ BookLoader::Outcome BookLoader::load(int docId)
     JournalDefinition definition(db, book);
     // A connection dropped since the last statement (a server restart) is
     // opened again, as a save does.
-    if (const Result<void> connected = db.ensureConnected(); !connected.ok())
+    if (const Result<void> connected = ensureConnected(db); !connected.ok())
         return fail(connected.error());
     if (docId != 0)
         definition.read(docId);
@@ -111,8 +112,8 @@ BookLoader::Outcome BookLoader::load(int docId)
     if (m_host.stopped() || !m_acc)
         return fail(QStringLiteral("没有连接到账套。"));
 
-    const SqlStatement query =
-        consolidated ? db.dialect().loadConsolidated(definition.subordinateIds()) : db.dialect().loadBook(book.docId);
+    const SqlStatement query = consolidated ? sqlDialect(db).loadConsolidated(definition.subordinateIds())
+                                            : sqlDialect(db).loadBook(book.docId);
     // Rows are held by pointer, so the array grows cheaply without a count first.
     Result<FetchedRows> fetched = RecordFetcher::fetch(db, query, amountFields(), 0, m_grid.fixedCols());
     if (!fetched.ok())
@@ -228,7 +229,7 @@ void BookLoader::mergeMonths()
         const int doc = int(row.number(JournalColumns::DocID));
         if (!firstRecord.contains(doc)) {
             QString key;
-            Result<QSqlQuery> q = db.exec(db.dialect().firstRecordOfBook(doc));
+            Result<QSqlQuery> q = sqlExec(db, sqlDialect(db).firstRecordOfBook(doc));
             if (q.ok()) {
                 QSqlQuery first = q.takeValue();
                 if (first.next())

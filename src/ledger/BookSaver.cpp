@@ -1,10 +1,11 @@
 #include "ledger/BookSaver.h"
 
 #include "data/RecordWriter.h"
+#include "data/SqlAccess.h"
+#include "data/Transaction.h"
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Database.h"
 #include "grid/Sheet.h"
-#include "kxjournal/Transaction.h"
 #include "ledger/BookLoader.h"
 #include "ledger/BookRow.h"
 #include "ledger/ConflictCheck.h"
@@ -99,7 +100,7 @@ Result<void> BookSaver::reachDatabase()
 {
     if (!m_acc)
         return Error(QStringLiteral("没有连接到账套。"));
-    return m_acc->Connection().ensureConnected();
+    return ensureConnected(m_acc->Connection());
 }
 
 bool BookSaver::anyDatedAfter(int row) const
@@ -204,7 +205,7 @@ Result<void> BookSaver::writeRecords()
     if (m_host.stopped() || !m_acc)
         return Error(QStringLiteral("没有连接到账套。"));
     Database &db = m_acc->Connection();
-    if (const Result<void> connected = db.ensureConnected(); !connected.ok())
+    if (const Result<void> connected = ensureConnected(db); !connected.ok())
         return connected;
 
     const JournalColumns columns(m_grid);
@@ -293,7 +294,7 @@ Result<void> BookSaver::writeRecords()
     // changes in between fails the write instead of being overwritten.
     if (db.engine() == Database::PostgresEngine) {
         if (const Result<void> snapshot =
-                db.run({QStringLiteral("SET TRANSACTION ISOLATION LEVEL REPEATABLE READ"), {}});
+                sqlRun(db, {QStringLiteral("SET TRANSACTION ISOLATION LEVEL REPEATABLE READ"), {}});
             !snapshot.ok())
             return snapshot;
     }
@@ -318,12 +319,12 @@ Result<void> BookSaver::writeRecords()
     const int openingRow = last >= first ? first : -1;
     if (openingRow >= 0 && BookRow::of(m_grid, columns, openingRow).isDated() &&
         BookRow::of(m_grid, columns, openingRow).balance().isZero() && !anyDatedAfter(openingRow)) {
-        const Result<QVariant> stored = db.scalar(db.dialect().countRecords(m_state.savedDocId()));
+        const Result<QVariant> stored = sqlScalar(db, sqlDialect(db).countRecords(m_state.savedDocId()));
         if (!stored.ok())
             return Error(stored.error());
         // Records other users added since stay: then only this row goes.
         if (stored.value().toInt() <= 1) {
-            const Result<void> cleared = db.run(db.dialect().deleteBook(m_state.savedDocId()));
+            const Result<void> cleared = sqlRun(db, sqlDialect(db).deleteBook(m_state.savedDocId()));
             if (!cleared.ok())
                 return cleared;
             emptied = true;

@@ -1,6 +1,7 @@
 #include "ledger/ConflictCheck.h"
 
 #include "data/RecordFetcher.h"
+#include "data/SqlAccess.h"
 #include "kxjournal/Database.h"
 #include "grid/Sheet.h"
 #include "ledger/BookLoader.h"
@@ -20,7 +21,7 @@ Result<QList<int>> ConflictCheck::changedElsewhere(const QList<int> &keys, int d
     // Most of a book is read faster whole, in one statement, than key by key;
     // what is not found there (moved to another book since) is read by key.
     if (remembered.size() > WholeBookFrom) {
-        const Result<void> read = compare(m_db.dialect().recordsOfBook(docId), remembered, changed);
+        const Result<void> read = compare(sqlDialect(m_db).recordsOfBook(docId), remembered, changed);
         if (!read.ok())
             return Error(read.error());
     }
@@ -28,7 +29,7 @@ Result<QList<int>> ConflictCheck::changedElsewhere(const QList<int> &keys, int d
     // A few hundred keys a statement keeps every engine's limits far off.
     constexpr int Chunk = 500;
     for (int from = 0; from < left.size(); from += Chunk) {
-        const Result<void> read = compare(m_db.dialect().storedRecords(left.mid(from, Chunk)), remembered, changed);
+        const Result<void> read = compare(sqlDialect(m_db).storedRecords(left.mid(from, Chunk)), remembered, changed);
         if (!read.ok())
             return Error(read.error());
     }

@@ -1,5 +1,6 @@
 #include "ledger/ConflictMerge.h"
 
+#include "data/SqlAccess.h"
 #include "kxjournal/Database.h"
 #include "grid/Sheet.h"
 #include "ledger/BalanceCalculator.h"
@@ -83,7 +84,7 @@ Result<void> ConflictMerge::merge(const Database &db, const QHash<int, int> &row
     constexpr int Chunk = 500;
     for (int from = 0; from < keys.size(); from += Chunk) {
         const Result<void> read =
-            ConflictCheck::readStored(db, db.dialect().storedRecords(keys.mid(from, Chunk)), [&](const BookRow &row) {
+            ConflictCheck::readStored(db, sqlDialect(db).storedRecords(keys.mid(from, Chunk)), [&](const BookRow &row) {
                 Stored s;
                 s.docId = int(row.number(C::DocID));
                 s.print = StoredRecords::fingerprint(row, s.docId, int(row.number(C::Row)), false);

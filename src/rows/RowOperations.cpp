@@ -1,11 +1,12 @@
 #include "rows/RowOperations.h"
 
+#include "data/SqlAccess.h"
+#include "data/SqlDialect.h"
+#include "data/Transaction.h"
 #include "grid/GridBusy.h"
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Database.h"
 #include "grid/Sheet.h"
-#include "kxjournal/SqlDialect.h"
-#include "kxjournal/Transaction.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerHost.h"
@@ -275,7 +276,7 @@ Result<int> RowOperations::deleteHistory(AccContext *context)
             const int key = BookRow::of(m_grid, columns, r).recId();
             if (key <= 0)
                 continue;
-            if (const Result<void> gone = db.run(db.dialect().deleteRecord(key)); !gone.ok())
+            if (const Result<void> gone = sqlRun(db, sqlDialect(db).deleteRecord(key)); !gone.ok())
                 return Error(gone.error());
         }
         if (const Result<void> committed = tx.commit(); !committed.ok())

@@ -1,8 +1,9 @@
 #include "voucher/VoucherDirectory.h"
 
 #include "data/RecordFetcher.h"
+#include "data/SqlAccess.h"
+#include "data/SqlDialect.h"
 #include "kxjournal/Database.h"
-#include "kxjournal/SqlDialect.h"
 
 #include <QDateTime>
 
@@ -33,7 +34,7 @@ QString VoucherDirectory::label(int docId) const
 {
     if (docId <= 0)
         return {};
-    Result<FetchedRows> fetched = RecordFetcher::fetch(m_db, m_db.dialect().voucherById(docId), {});
+    Result<FetchedRows> fetched = RecordFetcher::fetch(m_db, sqlDialect(m_db).voucherById(docId), {});
     if (!fetched.ok() || fetched.value().cells.rows() == 0)
         return {};
     const FetchedRows &got = fetched.value();
@@ -51,7 +52,7 @@ QString VoucherDirectory::label(int docId) const
 
 Result<QDate> VoucherDirectory::nextDate(const QString &period, const QDate &periodEnd) const
 {
-    const Result<QVariant> got = m_db.scalar(m_db.dialect().voucherDateOfPeriod(period));
+    const Result<QVariant> got = sqlScalar(m_db, sqlDialect(m_db).voucherDateOfPeriod(period));
     if (!got.ok())
         return Error(got.error());
     const QDate day = dateOf(got.value());
@@ -60,7 +61,7 @@ Result<QDate> VoucherDirectory::nextDate(const QString &period, const QDate &per
 
 Result<int> VoucherDirectory::nextNumber(const QString &type, const QDate &start, const QDate &end) const
 {
-    const Result<QVariant> got = m_db.scalar(m_db.dialect().highestVoucherNo(type, start, end));
+    const Result<QVariant> got = sqlScalar(m_db, sqlDialect(m_db).highestVoucherNo(type, start, end));
     if (!got.ok())
         return Error(got.error());
     if (!got.value().isValid() || got.value().toString().isEmpty())
@@ -78,7 +79,8 @@ Result<int> VoucherDirectory::nextNumber(const QString &type, const QDate &start
 
 Result<QList<VoucherPicker::Entry>> VoucherDirectory::vouchers(const QDate &start, const QDate &end) const
 {
-    Result<FetchedRows> fetched = RecordFetcher::fetch(m_db, m_db.dialect().vouchersBetween(start, end, UnboundedList), {});
+    Result<FetchedRows> fetched =
+        RecordFetcher::fetch(m_db, sqlDialect(m_db).vouchersBetween(start, end, UnboundedList), {});
     if (!fetched.ok())
         return Error(fetched.error());
     const CellArray &cells = fetched.value().cells;

@@ -1,10 +1,11 @@
 #include "voucher/VoucherLink.h"
 
+#include "data/SqlAccess.h"
+#include "data/SqlDialect.h"
+#include "data/Transaction.h"
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Database.h"
 #include "grid/Sheet.h"
-#include "kxjournal/SqlDialect.h"
-#include "kxjournal/Transaction.h"
 #include "ledger/BookRow.h"
 #include "ledger/ConflictCheck.h"
 #include "ledger/LedgerHost.h"
@@ -181,7 +182,8 @@ Result<void> VoucherLink::writeStored(const QList<int> &rows, int voucherId, QLi
     // One snapshot for the read and the writes: a link another user stores
     // in between fails this write instead of being overwritten.
     if (db.engine() == Database::PostgresEngine) {
-        if (const Result<void> snapshot = db.run({QStringLiteral("SET TRANSACTION ISOLATION LEVEL REPEATABLE READ"), {}});
+        if (const Result<void> snapshot =
+                sqlRun(db, {QStringLiteral("SET TRANSACTION ISOLATION LEVEL REPEATABLE READ"), {}});
             !snapshot.ok())
             return snapshot;
     }
@@ -197,7 +199,7 @@ Result<void> VoucherLink::writeStored(const QList<int> &rows, int voucherId, QLi
     constexpr int Chunk = 500;
     for (int from = 0; from < keys.size(); from += Chunk) {
         const Result<void> read = ConflictCheck::readStored(
-            db, db.dialect().storedRecords(keys.mid(from, Chunk)), [&](const BookRow &rec) {
+            db, sqlDialect(db).storedRecords(keys.mid(from, Chunk)), [&](const BookRow &rec) {
                 const int gridRow = rowOf.value(rec.recId());
                 found.insert(rec.recId());
                 if (int(rec.number(JournalColumns::DocID)) != m_state.savedDocId()) {
@@ -225,8 +227,8 @@ Result<void> VoucherLink::writeStored(const QList<int> &rows, int voucherId, QLi
         if (!found.contains(key))
             refused << QStringLiteral("第%1行的记录已不在数据库里（可能已被他人删除）").arg(rowOf.value(key));
     for (auto it = seen.cbegin(); it != seen.cend(); ++it) {
-        const Result<SqlStatement> update = db.dialect().updateRecordField(QStringLiteral("DirID"), voucherId, it.key());
-        const Result<void> ran = update.ok() ? db.run(update.value()) : Result<void>(Error(update.error()));
+        const Result<SqlStatement> update = sqlDialect(db).updateRecordField(QStringLiteral("DirID"), voucherId, it.key());
+        const Result<void> ran = update.ok() ? sqlRun(db, update.value()) : Result<void>(Error(update.error()));
         if (!ran.ok())
             return ran;
     }

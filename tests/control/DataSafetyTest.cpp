@@ -2,6 +2,7 @@
 // grid holds where it is, and a save never overwrites what somebody else
 // stored since this control read it without asking.
 #include "QtPrinters.h"
+#include "data/SqlAccess.h"
 #include "support/TestDatabase.h"
 
 #include "grid/Sheet.h"
@@ -24,7 +25,7 @@ protected:
         testDb = std::make_unique<kxtest::TestDatabase>(GetParam());
         kx::Database db = testDb->open();
         bookA = kxtest::fillSampleBooks(db, 120, 2);
-        bookB = db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("020102")}})
+        bookB = kx::sqlScalar(db, {QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("020102")}})
                     .valueOr(QVariant())
                     .toInt();
         ASSERT_GT(bookA, 0);
@@ -49,16 +50,14 @@ protected:
 
     int count(int doc) const
     {
-        return testDb->open()
-            .scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=?"), {doc}})
+        return kx::sqlScalar(testDb->open(), {QStringLiteral("Select count(*) From kxJournalRecs Where DocID=?"), {doc}})
             .valueOr(QVariant())
             .toInt();
     }
 
     QString storedExplain(int key) const
     {
-        return testDb->open()
-            .scalar({QStringLiteral("Select Explain From kxJournalRecs Where RecID=?"), {key}})
+        return kx::sqlScalar(testDb->open(), {QStringLiteral("Select Explain From kxJournalRecs Where RecID=?"), {key}})
             .valueOr(QVariant())
             .toString();
     }
@@ -104,9 +103,9 @@ TEST_P(DataSafety, AFailedLoadLeavesTheBookInTheGridWhereItIsStored)
 
     // Another program takes the records table away for a moment: the load of B fails.
     kx::Database other = testDb->open();
-    ASSERT_TRUE(other.run({QStringLiteral("ALTER TABLE kxJournalRecs RENAME TO kxJournalRecsAway"), {}}).ok());
+    ASSERT_TRUE(kx::sqlRun(other, {QStringLiteral("ALTER TABLE kxJournalRecs RENAME TO kxJournalRecsAway"), {}}).ok());
     EXPECT_FALSE(journal->Load(bookB));
-    ASSERT_TRUE(other.run({QStringLiteral("ALTER TABLE kxJournalRecsAway RENAME TO kxJournalRecs"), {}}).ok());
+    ASSERT_TRUE(kx::sqlRun(other, {QStringLiteral("ALTER TABLE kxJournalRecsAway RENAME TO kxJournalRecs"), {}}).ok());
     EXPECT_EQ(journal->DocID(), bookA) << "the control stays on the book it shows";
     EXPECT_TRUE(journal->IsDirty());
 
@@ -183,7 +182,7 @@ TEST_P(DataSafety, ChangesSavedElsewhereAreNeverOverwrittenWithoutAsking)
     EXPECT_FALSE(b->IsDirty());
 
     // Asked again after another change elsewhere, B keeps its own version.
-    ASSERT_TRUE(testDb->open().run({QStringLiteral("Update kxJournalRecs Set Explain=? Where RecID=?"),
+    ASSERT_TRUE(kx::sqlRun(testDb->open(), {QStringLiteral("Update kxJournalRecs Set Explain=? Where RecID=?"),
                                     {QStringLiteral("第三个程序改的"), key2}}).ok());
     edit(*b, row2, QStringLiteral("乙坚持自己的"));
     answer = true;
@@ -205,7 +204,7 @@ TEST_P(DataSafety, AChangeElsewhereIsFoundWhenTheWholeBookIsWritten)
     kx::Sheet *g = kx::Sheet::of(journal->Grid());
     const int theirs = recordRow(*journal, g->rows() / 2);
     const int key = keyAt(*journal, theirs);
-    ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set Remark=? Where RecID=?"), {QStringLiteral("别人的"), key}})
+    ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("Update kxJournalRecs Set Remark=? Where RecID=?"), {QStringLiteral("别人的"), key}})
                     .ok());
     for (int r = g->fixedRows(); r < g->rows() - 1; ++r)  // not the empty row waiting at the bottom
         g->setText(r, QStringLiteral("Remark"), QStringLiteral("全部重写"));
@@ -219,7 +218,7 @@ TEST_P(DataSafety, AChangeElsewhereIsFoundWhenTheWholeBookIsWritten)
     ASSERT_EQ(questions.size(), 1);
     EXPECT_TRUE(questions.first().contains(QStringLiteral("第%1行").arg(theirs))) << questions.first().toStdString();
     EXPECT_EQ(questions.first().count(QStringLiteral("第")), 1) << "only the record changed elsewhere is named";
-    EXPECT_EQ(db.scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=? And Remark=?"),
+    EXPECT_EQ(kx::sqlScalar(db, {QStringLiteral("Select count(*) From kxJournalRecs Where DocID=? And Remark=?"),
                          {big, QStringLiteral("全部重写")}})
                   .valueOr(QVariant())
                   .toInt(),
@@ -234,8 +233,8 @@ TEST_P(DataSafety, ARecordKeyTooBigForTheGridIsRefusedAtLoadNotDuplicated)
     kx::Database db = testDb->open();
     const bool pg = GetParam() == Engine::Postgres;
     if (pg)
-        ASSERT_TRUE(db.run({QStringLiteral("ALTER TABLE kxJournalRecs ALTER COLUMN RecID TYPE bigint"), {}}).ok());
-    ASSERT_TRUE(db.run({QStringLiteral("INSERT INTO kxJournalRecs (RecID, DocID, Row, JnlDate, Explain) "
+        ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("ALTER TABLE kxJournalRecs ALTER COLUMN RecID TYPE bigint"), {}}).ok());
+    ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("INSERT INTO kxJournalRecs (RecID, DocID, Row, JnlDate, Explain) "
                                        "VALUES (3000000000, ?, 999, ?, ?)"),
                         {bookB, QDate(2025, 6, 1), QStringLiteral("外部程序写的")}})
                     .ok());
@@ -284,26 +283,26 @@ TEST_P(DataSafety, OddStoredValuesAreReadOrLeftAloneNeverDestroyed)
     kx::Database db = testDb->open();
     if (pg) {
         // The server's own types hold only what they can: a timestamp column and a NaN amount.
-        ASSERT_TRUE(db.run({QStringLiteral("ALTER TABLE kxJournalRecs ALTER COLUMN JnlDate TYPE timestamp"), {}}).ok());
-        ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set JnlDate='2025-01-18 09:30:00' Where RecID=?"), {timedKey}}).ok());
-        ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set Debit='NaN' Where RecID=?"), {oddKey}}).ok());
+        ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("ALTER TABLE kxJournalRecs ALTER COLUMN JnlDate TYPE timestamp"), {}}).ok());
+        ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("Update kxJournalRecs Set JnlDate='2025-01-18 09:30:00' Where RecID=?"), {timedKey}}).ok());
+        ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("Update kxJournalRecs Set Debit='NaN' Where RecID=?"), {oddKey}}).ok());
     } else {
-        ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set JnlDate='2025-01-18 09:30:00' Where RecID=?"), {timedKey}}).ok());
-        ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set Debit='abc' Where RecID=?"), {oddKey}}).ok());
+        ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("Update kxJournalRecs Set JnlDate='2025-01-18 09:30:00' Where RecID=?"), {timedKey}}).ok());
+        ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("Update kxJournalRecs Set Debit='abc' Where RecID=?"), {oddKey}}).ok());
     }
     // A whole number past what money holds, stored by a program that has no
     // such limit (PostgreSQL's column type refuses it already).
     const int hugeKey = pg ? oddKey : keyAt(*journal, recordRow(*journal, odd));
     if (!pg)
-        ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set Credit=10000000000000000 Where RecID=?"), {hugeKey}}).ok());
+        ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("Update kxJournalRecs Set Credit=10000000000000000 Where RecID=?"), {hugeKey}}).ok());
     // A rate kept to six places, which money's four would round.
     const int fineRow = recordRow(*journal, recordRow(*journal, odd));
     const int fineKey = keyAt(*journal, fineRow);
-    ASSERT_TRUE(db.run({QStringLiteral("Update kxJournalRecs Set Rate=7.123456 Where RecID=?"), {fineKey}}).ok());
-    const QString fineRate = db.scalar({QStringLiteral("Select Rate From kxJournalRecs Where RecID=?"), {fineKey}})
+    ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("Update kxJournalRecs Set Rate=7.123456 Where RecID=?"), {fineKey}}).ok());
+    const QString fineRate = kx::sqlScalar(db, {QStringLiteral("Select Rate From kxJournalRecs Where RecID=?"), {fineKey}})
                                  .valueOr(QVariant())
                                  .toString();
-    const QString oddDebit = db.scalar({QStringLiteral("Select Debit From kxJournalRecs Where RecID=?"), {oddKey}})
+    const QString oddDebit = kx::sqlScalar(db, {QStringLiteral("Select Debit From kxJournalRecs Where RecID=?"), {oddKey}})
                                  .valueOr(QVariant())
                                  .toString();
     said.clear();
@@ -323,15 +322,15 @@ TEST_P(DataSafety, OddStoredValuesAreReadOrLeftAloneNeverDestroyed)
     ASSERT_TRUE(journal->Save()) << said.join(QLatin1Char('\n')).toStdString();
     EXPECT_TRUE(said.join(QLatin1Char('\n')).contains(QStringLiteral("第%1行").arg(odd)))
         << "an edit that could not be stored is said: " << said.join(QLatin1Char('\n')).toStdString();
-    EXPECT_EQ(db.scalar({QStringLiteral("Select Remark From kxJournalRecs Where RecID=?"), {timedKey}}).valueOr(QVariant()).toString(),
+    EXPECT_EQ(kx::sqlScalar(db, {QStringLiteral("Select Remark From kxJournalRecs Where RecID=?"), {timedKey}}).valueOr(QVariant()).toString(),
               QStringLiteral("都改"));
-    EXPECT_EQ(db.scalar({QStringLiteral("Select Debit From kxJournalRecs Where RecID=?"), {oddKey}}).valueOr(QVariant()).toString(),
+    EXPECT_EQ(kx::sqlScalar(db, {QStringLiteral("Select Debit From kxJournalRecs Where RecID=?"), {oddKey}}).valueOr(QVariant()).toString(),
               oddDebit);
-    EXPECT_NE(db.scalar({QStringLiteral("Select Remark From kxJournalRecs Where RecID=?"), {oddKey}}).valueOr(QVariant()).toString(),
+    EXPECT_NE(kx::sqlScalar(db, {QStringLiteral("Select Remark From kxJournalRecs Where RecID=?"), {oddKey}}).valueOr(QVariant()).toString(),
               QStringLiteral("都改"));
-    EXPECT_NE(db.scalar({QStringLiteral("Select Remark From kxJournalRecs Where RecID=?"), {hugeKey}}).valueOr(QVariant()).toString(),
+    EXPECT_NE(kx::sqlScalar(db, {QStringLiteral("Select Remark From kxJournalRecs Where RecID=?"), {hugeKey}}).valueOr(QVariant()).toString(),
               QStringLiteral("都改"));
-    EXPECT_EQ(db.scalar({QStringLiteral("Select Rate From kxJournalRecs Where RecID=?"), {fineKey}}).valueOr(QVariant()).toString(),
+    EXPECT_EQ(kx::sqlScalar(db, {QStringLiteral("Select Rate From kxJournalRecs Where RecID=?"), {fineKey}}).valueOr(QVariant()).toString(),
               fineRate);
 }
 
@@ -383,7 +382,7 @@ TEST_P(DataSafety, RandomRoundsOfThreeWritersLoseNothingAndAlwaysAskOnOverlap)
         const QString text = QStringLiteral("第%1轮").arg(round);
         const int who = int(rng.bounded(3));
         if (who == 2) {
-            ASSERT_TRUE(other.run({QStringLiteral("Update kxJournalRecs Set Explain=? Where RecID=?"), {text, key}}).ok());
+            ASSERT_TRUE(kx::sqlRun(other, {QStringLiteral("Update kxJournalRecs Set Explain=? Where RecID=?"), {text, key}}).ok());
             stored[key] = text;
             continue;
         }
@@ -413,7 +412,7 @@ TEST_P(DataSafety, RandomRoundsOfThreeWritersLoseNothingAndAlwaysAskOnOverlap)
 TEST_P(DataSafety, AConsolidatedGridIsNeverSavedIntoOneBook)
 {
     kx::Database db = testDb->open();
-    const int parent = db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode='0201'"), {}})
+    const int parent = kx::sqlScalar(db, {QStringLiteral("Select asID From kxJournal Where AssistCode='0201'"), {}})
                            .valueOr(QVariant())
                            .toInt();
     ASSERT_GT(parent, 0);
@@ -451,8 +450,7 @@ TEST_P(DataSafety, AnAmountBeyondWhatMoneyHoldsIsRefusedNotStoredWrong)
     ASSERT_TRUE(journal->Load());
     const int row = recordRow(*journal);
     const int key = keyAt(*journal, row);
-    const QString debitBefore = testDb->open()
-                                    .scalar({QStringLiteral("Select Debit From kxJournalRecs Where RecID=?"), {key}})
+    const QString debitBefore = kx::sqlScalar(testDb->open(), {QStringLiteral("Select Debit From kxJournalRecs Where RecID=?"), {key}})
                                     .valueOr(QVariant())
                                     .toString();
     journal->Grid()->setText(row, QStringLiteral("Debit"), QStringLiteral("1000000000000000"));
@@ -463,8 +461,7 @@ TEST_P(DataSafety, AnAmountBeyondWhatMoneyHoldsIsRefusedNotStoredWrong)
     EXPECT_TRUE(said.join(QLatin1Char('\n')).contains(QStringLiteral("第%1行").arg(row)))
         << said.join(QLatin1Char('\n')).toStdString();
     EXPECT_NE(storedExplain(key), QStringLiteral("金额太大")) << "nothing of the pass is stored";
-    EXPECT_EQ(testDb->open()
-                  .scalar({QStringLiteral("Select Debit From kxJournalRecs Where RecID=?"), {key}})
+    EXPECT_EQ(kx::sqlScalar(testDb->open(), {QStringLiteral("Select Debit From kxJournalRecs Where RecID=?"), {key}})
                   .valueOr(QVariant())
                   .toString(),
               debitBefore);

@@ -1,6 +1,7 @@
 // Trouble with the database itself: a file nobody may write, a server that
 // went away. The control says so plainly and never claims to have stored.
 #include "QtPrinters.h"
+#include "data/SqlAccess.h"
 #include "support/TestDatabase.h"
 
 #include "grid/Sheet.h"
@@ -27,7 +28,7 @@ TEST(DatabaseTrouble, AReadOnlyDatabaseOpensForReadingAndRefusesToSaveClearly)
     {
         kx::Database db = kx::Database::open(QStringLiteral("sqlite:") + path);
         docId = kxtest::fillSampleBooks(db, 40, 1);
-        ASSERT_TRUE(db.run({QStringLiteral("PRAGMA journal_mode=DELETE"), {}}).ok());
+        ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("PRAGMA journal_mode=DELETE"), {}}).ok());
     }
     ASSERT_GT(docId, 0);
     QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
@@ -85,7 +86,7 @@ TEST(DatabaseTrouble, ASaveWithNothingChangedAfterTheServerWentAwayDoesNotClaimS
     Journal journal;
     journal.setAcc(&acc);
     QObject::connect(&journal, &Journal::Notify, [&said](const QString &m, bool) { said << m; });
-    journal.setDocID(acc.Connection().scalar({QStringLiteral("Select asID From kxJournal Where AssistCode='020101'"), {}})
+    journal.setDocID(kx::sqlScalar(acc.Connection(), {QStringLiteral("Select asID From kxJournal Where AssistCode='020101'"), {}})
                          .value()
                          .toInt());
     ASSERT_TRUE(journal.Load());

@@ -1,6 +1,7 @@
 // One operation at a time, whatever a host does in its event handlers, and a
 // context the host may delete whenever it likes.
 #include "QtPrinters.h"
+#include "data/SqlAccess.h"
 #include "support/TestDatabase.h"
 
 #include "grid/Sheet.h"
@@ -28,7 +29,7 @@ protected:
         testDb = std::make_unique<kxtest::TestDatabase>(kxtest::Engine::Sqlite);
         kx::Database db = testDb->open();
         bookA = kxtest::fillSampleBooks(db, 300, 2);
-        bookB = db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("01")}})
+        bookB = kx::sqlScalar(db, {QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("01")}})
                     .valueOr(QVariant())
                     .toInt();
         ASSERT_GT(bookA, 0);
@@ -43,7 +44,7 @@ protected:
     int storedExplainCount(const QString &text) const
     {
         kx::Database db = testDb->open();
-        return db.scalar({QStringLiteral("Select count(*) From kxJournalRecs Where Explain=?"), {text}})
+        return kx::sqlScalar(db, {QStringLiteral("Select count(*) From kxJournalRecs Where Explain=?"), {text}})
             .valueOr(QVariant())
             .toInt();
     }

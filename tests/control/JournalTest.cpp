@@ -1,4 +1,5 @@
 #include "QtPrinters.h"
+#include "data/SqlAccess.h"
 #include "support/TestDatabase.h"
 
 #include <kxjournal/GridView.h>
@@ -328,7 +329,10 @@ TEST(Journal, AccountFieldsComeFromTheContext)
     kxtest::TestDatabase testDb(kxtest::Engine::Sqlite);
     kx::Database db = testDb.open();
     ASSERT_TRUE(kx::Schema::create(db).ok());
-    ASSERT_TRUE(db.run({QStringLiteral("INSERT INTO kxAccClass (AccID, AccCode, AccName, EnterCode) VALUES (1002,'1002','银行存款','yhck')"), {}}).ok());
+    ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("INSERT INTO kxAccClass (AccID, AccCode, AccName, EnterCode) "
+                                               "VALUES (1002,'1002','银行存款','yhck')"),
+                                {}})
+                    .ok());
     kx::SqlAccContext acc(std::move(db));
     Journal j;
     EXPECT_EQ(j.Get_AccCodeField(QStringLiteral("AccName"), 1002), QString()) << "no context yet";

@@ -2,6 +2,7 @@
 // any event an operation raises: the operation ends quietly, touches nothing
 // freed, and leaves the database with all or none of what it was writing.
 #include "QtPrinters.h"
+#include "data/SqlAccess.h"
 #include "support/TestDatabase.h"
 
 #include <kxjournal/GridView.h>
@@ -219,7 +220,7 @@ protected:
     int storedCount(const QString &explain) const
     {
         kx::Database db = testDb->open();
-        return db.scalar({QStringLiteral("Select count(*) From kxJournalRecs Where Explain=?"), {explain}})
+        return kx::sqlScalar(db, {QStringLiteral("Select count(*) From kxJournalRecs Where Explain=?"), {explain}})
             .valueOr(QVariant(-1))
             .toInt();
     }
@@ -227,7 +228,7 @@ protected:
     int storedBefore(const QDate &date) const
     {
         kx::Database db = testDb->open();
-        return db.scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=? And JnlDate<?"),
+        return kx::sqlScalar(db, {QStringLiteral("Select count(*) From kxJournalRecs Where DocID=? And JnlDate<?"),
                           {book, date}})
             .valueOr(QVariant(-1))
             .toInt();

@@ -1,6 +1,7 @@
 // Which context-menu items are enabled, over the kinds of row the cursor can
 // stand on and the states a book can be in. Each case lists the items that
 // must be disabled; every other item must be enabled.
+#include "data/SqlAccess.h"
 #include "editing/EditingBook.h"
 #include "support/BookBuilder.h"
 
@@ -160,7 +161,7 @@ TEST(MenuState, AConsolidatedOrEmptyBookOffersOnlyWhatReadsIt)
     kx::Database conn = db.open();
     const int bottom = kxtest::fillSampleBooks(conn, 60, 2);
     ASSERT_GT(bottom, 0);
-    const int parent = conn.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode='0201'"), {}})
+    const int parent = kx::sqlScalar(conn, {QStringLiteral("Select asID From kxJournal Where AssistCode='0201'"), {}})
                            .valueOr(QVariant())
                            .toInt();
     kxtest::BookBuilder builder(conn);

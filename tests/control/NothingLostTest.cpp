@@ -4,6 +4,7 @@
 // What was merged, or stored at once, is the base the next save judges
 // against, and a record moved to another book stays there.
 #include "QtPrinters.h"
+#include "data/SqlAccess.h"
 #include "editing/EditingBook.h"
 
 #include <kxjournal/Database.h>
@@ -21,15 +22,13 @@ class NothingLost : public ::testing::TestWithParam<Engine>
 protected:
     QVariant stored(const EditingBook &b, const char *field, int key) const
     {
-        return b.db->open()
-            .scalar({QStringLiteral("Select %1 From kxJournalRecs Where RecID=?").arg(QLatin1String(field)), {key}})
+        return kx::sqlScalar(b.db->open(), {QStringLiteral("Select %1 From kxJournalRecs Where RecID=?").arg(QLatin1String(field)), {key}})
             .valueOr(QVariant());
     }
 
     int count(const EditingBook &b) const
     {
-        return b.db->open()
-            .scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=?"), {b.book}})
+        return kx::sqlScalar(b.db->open(), {QStringLiteral("Select count(*) From kxJournalRecs Where DocID=?"), {b.book}})
             .valueOr(QVariant())
             .toInt();
     }
@@ -39,8 +38,7 @@ protected:
     // Another user sets \a field of record \a key to \a value.
     static void set(const EditingBook &b, const char *field, const QVariant &value, int key)
     {
-        ASSERT_TRUE(b.db->open()
-                        .run({QStringLiteral("Update kxJournalRecs Set %1=? Where RecID=?").arg(QLatin1String(field)), {value, key}})
+        ASSERT_TRUE(kx::sqlRun(b.db->open(), {QStringLiteral("Update kxJournalRecs Set %1=? Where RecID=?").arg(QLatin1String(field)), {value, key}})
                         .ok());
     }
 
@@ -190,7 +188,7 @@ TEST_P(NothingLost, ARecordDeletedOnOneSideAndChangedOnTheOtherIsAskedAbout)
     const int key3 = key(b, 3), key4 = key(b, 4);
 
     // Deleted there, changed here: "是" stores it again, under a new key.
-    ASSERT_TRUE(other.run(other.dialect().deleteRecord(key3)).ok());
+    ASSERT_TRUE(kx::sqlRun(other, kx::sqlDialect(other).deleteRecord(key3)).ok());
     ASSERT_TRUE(b.type(3, "Explain", QStringLiteral("我还要这条")));
     ASSERT_TRUE(b.journal->Save()) << qPrintable(b.said.join(QLatin1Char('\n')));
     ASSERT_EQ(questions.size(), 1);
@@ -200,7 +198,7 @@ TEST_P(NothingLost, ARecordDeletedOnOneSideAndChangedOnTheOtherIsAskedAbout)
     EXPECT_EQ(count(b), 4);
 
     // Deleted there, only its balance moved here: it goes, without a question.
-    ASSERT_TRUE(other.run(other.dialect().deleteRecord(key4)).ok());
+    ASSERT_TRUE(kx::sqlRun(other, kx::sqlDialect(other).deleteRecord(key4)).ok());
     ASSERT_TRUE(b.type(2, "Debit", QStringLiteral("900")));
     b.said.clear();
     ASSERT_TRUE(b.journal->Save()) << qPrintable(b.said.join(QLatin1Char('\n')));

@@ -2,6 +2,7 @@
 // without the user saying so: 存储 stores them first, 不存储 drops them,
 // 取消 keeps everything as it is.
 #include "QtPrinters.h"
+#include "data/SqlAccess.h"
 #include "support/TestDatabase.h"
 
 #include "grid/Sheet.h"
@@ -57,8 +58,7 @@ protected:
 
     QString storedExplain() const
     {
-        return testDb->open()
-            .scalar({QStringLiteral("Select Explain From kxJournalRecs Where RecID=?"), {key}})
+        return kx::sqlScalar(testDb->open(), {QStringLiteral("Select Explain From kxJournalRecs Where RecID=?"), {key}})
             .valueOr(QVariant())
             .toString();
     }

@@ -2,16 +2,22 @@
 #include "support/TestDatabase.h"
 
 #include "data/PgRecordWriter.h"
+#include "data/SqlAccess.h"
 #include "data/SqlValue.h"
+#include "data/Transaction.h"
 
 #include <kxjournal/Schema.h>
 #include <kxjournal/SqlAccContext.h>
-#include <kxjournal/Transaction.h>
 
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QSqlRecord>
 #include <gtest/gtest.h>
+#include <type_traits>
+
+// A host hands a database on by moving it, never by copying a connection.
+static_assert(std::is_nothrow_move_constructible_v<kx::Database> && std::is_nothrow_move_assignable_v<kx::Database>);
+static_assert(!std::is_copy_constructible_v<kx::Database> && !std::is_copy_assignable_v<kx::Database>);
 
 using kx::Currency;
 using kx::Database;
@@ -24,7 +30,7 @@ namespace {
 void seed(const Database &db)
 {
     auto run = [&db](const QString &sql, const QVariantList &binds = {}) {
-        const kx::Result<void> s = db.run({sql, binds});
+        const kx::Result<void> s = kx::sqlRun(db, {sql, binds});
         ASSERT_TRUE(s.ok()) << s.error().toStdString() << "\n" << sql.toStdString();
     };
     const QString acc = QStringLiteral("INSERT INTO kxAccClass (AccID, AccCode, AccName, EnterCode, AccDir) VALUES (?,?,?,?,?)");
@@ -68,7 +74,7 @@ protected:
     // Every row of \a st as texts, one "|"-joined line a row.
     QStringList rows(const SqlStatement &st, const QStringList &amountColumns = {})
     {
-        kx::Result<QSqlQuery> r = db.exec(st);
+        kx::Result<QSqlQuery> r = kx::sqlExec(db, st);
         EXPECT_TRUE(r.ok()) << r.error().toStdString();
         QSqlQuery q = r.takeValue();
         QStringList out;
@@ -86,7 +92,7 @@ protected:
 
     int count(const char *table)
     {
-        return db.scalar({QStringLiteral("Select count(*) From %1").arg(QLatin1String(table)), {}}).value().toInt();
+        return kx::sqlScalar(db, {QStringLiteral("Select count(*) From %1").arg(QLatin1String(table)), {}}).value().toInt();
     }
 
     std::unique_ptr<kxtest::TestDatabase> testDb;
@@ -102,7 +108,7 @@ TEST_P(DataLayer, SchemaIsCreatedOnceWithGeneratedKeysAndExactAmounts)
     const char *amounts[] = {"123456789.1234", "-0.0001", "0.5", "99999999999.9999", "0"};
     for (const char *a : amounts) {
         const Currency v = Currency::fromText(QString::fromLatin1(a)).value();
-        ASSERT_TRUE(db.run({insert, {9, QStringLiteral("2026-02-28"), kx::SqlValue::bindAmount(v), kx::SqlValue::bindAmount(-v)}}).ok());
+        ASSERT_TRUE(kx::sqlRun(db, {insert, {9, QStringLiteral("2026-02-28"), kx::SqlValue::bindAmount(v), kx::SqlValue::bindAmount(-v)}}).ok());
     }
     const QStringList got = rows({QStringLiteral("Select RecID, JnlDate, Debit, Balance From kxJournalRecs Order by RecID"), {}},
                                  {QStringLiteral("Debit"), QStringLiteral("Balance")});
@@ -120,7 +126,7 @@ TEST_P(DataLayer, SchemaIsCreatedOnceWithGeneratedKeysAndExactAmounts)
 TEST_P(DataLayer, BookStatementsGiveTheSameRowsOnEveryEngine)
 {
     seed(db);
-    const kx::SqlDialect &d = db.dialect();
+    const kx::SqlDialect &d = kx::sqlDialect(db);
     EXPECT_EQ(rows(d.journalById(2)), QStringList{QStringLiteral("2|0102|工商银行|借|科目|1003|对方|1001")});
     const QStringList subtree = rows(d.journalSubtree(QStringLiteral("0102")));
     ASSERT_EQ(subtree.size(), 3);
@@ -146,7 +152,7 @@ TEST_P(DataLayer, BookStatementsGiveTheSameRowsOnEveryEngine)
     EXPECT_TRUE(merged.at(1).startsWith(QStringLiteral("2026年01月03日|2026-01-03|7|库存现金||提现'备用|0|-0.0001|")))
         << "interleaved by date; a voucher that is gone leaves the label empty: " << merged.at(1).toStdString();
 
-    kx::Result<QSqlQuery> named = db.exec(d.loadBook(3));
+    kx::Result<QSqlQuery> named = kx::sqlExec(db, d.loadBook(3));
     QSqlQuery q = named.takeValue();
     const QSqlRecord rec = q.record();
     ASSERT_EQ(rec.count(), 28);
@@ -157,11 +163,11 @@ TEST_P(DataLayer, BookStatementsGiveTheSameRowsOnEveryEngine)
     EXPECT_EQ(rows(d.firstRecordOfBook(3)).value(0).section(QLatin1Char('|'), 0, 0), QStringLiteral("1"));
     EXPECT_EQ(rows(d.bookExplains(3)), (QStringList{QStringLiteral("期初余额"), QStringLiteral("收到货款")}));
     EXPECT_EQ(rows(d.recentExplains()).value(0), QStringLiteral("收到货款"));
-    ASSERT_TRUE(db.run(d.updateRecordField(QStringLiteral("DirID"), 0, 3).value()).ok());
-    ASSERT_TRUE(db.run(d.updateRecordField(QStringLiteral("JnlDate"), QStringLiteral("2026-01-04"), 3).value()).ok());
+    ASSERT_TRUE(kx::sqlRun(db, d.updateRecordField(QStringLiteral("DirID"), 0, 3).value()).ok());
+    ASSERT_TRUE(kx::sqlRun(db, d.updateRecordField(QStringLiteral("JnlDate"), QStringLiteral("2026-01-04"), 3).value()).ok());
     EXPECT_TRUE(rows(d.loadConsolidated({4})).value(0).startsWith(QStringLiteral("2026年01月04日|2026-01-04|")));
-    ASSERT_TRUE(db.run(d.deleteRecord(3)).ok());
-    ASSERT_TRUE(db.run(d.deleteBook(3)).ok());
+    ASSERT_TRUE(kx::sqlRun(db, d.deleteRecord(3)).ok());
+    ASSERT_TRUE(kx::sqlRun(db, d.deleteBook(3)).ok());
     EXPECT_EQ(count("kxJournalRecs"), 0);
 }
 
@@ -172,12 +178,12 @@ TEST_P(DataLayer, QuotesInLookedUpTextsAreDataNotSql)
     EXPECT_EQ(acc.LookupAccID(QStringLiteral("O'Brien 应收")), QStringLiteral("1004"));
     for (const char *evil : {"'", "'; DROP TABLE kxAccClass; --", "x' OR '1'='1", "1001' --"}) {
         EXPECT_EQ(acc.LookupAccID(QString::fromUtf8(evil)), QStringLiteral("0")) << evil;
-        EXPECT_TRUE(rows(db.dialect().journalGroup(QString::fromUtf8(evil))).isEmpty()) << evil;
-        EXPECT_TRUE(rows(db.dialect().accountByAnyName(QString::fromUtf8(evil))).isEmpty()) << evil;
+        EXPECT_TRUE(rows(kx::sqlDialect(db).journalGroup(QString::fromUtf8(evil))).isEmpty()) << evil;
+        EXPECT_TRUE(rows(kx::sqlDialect(db).accountByAnyName(QString::fromUtf8(evil))).isEmpty()) << evil;
     }
     EXPECT_EQ(count("kxAccClass"), 5);
     EXPECT_EQ(count("kxJournal"), 5);
-    EXPECT_EQ(rows(db.dialect().journalSubtree(QStringLiteral("01' OR '1'='1"))), QStringList());
+    EXPECT_EQ(rows(kx::sqlDialect(db).journalSubtree(QStringLiteral("01' OR '1'='1"))), QStringList());
 }
 
 TEST_P(DataLayer, ContextAnswersFromTheChartOfAccounts)
@@ -220,17 +226,51 @@ TEST_P(DataLayer, TransactionsRollBackUnlessCommitted)
     {
         kx::Transaction tx(db);
         ASSERT_TRUE(tx.ok()) << tx.error().toStdString();
-        ASSERT_TRUE(db.run(insert).ok());
-        EXPECT_FALSE(db.run({QStringLiteral("INSERT INTO kxNoSuchTable VALUES (1)"), {}}).ok());
+        ASSERT_TRUE(kx::sqlRun(db, insert).ok());
+        EXPECT_FALSE(kx::sqlRun(db, {QStringLiteral("INSERT INTO kxNoSuchTable VALUES (1)"), {}}).ok());
     }
     EXPECT_EQ(count("kxJournal"), 0) << "the good row went with the bad one";
     {
         kx::Transaction tx(db);
-        ASSERT_TRUE(db.run(insert).ok());
+        ASSERT_TRUE(kx::sqlRun(db, insert).ok());
         ASSERT_TRUE(tx.commit().ok());
         EXPECT_FALSE(tx.commit().ok()) << "a transaction commits once";
     }
     EXPECT_EQ(count("kxJournal"), 1);
+}
+
+// A database is handed on by moving it: the new owner has the connection,
+// the one moved from is a closed database whose every call fails with a reason.
+TEST_P(DataLayer, AMovedDatabaseTakesTheConnectionAndLeavesAClosedOne)
+{
+    seed(db);
+    const SqlStatement books{QStringLiteral("Select count(*) From kxJournal"), {}};
+    const QString url = db.url();
+    const Database::Engine engine = db.engine();
+    Database owner(std::move(db));
+    EXPECT_TRUE(owner.isOpen());
+    EXPECT_EQ(owner.engine(), engine);
+    EXPECT_EQ(owner.url(), url);
+    EXPECT_EQ(kx::sqlScalar(owner, books).value().toInt(), 5);
+
+    EXPECT_FALSE(db.isOpen());
+    EXPECT_EQ(db.engine(), Database::NoEngine);
+    EXPECT_TRUE(db.url().isEmpty());
+    EXPECT_FALSE(db.handle().isValid());
+    const kx::Result<QVariant> none = kx::sqlScalar(db, books);
+    ASSERT_FALSE(none.ok());
+    EXPECT_FALSE(none.error().isEmpty());
+    EXPECT_FALSE(kx::ensureConnected(db).ok());
+
+    // Assigning over an open database closes and drops its connection first.
+    Database other = testDb->open();
+    ASSERT_TRUE(other.isOpen()) << other.lastError().toStdString();
+    const QString dropped = other.handle().connectionName();
+    other = std::move(owner);
+    EXPECT_FALSE(QSqlDatabase::contains(dropped));
+    EXPECT_EQ(kx::sqlScalar(other, books).value().toInt(), 5);
+    EXPECT_FALSE(owner.isOpen());
+    EXPECT_TRUE(kx::ensureConnected(other).ok());
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, DataLayer, ::testing::Values(Engine::Sqlite, Engine::Postgres),

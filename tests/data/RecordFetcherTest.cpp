@@ -5,6 +5,7 @@
 #include "data/PgRowReader.h"
 #include "data/RawRowQueue.h"
 #include "data/RecordFetcher.h"
+#include "data/SqlAccess.h"
 #include "support/TestDatabase.h"
 
 #include <grid/CellArray.h>
@@ -28,11 +29,11 @@ TEST(RecordFetcher, EveryValueOfALongResultArrivesTypedAndInOrder)
 {
     kxtest::TestDatabase testDb(Engine::Sqlite);
     kx::Database db = testDb.open();
-    ASSERT_TRUE(db.run({QStringLiteral("CREATE TABLE t (k INTEGER PRIMARY KEY, n INTEGER, a REAL, s TEXT)"), {}}).ok());
+    ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("CREATE TABLE t (k INTEGER PRIMARY KEY, n INTEGER, a REAL, s TEXT)"), {}}).ok());
     static const char *const texts[] = {"现金", "007", "2026-01-05", "a\tb\nc", "12.50", "", "-0", "期初余额"};
     QRandomGenerator rng(11);
     std::vector<Stored> rows;
-    ASSERT_TRUE(db.run({QStringLiteral("BEGIN"), {}}).ok());
+    ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("BEGIN"), {}}).ok());
     for (int k = 1; k <= 5000; ++k) {
         Stored row;
         if (rng.bounded(5) != 0)
@@ -41,12 +42,12 @@ TEST(RecordFetcher, EveryValueOfALongResultArrivesTypedAndInOrder)
             row.amount = double(qint64(rng.bounded(100000000)) - 50000000) / 100.0;
         if (rng.bounded(3) != 0)
             row.text = QString::fromUtf8(texts[rng.bounded(int(std::size(texts)))]) + QString::number(k % 7);
-        ASSERT_TRUE(db.run({QStringLiteral("INSERT INTO t VALUES (?,?,?,?)"),
+        ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("INSERT INTO t VALUES (?,?,?,?)"),
                             {k, row.number, row.amount, row.text}})
                         .ok());
         rows.push_back(row);
     }
-    ASSERT_TRUE(db.run({QStringLiteral("COMMIT"), {}}).ok());
+    ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("COMMIT"), {}}).ok());
 
     kx::Result<kx::FetchedRows> fetched = kx::RecordFetcher::fetch(
         db, {QStringLiteral("SELECT n, a, s FROM t ORDER BY k"), {}}, {QStringLiteral("a")}, 0, 2);
@@ -69,8 +70,8 @@ TEST(RecordFetcher, AnEngineErrorAfterManyRowsIsAnErrorNotAShortResult)
 {
     kxtest::TestDatabase testDb(Engine::Sqlite);
     kx::Database db = testDb.open();
-    ASSERT_TRUE(db.run({QStringLiteral("CREATE TABLE t (k INTEGER PRIMARY KEY)"), {}}).ok());
-    ASSERT_TRUE(db.run({QStringLiteral("WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c WHERE x<4000) "
+    ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("CREATE TABLE t (k INTEGER PRIMARY KEY)"), {}}).ok());
+    ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c WHERE x<4000) "
                                        "INSERT INTO t SELECT x FROM c"),
                         {}})
                     .ok());
@@ -120,9 +121,9 @@ TEST(RecordFetcher, PostgresBindsValuesAndLeavesQuotedQuestionMarksAlone)
               QByteArray("a=$1 and b='?''x?' and c=$2"));
     kxtest::TestDatabase testDb(Engine::Postgres);
     kx::Database db = testDb.open();
-    ASSERT_TRUE(db.run({QStringLiteral("CREATE TABLE t (k integer, s text, a numeric(19,4), d date)"), {}}).ok());
+    ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("CREATE TABLE t (k integer, s text, a numeric(19,4), d date)"), {}}).ok());
     const QString odd = QStringLiteral("它's ? 号; DROP TABLE t; --");
-    ASSERT_TRUE(db.run({QStringLiteral("INSERT INTO t VALUES (1, ?, 12.5, '2026-01-05'), (2, 'x', NULL, NULL)"), {odd}})
+    ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("INSERT INTO t VALUES (1, ?, 12.5, '2026-01-05'), (2, 'x', NULL, NULL)"), {odd}})
                     .ok());
     const kx::Result<kx::FetchedRows> fetched = kx::RecordFetcher::fetch(
         db, {QStringLiteral("SELECT k, s, a, d, '?' AS q FROM t WHERE s=? OR k=? ORDER BY k"), {odd, 2}},

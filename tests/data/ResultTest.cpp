@@ -1,4 +1,5 @@
 #include "QtPrinters.h"
+#include "data/SqlAccess.h"
 
 #include <kxjournal/Database.h>
 #include <kxjournal/Result.h>
@@ -27,7 +28,23 @@ TEST(Result, FailuresCarryTheirReasonAndValuesTheirValue)
 
     // A database that is not open fails every call with its reason.
     kx::Database closed;
-    const kx::Result<void> connected = closed.ensureConnected();
+    const kx::Result<void> connected = kx::ensureConnected(closed);
     EXPECT_FALSE(connected.ok());
     EXPECT_FALSE(connected.error().isEmpty());
+}
+
+// Reading the value of a failure stops the program in every build, naming the
+// error that went unchecked: no default value passes for a real one.
+TEST(ResultDeathTest, ReadingTheValueOfAFailureStopsTheProgram)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const kx::Result<int> bad = kx::Error(QStringLiteral("账套已关闭"));
+    EXPECT_DEATH((void)bad.value(), "value\\(\\) of a failed result.*账套已关闭");
+    kx::Result<QString> gone = kx::Error(QStringLiteral("找不到记录"));
+    EXPECT_DEATH((void)gone.takeValue(), "takeValue\\(\\) of a failed result.*找不到记录");
+
+    // A success reads as before, and valueOr() never stops.
+    kx::Result<QString> fine = QStringLiteral("借");
+    EXPECT_EQ(fine.takeValue(), QStringLiteral("借"));
+    EXPECT_EQ(gone.valueOr(QStringLiteral("无")), QStringLiteral("无"));
 }

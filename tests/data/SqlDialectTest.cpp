@@ -1,7 +1,8 @@
 #include "QtPrinters.h"
 
 #include <kxjournal/Database.h>
-#include <kxjournal/SqlDialect.h>
+#include "data/SqlAccess.h"
+#include "data/SqlDialect.h"
 
 #include <QDate>
 #include <gtest/gtest.h>
@@ -44,10 +45,10 @@ TEST(SqlDialect, OdbcConnectionStringsChooseByExactCaseSQL)
     EXPECT_FALSE(server.isOpen());
     EXPECT_FALSE(server.lastError().isEmpty());
     EXPECT_EQ(server.ConnectionString(), QStringLiteral("DSN=nowhere;Provider=SQLOLEDB"));
-    EXPECT_EQ(server.dialect().kind(), SqlDialect::Server);
-    EXPECT_EQ(kx::Database::open(QStringLiteral("odbc:DSN=books.mdb")).dialect().kind(), SqlDialect::Desktop);
-    EXPECT_EQ(kx::Database::open(QStringLiteral("sqlite::memory:")).dialect().kind(), SqlDialect::Sqlite);
-    EXPECT_EQ(kx::Database::open(QStringLiteral("postgresql://u@127.0.0.1:1/x")).dialect().kind(), SqlDialect::Postgres);
+    EXPECT_EQ(kx::sqlDialect(server).kind(), SqlDialect::Server);
+    EXPECT_EQ(kx::sqlDialect(kx::Database::open(QStringLiteral("odbc:DSN=books.mdb"))).kind(), SqlDialect::Desktop);
+    EXPECT_EQ(kx::sqlDialect(kx::Database::open(QStringLiteral("sqlite::memory:"))).kind(), SqlDialect::Sqlite);
+    EXPECT_EQ(kx::sqlDialect(kx::Database::open(QStringLiteral("postgresql://u@127.0.0.1:1/x"))).kind(), SqlDialect::Postgres);
 }
 
 TEST(SqlDialect, BadUrlsSayWhy)
@@ -56,7 +57,7 @@ TEST(SqlDialect, BadUrlsSayWhy)
         kx::Database db = kx::Database::open(QString::fromLatin1(url));
         EXPECT_FALSE(db.isOpen()) << url;
         EXPECT_FALSE(db.lastError().isEmpty()) << url;
-        EXPECT_FALSE(db.exec({QStringLiteral("Select 1"), {}}).ok());
+        EXPECT_FALSE(kx::sqlExec(db, {QStringLiteral("Select 1"), {}}).ok());
     }
 }
 

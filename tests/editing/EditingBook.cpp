@@ -1,4 +1,5 @@
 #include "editing/EditingBook.h"
+#include "data/SqlAccess.h"
 
 #include <kxjournal/EditCycle.h>
 #include "grid/Sheet.h"
@@ -80,7 +81,7 @@ QString pasteLine(const EditingBook &b, const QMap<QString, QString> &cells)
 kx::Currency storedAmount(const EditingBook &b, int row, const char *field)
 {
     const kx::Database db = b.db->open();
-    const QVariant v = db.scalar({QStringLiteral("Select %1 From kxJournalRecs Where Row = %2")
+    const QVariant v = kx::sqlScalar(db, {QStringLiteral("Select %1 From kxJournalRecs Where Row = %2")
                                       .arg(QString::fromLatin1(field))
                                       .arg(row),
                                   {}})

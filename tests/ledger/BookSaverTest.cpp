@@ -1,4 +1,5 @@
 #include "QtPrinters.h"
+#include "data/SqlAccess.h"
 #include "support/BookBuilder.h"
 #include "support/TestDatabase.h"
 
@@ -58,7 +59,7 @@ protected:
     QStringList dump()
     {
         QStringList out;
-        kx::Result<QSqlQuery> r = db.exec({QStringLiteral("Select * From kxJournalRecs Order by RecID"), {}});
+        kx::Result<QSqlQuery> r = kx::sqlExec(db, {QStringLiteral("Select * From kxJournalRecs Order by RecID"), {}});
         QSqlQuery q = r.takeValue();
         while (q.next()) {
             QStringList cells;
@@ -89,7 +90,7 @@ protected:
         j.menuAction(QStringLiteral("mnuRecalc"))->trigger();
     }
 
-    int count() { return db.scalar({QStringLiteral("Select count(*) From kxJournalRecs"), {}}).value().toInt(); }
+    int count() { return kx::sqlScalar(db, {QStringLiteral("Select count(*) From kxJournalRecs"), {}}).value().toInt(); }
 
     std::unique_ptr<kxtest::TestDatabase> testDb;
     kx::Database db;
@@ -183,7 +184,7 @@ TEST_P(Saving, ConsolidatedJournalsAndEmptyBooks)
     ASSERT_TRUE(journal->Load(other));
     journal->setIsDirty(true);
     ASSERT_TRUE(journal->Save());
-    EXPECT_EQ(db.scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=%1").arg(other), {}}).value().toInt(), 0);
+    EXPECT_EQ(kx::sqlScalar(db, {QStringLiteral("Select count(*) From kxJournalRecs Where DocID=%1").arg(other), {}}).value().toInt(), 0);
 }
 
 TEST_P(Saving, RecordDeletedElsewhereIsAddedAgainWithANewKeyOnlyWhenChangedHere)
@@ -192,8 +193,8 @@ TEST_P(Saving, RecordDeletedElsewhereIsAddedAgainWithANewKeyOnlyWhenChangedHere)
     kx::Sheet *g = kx::Sheet::of(journal->Grid());
     const int key = int(g->value(2, QStringLiteral("RecID")));
     const int untouched = int(g->value(3, QStringLiteral("RecID")));
-    ASSERT_TRUE(db.run(db.dialect().deleteRecord(key)).ok());
-    ASSERT_TRUE(db.run(db.dialect().deleteRecord(untouched)).ok());
+    ASSERT_TRUE(kx::sqlRun(db, kx::sqlDialect(db).deleteRecord(key)).ok());
+    ASSERT_TRUE(kx::sqlRun(db, kx::sqlDialect(db).deleteRecord(untouched)).ok());
     g->setText(2, QStringLiteral("Explain"), QStringLiteral("提取备用金（改）"));
     journal->setIsDirty(true);
     QStringList questions;
@@ -206,7 +207,7 @@ TEST_P(Saving, RecordDeletedElsewhereIsAddedAgainWithANewKeyOnlyWhenChangedHere)
     const int again = int(g->value(2, QStringLiteral("RecID")));
     EXPECT_GT(again, key);
     EXPECT_EQ(count(), 3) << "the record nobody changed here stays deleted, as the other user left it";
-    EXPECT_EQ(db.scalar({QStringLiteral("Select Explain From kxJournalRecs Where RecID=%1").arg(again), {}}).value().toString(),
+    EXPECT_EQ(kx::sqlScalar(db, {QStringLiteral("Select Explain From kxJournalRecs Where RecID=%1").arg(again), {}}).value().toString(),
               QStringLiteral("提取备用金（改）"));
 }
 
@@ -215,14 +216,14 @@ TEST_P(Saving, FailedPassLeavesEverythingAsItWasAndASecondPassStoresOnce)
     // The database refuses one explanation, as a constraint or a trigger would.
     const bool pg = GetParam() == Engine::Postgres;
     if (pg) {
-        ASSERT_TRUE(db.run({QStringLiteral("CREATE FUNCTION refuse() RETURNS trigger AS $$ BEGIN "
+        ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("CREATE FUNCTION refuse() RETURNS trigger AS $$ BEGIN "
                                            "IF NEW.Explain = 'boom' THEN RAISE EXCEPTION 'refused'; END IF; "
                                            "RETURN NEW; END $$ LANGUAGE plpgsql"), {}}).ok());
-        ASSERT_TRUE(db.run({QStringLiteral("CREATE TRIGGER refuse BEFORE INSERT OR UPDATE ON kxJournalRecs "
+        ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("CREATE TRIGGER refuse BEFORE INSERT OR UPDATE ON kxJournalRecs "
                                            "FOR EACH ROW EXECUTE FUNCTION refuse()"), {}}).ok());
     } else {
         for (const char *when : {"INSERT", "UPDATE"})
-            ASSERT_TRUE(db.run({QStringLiteral("CREATE TRIGGER refuse_%1 BEFORE %1 ON kxJournalRecs WHEN NEW.Explain = 'boom' "
+            ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("CREATE TRIGGER refuse_%1 BEFORE %1 ON kxJournalRecs WHEN NEW.Explain = 'boom' "
                                                "BEGIN SELECT RAISE(ABORT, 'refused'); END").arg(QLatin1String(when)), {}}).ok());
     }
     ASSERT_TRUE(journal->Load(book));
@@ -253,7 +254,7 @@ TEST_P(Saving, FailedPassLeavesEverythingAsItWasAndASecondPassStoresOnce)
     ASSERT_TRUE(journal->Save());
     EXPECT_EQ(count(), 5) << "the summary record went, two rows came, none twice";
     EXPECT_GT(g->value(last, QStringLiteral("RecID")), 0);
-    EXPECT_EQ(db.scalar({QStringLiteral("Select count(*) From kxJournalRecs Where Tag<0"), {}}).value().toInt(), 0);
+    EXPECT_EQ(kx::sqlScalar(db, {QStringLiteral("Select count(*) From kxJournalRecs Where Tag<0"), {}}).value().toInt(), 0);
     ASSERT_TRUE(journal->Save()) << "a clean save after it changes nothing";
     EXPECT_EQ(count(), 5);
 }
@@ -303,14 +304,14 @@ TEST(SavingPostgres, ConnectionLostMidSaveRollsBackAndTheNextSaveStoresOnce)
         b.record(book, i, rec("2026-01-05", "记录", "10", "10"));
     // The server drops this connection the moment it meets the row, as a
     // stopped server or a broken network would.
-    ASSERT_TRUE(db.run({QStringLiteral("CREATE FUNCTION cut() RETURNS trigger AS $$ BEGIN "
+    ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("CREATE FUNCTION cut() RETURNS trigger AS $$ BEGIN "
                                        "IF NEW.Explain = 'cut' THEN PERFORM pg_terminate_backend(pg_backend_pid()); END IF; "
                                        "RETURN NEW; END $$ LANGUAGE plpgsql"), {}}).ok());
-    ASSERT_TRUE(db.run({QStringLiteral("CREATE TRIGGER cut BEFORE INSERT OR UPDATE ON kxJournalRecs "
+    ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("CREATE TRIGGER cut BEFORE INSERT OR UPDATE ON kxJournalRecs "
                                        "FOR EACH ROW EXECUTE FUNCTION cut()"), {}}).ok());
     const auto dumpAll = [&db] {
         QStringList out;
-        kx::Result<QSqlQuery> r = db.exec({QStringLiteral("Select RecID, Row, Explain From kxJournalRecs Order by RecID"), {}});
+        kx::Result<QSqlQuery> r = kx::sqlExec(db, {QStringLiteral("Select RecID, Row, Explain From kxJournalRecs Order by RecID"), {}});
         QSqlQuery q = r.takeValue();
         while (q.next())
             out << q.value(0).toString() + QLatin1Char('|') + q.value(1).toString() + QLatin1Char('|') + q.value(2).toString();

@@ -4,6 +4,7 @@
 #include "support/TestDatabase.h"
 
 #include "data/JournalDefinition.h"
+#include "data/SqlAccess.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookLoader.h"
 #include "ledger/BookRow.h"
@@ -146,8 +147,7 @@ TEST_P(PartialSave, RandomChangesEndAsAFullRewriteWould)
         load(reread, rereadState);
         EXPECT_EQ(stored(reread), stored(grid)) << "round " << round;
         EXPECT_EQ(stored(grid).size(), expected.size());
-        const int inDb = acc->Connection()
-                             .scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=?"), {docId}})
+        const int inDb = kx::sqlScalar(acc->Connection(), {QStringLiteral("Select count(*) From kxJournalRecs Where DocID=?"), {docId}})
                              .valueOr(QVariant())
                              .toInt();
         EXPECT_EQ(inDb, expected.size()) << "no record left over, none missing";
@@ -164,23 +164,23 @@ TEST_P(PartialSave, AnotherUsersChangeToAnUntouchedRowSurvives)
         ++theirs;
     const int theirKey = kx::BookRow(grid, columns, theirs).recId();
     kx::Database other = testDb->open();
-    ASSERT_TRUE(other.run({QStringLiteral("Update kxJournalRecs Set Explain=? Where RecID=?"),
+    ASSERT_TRUE(kx::sqlRun(other, {QStringLiteral("Update kxJournalRecs Set Explain=? Where RecID=?"),
                            {QStringLiteral("别人改的"), theirKey}})
                     .ok());
 
     kx::BookRow(grid, columns, mine).setText(C::Explain, QStringLiteral("我改的"));
     ASSERT_TRUE(save());
-    EXPECT_EQ(other.scalar({QStringLiteral("Select Explain From kxJournalRecs Where RecID=?"), {theirKey}})
+    EXPECT_EQ(kx::sqlScalar(other, {QStringLiteral("Select Explain From kxJournalRecs Where RecID=?"), {theirKey}})
                   .valueOr(QVariant())
                   .toString(),
               QStringLiteral("别人改的"));
 
     // A save with nothing changed writes nothing at all.
-    ASSERT_TRUE(other.run({QStringLiteral("Update kxJournalRecs Set Remark=? Where DocID=?"),
+    ASSERT_TRUE(kx::sqlRun(other, {QStringLiteral("Update kxJournalRecs Set Remark=? Where DocID=?"),
                            {QStringLiteral("别人的备注"), docId}})
                     .ok());
     ASSERT_TRUE(save());
-    EXPECT_EQ(other.scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=? And Remark=?"),
+    EXPECT_EQ(kx::sqlScalar(other, {QStringLiteral("Select count(*) From kxJournalRecs Where DocID=? And Remark=?"),
                             {docId, QStringLiteral("别人的备注")}})
                   .valueOr(QVariant())
                   .toInt(),

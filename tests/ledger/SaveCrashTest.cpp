@@ -1,6 +1,7 @@
 #include "QtPrinters.h"
 
-#include "kxjournal/SampleBooks.h"
+#include "SampleBooks.h"
+#include "data/SqlAccess.h"
 #include "support/TestDatabase.h"
 
 #include <kxjournal/Database.h>
@@ -25,9 +26,9 @@ BookState inspect(const QString &path, int docId)
 {
     kx::Database db = kx::Database::open(QStringLiteral("sqlite:") + path);
     BookState s;
-    s.integrity = db.scalar({QStringLiteral("PRAGMA integrity_check"), {}}).value().toString();
-    s.records = db.scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=?"), {docId}}).value().toInt();
-    s.rewritten = db.scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=? And Explain Like 'v2-%'"),
+    s.integrity = kx::sqlScalar(db, {QStringLiteral("PRAGMA integrity_check"), {}}).value().toString();
+    s.records = kx::sqlScalar(db, {QStringLiteral("Select count(*) From kxJournalRecs Where DocID=?"), {docId}}).value().toInt();
+    s.rewritten = kx::sqlScalar(db, {QStringLiteral("Select count(*) From kxJournalRecs Where DocID=? And Explain Like 'v2-%'"),
                              {docId}}).value().toInt();
     return s;
 }
@@ -69,7 +70,7 @@ TEST(SaveCrash, KilledWriterLeavesTheOldBookOrTheNewNeverAMix)
         options.books = 1;
         options.year = 2025;
         ASSERT_TRUE(kx::SampleBooks::create(db, options).ok());
-        docId = db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode='020101'"), {}}).value().toInt();
+        docId = kx::sqlScalar(db, {QStringLiteral("Select asID From kxJournal Where AssistCode='020101'"), {}}).value().toInt();
     }
     const int records = inspect(original, docId).records;
     ASSERT_GT(records, 19000);
@@ -122,7 +123,7 @@ TEST(SaveCrash, PostgresAndPartialSavesAreAllOrNothingToo)
         const int docId = kxtest::fillSampleBooks(db, 6000, 1);
         ASSERT_GT(docId, 0);
         const auto count = [&](const QString &like) {
-            return db.scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=? And Explain Like ?"),
+            return kx::sqlScalar(db, {QStringLiteral("Select count(*) From kxJournalRecs Where DocID=? And Explain Like ?"),
                               {docId, like}})
                 .value()
                 .toInt();

@@ -1,5 +1,6 @@
 // Copying blocks out as spreadsheet text, pasting them back through the
 // same checks as typing, clearing.
+#include "data/SqlAccess.h"
 #include "editing/EditingBook.h"
 #include "rows/GridClipboard.h"
 
@@ -61,10 +62,10 @@ TEST(Clipboard, AThousandRowsPasteWithTheTwoBadCellsNamed)
     EXPECT_TRUE(b.said.join(QLatin1Char('\n')).contains(QStringLiteral("第105行有内容但没有日期")))
         << qPrintable(b.said.join(QLatin1Char('\n')));
     kx::Database db = b.db->open();
-    EXPECT_EQ(db.scalar({QStringLiteral("Select count(*) From kxJournalRecs"), {}}).value().toInt(), 4);
+    EXPECT_EQ(kx::sqlScalar(db, {QStringLiteral("Select count(*) From kxJournalRecs"), {}}).value().toInt(), 4);
     ASSERT_TRUE(b.type(105, "ShowName", QStringLiteral("2025-01-26")));
     ASSERT_TRUE(b.journal->Save()) << qPrintable(b.said.join(QLatin1Char('\n')));
-    EXPECT_EQ(db.scalar({QStringLiteral("Select count(*) From kxJournalRecs"), {}}).value().toInt(), 4 + 1000);
+    EXPECT_EQ(kx::sqlScalar(db, {QStringLiteral("Select count(*) From kxJournalRecs"), {}}).value().toInt(), 4 + 1000);
 
     ASSERT_TRUE(b.journal->Load(b.book));
     b.grid->setCursor(5, b.col("ShowName"));

@@ -2,6 +2,7 @@
 // are: deleting, dragging, inserting among them, renumbering and deleting
 // history pass them by and name them; reopening the month or removing the
 // link frees them.
+#include "data/SqlAccess.h"
 #include "editing/EditingBook.h"
 
 #include <kxjournal/Database.h>
@@ -43,7 +44,7 @@ struct ClosedBook : EditingBook {
         rec(7, "2025-02-10", "销售收入", "Debit", "300", febVoucher);
         rec(8, "2025-02-20", "利息", "Debit", "5", 0);
         linkedAtStart =
-            db.run({QStringLiteral("Update kxJournalRecs Set DirID=%1 Where DocID=%2 And Row=3").arg(janVoucher).arg(book), {}})
+            kx::sqlRun(db, {QStringLiteral("Update kxJournalRecs Set DirID=%1 Where DocID=%2 And Row=3").arg(janVoucher).arg(book), {}})
                 .ok();
         journal->setAsker([this](const QString &text, const QString &) {
             asked << text;
@@ -73,8 +74,7 @@ struct ClosedBook : EditingBook {
     }
     int stored() const
     {
-        return db->open()
-            .scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=%1").arg(book), {}})
+        return kx::sqlScalar(db->open(), {QStringLiteral("Select count(*) From kxJournalRecs Where DocID=%1").arg(book), {}})
             .value()
             .toInt();
     }

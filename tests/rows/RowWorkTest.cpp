@@ -1,5 +1,6 @@
 // Inserting, deleting, renumbering rows, deleting history, closing and
 // checking the book, through the control's public members.
+#include "data/SqlAccess.h"
 #include "editing/EditingBook.h"
 
 #include <kxjournal/Database.h>
@@ -22,7 +23,7 @@ QStringList texts(const EditingBook &b, const char *key)
 
 int storedRecords(const EditingBook &b)
 {
-    return b.db->open().scalar({QStringLiteral("Select count(*) From kxJournalRecs Where DocID=%1").arg(b.book), {}})
+    return kx::sqlScalar(b.db->open(), {QStringLiteral("Select count(*) From kxJournalRecs Where DocID=%1").arg(b.book), {}})
         .value()
         .toInt();
 }

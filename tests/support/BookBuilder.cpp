@@ -1,4 +1,5 @@
 #include "support/BookBuilder.h"
+#include "data/SqlAccess.h"
 
 #include <QStringList>
 #include <stdexcept>
@@ -15,10 +16,13 @@ int BookBuilder::insert(const QString &table, const QString &key, const QVariant
         marks << QStringLiteral("?");
         values << it.value();
     }
-    const kx::Result<void> s = m_db.run({QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)").arg(table, names.join(QLatin1Char(',')), marks.join(QLatin1Char(','))), values});
+    const kx::Result<void> s = kx::sqlRun(m_db,
+                                          {QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)")
+                                               .arg(table, names.join(QLatin1Char(',')), marks.join(QLatin1Char(','))),
+                                           values});
     if (!s.ok())
         throw std::runtime_error(s.error().toStdString());
-    return m_db.scalar({QStringLiteral("Select max(%1) From %2").arg(key, table), {}}).value().toInt();
+    return kx::sqlScalar(m_db, {QStringLiteral("Select max(%1) From %2").arg(key, table), {}}).value().toInt();
 }
 
 int BookBuilder::account(const QString &code, const QString &name, const QString &enterCode)

@@ -1,6 +1,7 @@
 #include "support/TestDatabase.h"
 
-#include <kxjournal/SampleBooks.h>
+#include "SampleBooks.h"
+#include "data/SqlAccess.h"
 
 #include <QAtomicInt>
 #include <QCoreApplication>
@@ -75,7 +76,7 @@ TestDatabase::TestDatabase(Engine engine) : m_engine(engine)
     kx::Database admin = kx::Database::open(base);
     if (!admin.isOpen())
         throw std::runtime_error(admin.lastError().toStdString());
-    const kx::Result<void> made = admin.run({QStringLiteral("CREATE SCHEMA %1").arg(m_schema), {}});
+    const kx::Result<void> made = kx::sqlRun(admin, {QStringLiteral("CREATE SCHEMA %1").arg(m_schema), {}});
     if (!made.ok())
         throw std::runtime_error(made.error().toStdString());
     m_url = base + QStringLiteral("?schema=") + m_schema;
@@ -86,7 +87,7 @@ TestDatabase::~TestDatabase()
     if (m_engine == Engine::Postgres && !m_schema.isEmpty()) {
         kx::Database admin = kx::Database::open(postgresUrl());
         if (admin.isOpen())
-            (void)admin.run({QStringLiteral("DROP SCHEMA %1 CASCADE").arg(m_schema), {}});
+            (void)kx::sqlRun(admin, {QStringLiteral("DROP SCHEMA %1 CASCADE").arg(m_schema), {}});
     }
 }
 
@@ -103,7 +104,7 @@ int fillSampleBooks(kx::Database &db, int records, int books, const QString &cod
     options.year = 2025;
     if (!kx::SampleBooks::create(db, options).ok())
         return 0;
-    return db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {code}}).valueOr(QVariant()).toInt();
+    return kx::sqlScalar(db, {QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {code}}).valueOr(QVariant()).toInt();
 }
 
 } // namespace kxtest

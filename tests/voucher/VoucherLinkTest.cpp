@@ -1,5 +1,6 @@
 // Linking records to vouchers: the DirID member, the picker, the menu
 // items, removal, and what the database holds afterwards.
+#include "data/SqlAccess.h"
 #include "editing/EditingBook.h"
 
 #include <kxjournal/Database.h>
@@ -27,7 +28,7 @@ const QString AlreadyLinked = QStringLiteral("不能对已有凭证的记录设�
 int storedLink(const EditingBook &b, int row)
 {
     const int recId = b.text(row, "RecID").toInt();
-    return b.db->open().scalar({QStringLiteral("Select DirID From kxJournalRecs Where RecID=%1").arg(recId), {}}).value().toInt();
+    return kx::sqlScalar(b.db->open(), {QStringLiteral("Select DirID From kxJournalRecs Where RecID=%1").arg(recId), {}}).value().toInt();
 }
 
 struct Vouchers {
@@ -171,7 +172,7 @@ TEST_P(VoucherLinks, AnotherUsersLinkIsNotOverwritten)
     EditingBook b(GetParam());
     const Vouchers v = addVouchers(b);
     const int recId = b.text(2, "RecID").toInt();
-    ASSERT_TRUE(b.db->open().run({QStringLiteral("Update kxJournalRecs Set DirID=%1 Where RecID=%2").arg(v.feb).arg(recId), {}}).ok());
+    ASSERT_TRUE(kx::sqlRun(b.db->open(), {QStringLiteral("Update kxJournalRecs Set DirID=%1 Where RecID=%2").arg(v.feb).arg(recId), {}}).ok());
     b.said.clear();
     b.journal->setDirID(v.jan5, 2);
     EXPECT_EQ(storedLink(b, 2), v.feb);
@@ -181,7 +182,7 @@ TEST_P(VoucherLinks, AnotherUsersLinkIsNotOverwritten)
 
     // A record deleted elsewhere is not brought back by a link.
     const int gone = b.text(4, "RecID").toInt();
-    ASSERT_TRUE(b.db->open().run({QStringLiteral("Delete From kxJournalRecs Where RecID=%1").arg(gone), {}}).ok());
+    ASSERT_TRUE(kx::sqlRun(b.db->open(), {QStringLiteral("Delete From kxJournalRecs Where RecID=%1").arg(gone), {}}).ok());
     b.said.clear();
     b.journal->setDirID(v.jan5, 4);
     EXPECT_EQ(b.text(4, "AccDoc"), QString());

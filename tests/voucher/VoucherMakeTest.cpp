@@ -1,5 +1,6 @@
 // Making a voucher exchange file of selected records, read back by the
 // file's own reader.
+#include "data/SqlAccess.h"
 #include "editing/EditingBook.h"
 
 #include <kxjournal/Database.h>
@@ -26,7 +27,7 @@ struct MakingBook : EditingBook {
     explicit MakingBook(Engine engine) : EditingBook(engine)
     {
         const kx::Database db = this->db->open();
-        EXPECT_TRUE(db.run({QStringLiteral("Update kxJournal Set Address=? Where asID=%1").arg(book),
+        EXPECT_TRUE(kx::sqlRun(db, {QStringLiteral("Update kxJournal Set Address=? Where asID=%1").arg(book),
                             {QStringLiteral("银行|%1").arg(icbc)}})
                         .ok());
         BookBuilder v(db);
@@ -113,7 +114,7 @@ TEST_P(VoucherMaking, ACreditBookKeepsTheRecordsSides)
 {
     MakingBook b(GetParam());
     ASSERT_TRUE(
-        b.db->open().run({QStringLiteral("Update kxJournal Set ZipCode=? Where asID=%1").arg(b.book), {QStringLiteral("贷")}}).ok());
+        kx::sqlRun(b.db->open(), {QStringLiteral("Update kxJournal Set ZipCode=? Where asID=%1").arg(b.book), {QStringLiteral("贷")}}).ok());
     ASSERT_TRUE(b.journal->Load());
     b.selectRows(3, 3);
     ASSERT_TRUE(b.journal->Make());

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "kxjournal/Result.h"
-#include "kxjournal/kxjournal_export.h"
 
 #include <QtGlobal>
 
@@ -23,7 +22,7 @@ struct SampleOptions {
 /// (01 现金日记账; 02 银行日记账 → 0201 工商银行 → 020101 基本户 …), vouchers,
 /// and records spread over the months with opening rows, month sub-totals,
 /// foreign-currency rows, voucher links and one link broken on purpose.
-class KXJOURNAL_EXPORT SampleBooks
+class SampleBooks
 {
 public:
     /// Creates the tables when missing and adds the sample data in one transaction.

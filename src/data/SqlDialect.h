@@ -1,8 +1,7 @@
 #pragma once
 
-#include "kxjournal/kxjournal_export.h"
+#include "data/SqlStatement.h"
 #include "kxjournal/Result.h"
-#include "kxjournal/SqlStatement.h"
 
 #include <QDate>
 #include <QList>
@@ -19,7 +18,7 @@ namespace kx {
 /// contains "SQL" (exact case), and the SQLite and PostgreSQL dialects. All
 /// four give the same statements: the same columns, joins, conditions and
 /// order, each in its own syntax.
-class KXJOURNAL_EXPORT SqlDialect
+class SqlDialect
 {
 public:
     /// The four dialects.

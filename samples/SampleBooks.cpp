@@ -1,10 +1,11 @@
-#include "kxjournal/SampleBooks.h"
+#include "SampleBooks.h"
 
+#include "data/SqlAccess.h"
 #include "data/SqlValue.h"
+#include "data/Transaction.h"
 #include "kxjournal/Currency.h"
 #include "kxjournal/Database.h"
 #include "kxjournal/Schema.h"
-#include "kxjournal/Transaction.h"
 
 #include <QDate>
 #include <QHash>
@@ -95,7 +96,10 @@ Result<void> SampleBooks::create(Database &db, const SampleOptions &options)
     for (const Account &a : Chart) {
         if (!runInsert(db, accSql, {textOf(a.code), textOf(a.name), textOf(a.enter), textOf(a.dir), textOf(a.currency)}, error))
             return fail();
-        accId.insert(textOf(a.code), db.scalar({QStringLiteral("Select AccID From kxAccClass Where AccCode=?"), {textOf(a.code)}}).value().toInt());
+        accId.insert(textOf(a.code),
+                     sqlScalar(db, {QStringLiteral("Select AccID From kxAccClass Where AccCode=?"), {textOf(a.code)}})
+                         .value()
+                         .toInt());
     }
     QHash<QString, int> bookId;
     const QString bookSql = QStringLiteral("INSERT INTO kxJournal (AssistCode, AssistName, ZipCode, Address, Header) VALUES (?,?,?,?,?)");
@@ -103,7 +107,7 @@ Result<void> SampleBooks::create(Database &db, const SampleOptions &options)
         const QString address = QStringLiteral("科目|%1").arg(accId.value(textOf(b.account)));
         if (!runInsert(db, bookSql, {textOf(b.code), textOf(b.name), QStringLiteral("借"), address, QString()}, error))
             return fail();
-        bookId.insert(textOf(b.code), db.scalar({QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {textOf(b.code)}}).value().toInt());
+        bookId.insert(textOf(b.code), sqlScalar(db, {QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {textOf(b.code)}}).value().toInt());
     }
 
     const QString docSql = QStringLiteral("INSERT INTO kxDocDir (DocDate, DocType, DocNo, AccPeriod) VALUES (?,?,?,?)");
@@ -176,7 +180,7 @@ Result<void> SampleBooks::create(Database &db, const SampleOptions &options)
                 if (!runInsert(db, docSql, {date.toString(Qt::ISODate), QStringLiteral("记"), no, date.toString(QStringLiteral("yyyyMM"))}, error))
                     return fail();
                 // The newest voucher has the highest key (the key index answers at once).
-                dirId = db.scalar({QStringLiteral("Select max(DocID) From kxDocDir"), {}}).value().toInt();
+                dirId = sqlScalar(db, {QStringLiteral("Select max(DocID) From kxDocDir"), {}}).value().toInt();
                 if (!brokenLinkMade && i > 3) {
                     dirId += 1000000; // points at a voucher that is not there
                     brokenLinkMade = true;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "kxjournal/kxjournal_export.h"
 #include "kxjournal/Result.h"
 
 namespace kx {
@@ -9,7 +8,7 @@ class Database;
 
 /// A database transaction that rolls back unless it was committed: leaving
 /// the scope on any path other than commit() undoes everything done in it.
-class KXJOURNAL_EXPORT Transaction
+class Transaction
 {
 public:
     /// Begins a transaction on \a db; check ok() before relying on it.
