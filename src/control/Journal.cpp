@@ -326,7 +326,9 @@ void Journal::SetDefaultFormat()
 {
     JournalPrivate *const p = d.get();
     p->exclusive(QStringLiteral("DefaultFormat"), false, [p] {
+        // The default format is the defaults: what the host chose goes too.
         p->state.columns = {};
+        p->state.chosen = {};
         ColumnModel::define(*p->grid, p->state);
         ColumnModel::applyFormats(*p->grid, p->state);
         p->fitColumns();

@@ -59,6 +59,8 @@ QFont Journal::Font() const
 
 void Journal::setFont(const QFont &value)
 {
+    // Kept when a load lays the columns down again.
+    d->state.chosen.font = value;
     d->grid->setRedraw(false);
     d->grid->setFont(value);
     d->view->setFont(value);
@@ -67,17 +69,17 @@ void Journal::setFont(const QFont &value)
 }
 
 QString Journal::ColsFilter() const { return d->state.fields.colsFilter; }
-void Journal::setColsFilter(const QString &value) { d->state.fields.colsFilter = value; }
+void Journal::setColsFilter(const QString &value) { d->state.fields.colsFilter = value; d->state.chosen.colsFilter = value; }
 QString Journal::OutlineKey() const { return d->state.fields.outlineKey; }
 void Journal::setOutlineKey(const QString &value) { d->state.fields.outlineKey = value; }
 QString Journal::ListFields() const { return d->state.fields.listFields; }
-void Journal::setListFields(const QString &value) { d->state.fields.listFields = value; }
+void Journal::setListFields(const QString &value) { d->state.fields.listFields = value; d->state.chosen.listFields = value; }
 QString Journal::NumericFields() const { return d->state.fields.numericFields; }
-void Journal::setNumericFields(const QString &value) { d->state.fields.numericFields = value; }
+void Journal::setNumericFields(const QString &value) { d->state.fields.numericFields = value; d->state.chosen.numericFields = value; }
 QString Journal::EditFields() const { return d->state.fields.editFields; }
-void Journal::setEditFields(const QString &value) { d->state.fields.editFields = value; }
+void Journal::setEditFields(const QString &value) { d->state.fields.editFields = value; d->state.chosen.editFields = value; }
 QString Journal::DateFields() const { return d->state.fields.dateFields; }
-void Journal::setDateFields(const QString &value) { d->state.fields.dateFields = value; }
+void Journal::setDateFields(const QString &value) { d->state.fields.dateFields = value; d->state.chosen.dateFields = value; }
 
 QString Journal::PriceFormat() const { return d->state.fields.priceFormat; }
 void Journal::setPriceFormat(const QString &value) { d->state.fields.priceFormat = value; announce(QStringLiteral("PriceFormat")); }

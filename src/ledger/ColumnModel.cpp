@@ -73,24 +73,28 @@ void ColumnModel::define(Sheet &grid, LedgerState &state)
     applyRowHeights(grid, state.looks);
     grid.setCellAlignment(0, 0, 0, grid.cols() - 1, Qt::AlignCenter);
 
+    // The key lists and the font the host chose stay; the others take the defaults.
     LedgerFields &fields = state.fields;
-    fields.colsFilter = DefaultColsFilter;
+    const HostChoices &chosen = state.chosen;
+    QString colsFilter = DefaultColsFilter;
     const bool showBooks = state.isConsolidated();
     if (!showBooks)
-        fields.colsFilter += JournalColumns::key(JournalColumns::AssistName) + QLatin1Char('|');
+        colsFilter += JournalColumns::key(JournalColumns::AssistName) + QLatin1Char('|');
     grid.setColHidden(grid.colIndex(JournalColumns::key(JournalColumns::AssistName)), !showBooks);
-    fields.numericFields = QStringLiteral("|Rate|Price|");
-    fields.dateFields = JournalColumns::key(JournalColumns::JnlDate);
-    fields.listFields = JournalColumns::keyList({JournalColumns::Field1, JournalColumns::Field2,
-                                                 JournalColumns::Field3, JournalColumns::Field4, JournalColumns::Flag});
-    fields.editFields = DefaultEditFields;
+    fields.colsFilter = chosen.colsFilter.value_or(colsFilter);
+    fields.numericFields = chosen.numericFields.value_or(QStringLiteral("|Rate|Price|"));
+    fields.dateFields = chosen.dateFields.value_or(JournalColumns::key(JournalColumns::JnlDate));
+    fields.listFields = chosen.listFields.value_or(
+        JournalColumns::keyList({JournalColumns::Field1, JournalColumns::Field2, JournalColumns::Field3,
+                                 JournalColumns::Field4, JournalColumns::Flag}));
+    fields.editFields = chosen.editFields.value_or(DefaultEditFields);
 
     QFont font(QStringLiteral("宋体"), 9);
     font.setBold(false);
     font.setItalic(false);
     font.setUnderline(false);
     font.setStrikeOut(false);
-    grid.setFont(font);
+    grid.setFont(chosen.font.value_or(font));
     setColumnFonts(grid, QString(), QString());
     applyChoices(grid, state);
 

@@ -27,7 +27,7 @@ public:
     /// Lays the 29 columns down in their order with their headers, types,
     /// alignments, widths and hidden flags, keeping every cell value (cells
     /// move with their columns); resets the key lists in \a state, the row
-    /// heights and the fonts.
+    /// heights and the fonts, except those the host chose (\a state's chosen).
     static void define(Sheet &grid, LedgerState &state);
     /// Sets \a fontName ("Arial" when empty) on the data cells of the columns
     /// in \a keys ("|"-separated; empty: every numeric column).

@@ -4,10 +4,12 @@
 #include "ledger/StoredRecords.h"
 
 #include <QColor>
+#include <QFont>
 #include <QHash>
 #include <QList>
 #include <QSet>
 #include <QString>
+#include <optional>
 
 namespace kx {
 
@@ -59,6 +61,18 @@ struct LedgerFields {
     QString dateFormat;
 };
 
+/// What the host (or the form the control was laid out in) set itself: laying
+/// the columns down for a book keeps these instead of the defaults, so a load
+/// never undoes the host's choices. Empty while the host set nothing.
+struct HostChoices {
+    std::optional<QString> colsFilter;
+    std::optional<QString> listFields;
+    std::optional<QString> numericFields;
+    std::optional<QString> editFields;
+    std::optional<QString> dateFields;
+    std::optional<QFont> font;
+};
+
 /// Everything the ledger knows of the book in the grid beyond its cells.
 /// The control owns one; every ledger class reads and writes it.
 struct LedgerState {
@@ -74,6 +88,7 @@ struct LedgerState {
     StoredRecords stored;        ///< what the database holds for the records shown
     QSet<int> unwritable;        ///< records holding values this control cannot hold: shown, never written
     LedgerFields fields;
+    HostChoices chosen;
     RowLooks looks;
     ColumnChoices columns;
 
