@@ -6,6 +6,7 @@
 #include <kxjournal/SampleBooks.h>
 
 #include <kxjournal/AccountPicker.h>
+#include <kxjournal/BookDirectory.h>
 #include <kxjournal/Database.h>
 #include <kxjournal/EditCycle.h>
 #include <kxjournal/GridModel.h>
@@ -46,7 +47,7 @@ bool isNewSqliteFile(const QString &url)
 // The number of books a database holds (0 when it has no book table yet).
 int bookCount(const kx::Database &db)
 {
-    return db.scalar({QStringLiteral("Select count(*) From kxJournal"), {}}).valueOr(QVariant(0)).toInt();
+    return kx::BookDirectory::read(db).valueOr(kx::BookDirectory()).count();
 }
 
 int runSample(const QString &url, int records, int books, bool append)
