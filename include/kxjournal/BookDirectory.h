@@ -33,6 +33,7 @@ public:
 
     /// An empty directory.
     BookDirectory();
+    /// Frees the books.
     ~BookDirectory();
     /// A copy of \a other.
     BookDirectory(const BookDirectory &other);

@@ -30,8 +30,11 @@ class KXJOURNAL_EXPORT SettingsPropertyBag
 public:
     /// Works on group \a group of \a settings (not owned; it must outlive this).
     SettingsPropertyBag(QSettings &settings, const QString &group);
+    /// Leaves the settings as written (QSettings writes them out itself).
     ~SettingsPropertyBag();
+    /// Not copied: it stands for one group of one settings object.
     SettingsPropertyBag(const SettingsPropertyBag &) = delete;
+    /// Not copied.
     SettingsPropertyBag &operator=(const SettingsPropertyBag &) = delete;
 
     /// Writes each value of \a bag that differs from the value of the same
