@@ -1,9 +1,10 @@
 #include "DemoWindow.h"
 
+#include <kxjournal/BookDirectory.h>
 #include <kxjournal/Database.h>
 #include <kxjournal/GridView.h>
 #include <kxjournal/Journal.h>
-#include <kxjournal/PropertyBag.h>
+#include <kxjournal/SettingsPropertyBag.h>
 #include "SampleBooks.h"
 #include <kxjournal/Schema.h>
 #include <kxjournal/SqlAccContext.h>
@@ -13,6 +14,7 @@
 #include <QDate>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QHash>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMap>
@@ -175,11 +177,8 @@ QString DemoWindow::openDatabase(const QString &url)
 
 QString DemoWindow::useDatabase(kx::Database db, const QString &url)
 {
-    {
-        QSqlQuery books(db.handle());
-        if (!books.exec(QStringLiteral("Select count(*) From kxJournal")))
-            return books.lastError().text();
-    }
+    if (const kx::Result<kx::BookDirectory> books = kx::BookDirectory::read(db); !books.ok())
+        return books.error();
     auto context = std::make_unique<kx::SqlAccContext>(std::move(db));
     context->setUserName(QStringLiteral("演示用户"));
     context->setDirectorName(QStringLiteral("王会计"));
@@ -203,19 +202,20 @@ QString DemoWindow::useDatabase(kx::Database db, const QString &url)
 void DemoWindow::fillBookTree()
 {
     m_books->clear();
-    QSqlQuery q(m_context->Connection().handle());
-    q.exec(QStringLiteral("Select asID, AssistCode, AssistName From kxJournal Order by AssistCode"));
-    QMap<QString, QTreeWidgetItem *> byCode;
-    while (q.next()) {
-        const QString code = q.value(1).toString();
-        QTreeWidgetItem *parent = nullptr;
-        for (int len = int(code.size()) - 1; len > 0 && !parent; --len)
-            parent = byCode.value(code.left(len));
+    const kx::Result<kx::BookDirectory> books = kx::BookDirectory::read(m_context->Connection());
+    if (!books.ok()) {
+        statusBar()->showMessage(books.error());
+        return;
+    }
+    // Code order puts every book after the book above it.
+    QHash<int, QTreeWidgetItem *> byId;
+    for (const kx::BookDirectory::Book &book : books.value().books()) {
+        QTreeWidgetItem *parent = byId.value(book.parentId);
         auto *item = parent ? new QTreeWidgetItem(parent) : new QTreeWidgetItem(m_books);
-        item->setText(0, code + QLatin1Char(' ') + q.value(2).toString());
-        item->setData(0, Qt::UserRole, q.value(0).toInt());
-        item->setData(0, Qt::UserRole + 1, code);
-        byCode.insert(code, item);
+        item->setText(0, book.code + QLatin1Char(' ') + book.name);
+        item->setData(0, Qt::UserRole, book.id);
+        item->setData(0, Qt::UserRole + 1, book.code);
+        byId.insert(book.id, item);
     }
     m_books->expandAll();
 }
@@ -339,12 +339,7 @@ void DemoWindow::restoreSettings()
     restoreState(settings.value(QStringLiteral("window/state")).toByteArray());
     m_split->restoreState(settings.value(QStringLiteral("window/bookSplit")).toByteArray());
     // The control's own settings: colours, columns, its panes.
-    kx::PropertyBag bag;
-    settings.beginGroup(QStringLiteral("journal"));
-    for (const QString &key : settings.childKeys())
-        bag.write(key, settings.value(key));
-    settings.endGroup();
-    m_journal->ReadProperties(bag);
+    kx::SettingsPropertyBag(settings, QStringLiteral("journal")).loadJournal(*m_journal);
 }
 
 void DemoWindow::saveSettings() const
@@ -353,12 +348,7 @@ void DemoWindow::saveSettings() const
     settings.setValue(QStringLiteral("window/geometry"), saveGeometry());
     settings.setValue(QStringLiteral("window/state"), saveState());
     settings.setValue(QStringLiteral("window/bookSplit"), m_split->saveState());
-    kx::PropertyBag bag;
-    m_journal->WriteProperties(bag);
-    settings.beginGroup(QStringLiteral("journal"));
-    for (const QString &key : bag.names())
-        settings.setValue(key, bag.read(key, QVariant()));
-    settings.endGroup();
+    kx::SettingsPropertyBag(settings, QStringLiteral("journal")).saveJournal(*m_journal);
 }
 
 void DemoWindow::closeEvent(QCloseEvent *event)

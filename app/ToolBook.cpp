@@ -1,5 +1,6 @@
 #include "ToolBook.h"
 
+#include <kxjournal/BookDirectory.h>
 #include <kxjournal/Database.h>
 #include <kxjournal/Journal.h>
 
@@ -28,22 +29,15 @@ bool ToolBook::open(const QString &url, const QString &code)
         std::fprintf(stderr, "kxjournal: %s\n", qPrintable(db.lastError()));
         return false;
     }
-    {
-        QSqlQuery found(db.handle());
-        bool ran = found.prepare(QStringLiteral("Select asID From kxJournal Where AssistCode=?"));
-        if (ran) {
-            found.addBindValue(code);
-            ran = found.exec();
-        }
-        if (!ran) {
-            // A file that is no database, or a database without journal books.
-            std::fprintf(stderr, "kxjournal: %s is not a journal database: %s\n",
-                         qPrintable(kx::Database::shownUrl(url)),
-                         qPrintable(found.lastError().text().replace(QLatin1Char('\n'), QLatin1Char(' '))));
-            return false;
-        }
-        m_bookId = found.next() ? found.value(0).toInt() : 0;
+    const kx::Result<kx::BookDirectory> books = kx::BookDirectory::read(db);
+    if (!books.ok()) {
+        // A file that is no database, or a database without journal books.
+        std::fprintf(stderr, "kxjournal: %s is not a journal database: %s\n", qPrintable(kx::Database::shownUrl(url)),
+                     qPrintable(QString(books.error()).replace(QLatin1Char('\n'), QLatin1Char(' '))));
+        return false;
     }
+    const kx::BookDirectory::Book *book = books.value().byCode(code);
+    m_bookId = book ? book->id : 0;
     if (m_bookId <= 0) {
         std::fprintf(stderr, "kxjournal: no book with code %s\n", qPrintable(code));
         return false;
@@ -54,9 +48,9 @@ bool ToolBook::open(const QString &url, const QString &code)
 
 bool ToolBook::load(kx::Journal &journal)
 {
-    QObject::connect(&journal, &kx::Journal::Notify, [this](const QString &message, bool) {
+    QObject::connect(&journal, &kx::Journal::message, [this](const QString &message, kx::Journal::MessageKind kind) {
         // Progress lines ("读入…的记录...") only say what is under way.
-        if (!message.isEmpty() && !message.endsWith(QLatin1String("...")))
+        if (!message.isEmpty() && kind != kx::Journal::ProgressMessage)
             m_lastMessage = message;
     });
     journal.setAcc(m_context.get());

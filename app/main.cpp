@@ -6,6 +6,7 @@
 #include "SampleBooks.h"
 
 #include <kxjournal/AccountPicker.h>
+#include <kxjournal/BookDirectory.h>
 #include <kxjournal/Database.h>
 #include <kxjournal/EditCycle.h>
 #include <kxjournal/GridModel.h>
@@ -47,8 +48,7 @@ bool isNewSqliteFile(const QString &url)
 // The number of books a database holds (0 when it has no book table yet).
 int bookCount(const kx::Database &db)
 {
-    QSqlQuery books(db.handle());
-    return books.exec(QStringLiteral("Select count(*) From kxJournal")) && books.next() ? books.value(0).toInt() : 0;
+    return kx::BookDirectory::read(db).valueOr(kx::BookDirectory()).count();
 }
 
 int runSample(const QString &url, int records, int books, bool append)

@@ -8,6 +8,8 @@
 #include <QColor>
 #include <QDate>
 #include <QFont>
+#include <QMap>
+#include <QStringList>
 #include <QWidget>
 #include <functional>
 #include <memory>
@@ -401,6 +403,72 @@ public:
     /// The context-menu item named \a name ("mnuCopy"), or nullptr when there is none.
     QAction *menuAction(const QString &name) const;
     ///@}
+
+    // ---- Qt-style additions for hosts ----
+    /// What a file written by Export or ExportToFile holds (the int values
+    /// are those of the rType argument).
+    enum ExportType {
+        ExportByExtension = 0,  ///< .xlsx a spreadsheet, .tsv/.txt tab-separated, else comma-separated
+        ExportComma = 1,        ///< comma-separated text, UTF-8 with a byte-order mark
+        ExportTab = 2,          ///< tab-separated text, UTF-8 with a byte-order mark
+        ExportSpreadsheet = 3   ///< an .xlsx workbook
+    };
+    Q_ENUM(ExportType)
+    /// The book's balance direction, beside Direction()'s "借", "贷" and "".
+    enum BalanceDirection {
+        NoDirection,      ///< no direction (Direction() is empty)
+        DebitDirection,   ///< "借"
+        CreditDirection   ///< "贷"
+    };
+    Q_ENUM(BalanceDirection)
+    /// What a message raised through message() is.
+    enum MessageKind {
+        InformationMessage,  ///< a result or a remark; nothing needs an answer (Notify's ShowBox false)
+        ProgressMessage,     ///< a line that says what is under way ("读入…的记录..."); a later message replaces it
+        WarningMessage,      ///< something the user must see (Notify's ShowBox true)
+        ErrorMessage         ///< an operation failed (a load, a save, a file not written)
+    };
+    Q_ENUM(MessageKind)
+
+    /// Asks for a file name (setFileNameAsker), then does as ExportToFile.
+    void Export(ExportType type);
+    /// Writes the visible book into \a fileName as \a type; true when written.
+    bool ExportToFile(const QString &fileName, ExportType type);
+    /// The book's balance direction as an enum.
+    BalanceDirection balanceDirection() const;
+    /// Sets the book's balance direction (as setDirection with "借", "贷" or "").
+    void setBalanceDirection(BalanceDirection direction);
+
+    /// Enters one record's fields on \a row (0: the empty row under the last
+    /// record, which becomes a new record) as typing them would: each text
+    /// goes into the column keyed by its key through the edit cycle, so the
+    /// before-edit, validation and after-edit rules (account lookup, balances)
+    /// run; the date goes in first. Every key is checked before anything is
+    /// written: an unknown key, a key whose column takes no typing, a row that
+    /// may not change, or a closed control is refused with a message through
+    /// Prompt, and nothing is written. When a field is refused by its rule the
+    /// fields entered before it stay (as typed ones would) and false is
+    /// returned. True when every field was entered.
+    bool enterRecord(const QMap<QString, QString> &fieldsByKey, int row = 0);
+    /// The keys of the columns enterRecord and typing accept, in grid order.
+    QStringList enterableKeys() const;
+
+    /// Shows or hides the column keyed \a key, as the show-fields list does,
+    /// and keeps it for WriteProperties; false when the key is not offered
+    /// there (unknown, or kept from the user by ColsFilter) or already so.
+    bool setColumnVisible(const QString &key, bool visible);
+    /// True when the column keyed \a key is shown (false for an unknown key).
+    bool isColumnVisible(const QString &key) const;
+    /// Sets the width in pixels of the column keyed \a key, as a drag in the
+    /// view does, and keeps it for WriteProperties; false for an unknown key
+    /// or a width outside 1…4000.
+    bool setColumnWidth(const QString &key, int width);
+    /// The width in pixels of the column keyed \a key (-1 for an unknown key).
+    int columnWidth(const QString &key) const;
+
+Q_SIGNALS:
+    /// Raised beside every Notify, saying what kind of message it is.
+    void message(const QString &text, kx::Journal::MessageKind kind);
 
 Q_SIGNALS:
     /// @name Automation events

@@ -372,7 +372,7 @@ QString Journal::Get_AccCodeField(const QString &rFieldName, int rAccID)
 
 void Journal::Prompt(const QString &rMsg, bool ShowBox)
 {
-    Q_EMIT Notify(rMsg, ShowBox);
+    d->say(rMsg, ShowBox, ShowBox ? WarningMessage : InformationMessage);
 }
 
 void Journal::DoCommand(const QString &CommandName, const QString &CommandParameter)

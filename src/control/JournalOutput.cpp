@@ -78,7 +78,7 @@ QStringList JournalPrivate::databaseFiles()
 QString JournalPrivate::exportBook(bool ask, QString path, int type)
 {
     if (Result<void> known = BookExporter::checkType(type); !known.ok()) {
-        prompt(known.error(), false);
+        failure(known.error(), false);
         return QString();
     }
     // The host's veto and the question for a name come before the operation
@@ -106,7 +106,7 @@ QString JournalPrivate::exportBook(bool ask, QString path, int type)
         if (!alive)
             return QString();
         if (!written.ok()) {
-            prompt(written.error(), false);
+            failure(written.error(), false);
             return QString();
         }
         prompt(QStringLiteral("已导出到 %1").arg(QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath())), false);
@@ -134,7 +134,7 @@ void JournalPrivate::printPreview()
         exclusive(QStringLiteral("Print"), false, [&] {
             const Result<void> printed = BookPrinter(*grid, *printGrid, q->Caption(), grid->font()).print(*target);
             if (!printed.ok())
-                prompt(printed.error(), false);
+                failure(printed.error(), false);
             return printed.ok();
         });
     });
@@ -195,7 +195,7 @@ bool Journal::printToPdf(const QString &fileName)
         const Result<void> printed =
             BookPrinter(*p->grid, *p->printGrid, p->caption, p->grid->font()).printToPdf(fileName, p->databaseFiles());
         if (!printed.ok())
-            p->prompt(printed.error(), false);
+            p->failure(printed.error(), false);
         return printed.ok();
     });
 }

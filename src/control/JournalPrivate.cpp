@@ -154,6 +154,25 @@ void JournalPrivate::prompt(const QString &text, bool showBox)
         q->Prompt(text, showBox);
 }
 
+void JournalPrivate::note(const QString &text)
+{
+    say(text, false, Journal::ProgressMessage);
+}
+
+void JournalPrivate::failure(const QString &text, bool showBox)
+{
+    say(text, showBox, Journal::ErrorMessage);
+}
+
+void JournalPrivate::say(const QString &text, bool showBox, int kind)
+{
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    if (q)
+        Q_EMIT q->Notify(text, showBox);
+    if (q)
+        Q_EMIT q->message(text, Journal::MessageKind(kind));
+}
+
 bool JournalPrivate::cancels(const QString &command)
 {
     const std::shared_ptr<JournalPrivate> keep = shared_from_this();

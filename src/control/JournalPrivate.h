@@ -49,6 +49,11 @@ public:
     ~JournalPrivate() override;
 
     void prompt(const QString &text, bool showBox) override;
+    void note(const QString &text) override;
+    void failure(const QString &text, bool showBox) override;
+    /// Raises Notify and, unless a handler of it deleted the control, message
+    /// with \a kind (a Journal::MessageKind).
+    void say(const QString &text, bool showBox, int kind);
     bool cancels(const QString &command) override;
     bool ask(const QString &text, const QString &title = QString()) override;
     void progress(int percent) override;

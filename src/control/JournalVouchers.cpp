@@ -40,7 +40,7 @@ void JournalPrivate::openVoucherPicker(int row, int col)
     voucherPicker->setContext(context());
     // A handler of the messages may delete the control.
     const std::shared_ptr<JournalPrivate> keep = shared_from_this();
-    prompt(QStringLiteral("装入会计科目..."), false);
+    note(QStringLiteral("装入会计科目..."));
     if (!alive())
         return;
     const bool loaded = voucherPicker->load();

@@ -75,7 +75,7 @@ BookLoader::Outcome BookLoader::load(int docId)
     if (m_host.cancels(QStringLiteral("Load")))
         return Cancelled;
     if (!m_acc) {
-        m_host.prompt(QStringLiteral("没有连接到账套。"), false);
+        m_host.failure(QStringLiteral("没有连接到账套。"), false);
         return Failed;
     }
     Database &db = m_acc->Connection();
@@ -86,7 +86,7 @@ BookLoader::Outcome BookLoader::load(int docId)
     const BookDefinition previous = m_state.book;
     const auto fail = [&](const QString &why) {
         m_state.book = previous;
-        m_host.prompt(why, false);
+        m_host.failure(why, false);
         m_host.progress(-1);
         return Failed;
     };
@@ -102,9 +102,8 @@ BookLoader::Outcome BookLoader::load(int docId)
         return fail(QStringLiteral("没有这本日记账（编号 %1）。").arg(book.docId));
     const bool consolidated = m_state.isConsolidated();
     const QString suffix = consolidated ? QStringLiteral("及其所有下级日记账") : QString();
-    m_host.prompt(QStringLiteral("读入：") + book.journalName + QStringLiteral("”") + suffix +
-                      QStringLiteral("的记录..."),
-                  false);
+    m_host.note(QStringLiteral("读入：") + book.journalName + QStringLiteral("”") + suffix +
+                      QStringLiteral("的记录..."));
     m_host.progress(0);
     m_host.progress(10);
     // The handlers above may have deleted the control or the context (and

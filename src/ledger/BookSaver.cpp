@@ -34,7 +34,7 @@ bool BookSaver::save(const QString &caption, int instance)
     if (m_host.cancels(QStringLiteral("Save")) || m_host.stopped())
         return false;
     if (m_state.dirty && m_acc && m_acc->Connection().isReadOnly()) {
-        m_host.prompt(QStringLiteral("这个数据库是只读的，不能存储修改。请检查文件的权限。"), false);
+        m_host.failure(QStringLiteral("这个数据库是只读的，不能存储修改。请检查文件的权限。"), false);
         return false;
     }
     if (m_state.dirty) {
@@ -47,11 +47,11 @@ bool BookSaver::save(const QString &caption, int instance)
                 break;
             m_host.progress(-1);
             if (m_conflicts.isEmpty()) {
-                m_host.prompt(written.error(), false);
+                m_host.failure(written.error(), false);
                 return false;
             }
             if (round == MergeRounds) {
-                m_host.prompt(QStringLiteral("其他用户正在不断修改这些记录，没有存储。请稍后再存储。"), false);
+                m_host.failure(QStringLiteral("其他用户正在不断修改这些记录，没有存储。请稍后再存储。"), false);
                 return false;
             }
             if (m_host.stopped() || !m_acc)
@@ -62,14 +62,14 @@ bool BookSaver::save(const QString &caption, int instance)
             if (m_host.stopped() || !m_acc)
                 return false;
             if (!merged.ok()) {
-                m_host.prompt(merged.error(), false);
+                m_host.failure(merged.error(), false);
                 return false;
             }
             m_readAgain = m_readAgain || merge.tookStored();
         }
     } else if (const Result<void> reachable = reachDatabase(); !reachable.ok()) {
         // Nothing to write, but "stored" must still mean the database has it.
-        m_host.prompt(reachable.error(), false);
+        m_host.failure(reachable.error(), false);
         return false;
     }
     m_state.dirty = false;

@@ -5,6 +5,8 @@ namespace kx {
 LedgerHost::~LedgerHost() = default;
 
 void LedgerHost::prompt(const QString &, bool) {}
+void LedgerHost::note(const QString &text) { prompt(text, false); }
+void LedgerHost::failure(const QString &text, bool showBox) { prompt(text, showBox); }
 bool LedgerHost::cancels(const QString &) { return false; }
 bool LedgerHost::ask(const QString &, const QString &) { return false; }
 void LedgerHost::progress(int) {}

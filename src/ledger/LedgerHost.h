@@ -15,6 +15,10 @@ public:
 
     /// A message for the user; \a showBox asks for a message box.
     virtual void prompt(const QString &text, bool showBox);
+    /// A line that says what is under way ("读入…的记录..."); by default a prompt without a box.
+    virtual void note(const QString &text);
+    /// Why an operation failed; by default a prompt.
+    virtual void failure(const QString &text, bool showBox);
     /// Asks before \a command runs; true when the host cancels it.
     virtual bool cancels(const QString &command);
     /// A Yes/No question titled \a title, No by default; true for Yes.

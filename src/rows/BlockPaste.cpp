@@ -82,6 +82,11 @@ bool BlockPaste::paste(const QString &text)
     for (int j = 0; j < targets.size(); ++j)
         (targets.at(j) == dateCol ? order.prepend(j) : order.append(j));
 
+    if (const QString why = misplaced(block, top, targets); !why.isEmpty()) {
+        m_ctx.host.prompt(why, true);
+        return false;
+    }
+
     const int count = int(block.size());
     if (top + count > grid.rows()) {
         const int old = grid.rows();
@@ -160,6 +165,51 @@ bool BlockPaste::paste(const QString &text)
         m_ctx.host.prompt(QStringLiteral("以下单元格没有粘贴：\r\n") + shown.join(QStringLiteral("\r\n")), true);
     }
     return changed;
+}
+
+QString BlockPaste::misplaced(const QList<QStringList> &block, int top, const QList<int> &targets) const
+{
+    // Texts land on the visible columns from the cursor on, one field per
+    // column. A field that falls on a column that takes no typing, or past
+    // the last column, was meant for another column (a line laid out for
+    // other columns, a field left out): nothing is pasted then. Worked-out
+    // columns (balances, the direction) take what a copied block carries
+    // without a word, and a field equal to what its cell holds changes nothing.
+    const GridModel &grid = m_ctx.grid;
+    const JournalColumns &columns = m_ctx.columns;
+    const int workedOut[] = {columns[JournalColumns::Balance], columns[JournalColumns::fxBalance],
+                             columns[JournalColumns::Dir]};
+    for (int i = 0; i < block.size(); ++i) {
+        const QStringList &cells = block.at(i);
+        const int row = top + i;
+        for (int j = 0; j < cells.size(); ++j) {
+            const QString field = cells.at(j).trimmed();
+            if (field.isEmpty())
+                continue;
+            QString where;
+            if (j >= targets.size()) {
+                where = QStringLiteral("最后一栏之后");
+            } else {
+                const int col = targets.at(j);
+                const QString key = grid.colKey(col);
+                const bool typed = JournalColumns::inList(m_ctx.state.fields.editFields, key) &&
+                                   m_ctx.columnAt(col) != JournalColumns::AccDoc;
+                if (typed || std::find(std::begin(workedOut), std::end(workedOut), col) != std::end(workedOut) ||
+                    (row < grid.rows() && grid.text(row, col) == field))
+                    continue;
+                where = QStringLiteral("“%1”栏，这一栏不能输入").arg(grid.text(0, col).trimmed());
+            }
+            QStringList order;
+            for (int k = 0; k < targets.size() && k < 12; ++k)
+                order << (grid.text(0, targets.at(k)).trimmed().isEmpty() ? grid.colKey(targets.at(k))
+                                                                          : grid.text(0, targets.at(k)).trimmed());
+            return QStringLiteral("没有粘贴：第%1行第%2项“%3”会落在%4。粘贴的各项依次进入光标起显示的各栏：%5。")
+                .arg(row)
+                .arg(j + 1)
+                .arg(field, where, order.join(QStringLiteral("、")));
+        }
+    }
+    return {};
 }
 
 bool BlockPaste::clear()

@@ -19,6 +19,10 @@ struct EditContext;
 /// Columns that take no typing (balances, keys) and empty cells of the
 /// block are passed over; rows that may not change (closed, summary or
 /// linked to a voucher) are never written. Balances are recalculated once.
+/// A field that would fall on a column that takes no typing (other than the
+/// worked-out balances and direction), or past the last column, means the
+/// block was laid out for other columns: nothing is pasted and the message
+/// names the field and the order of the columns.
 class BlockPaste
 {
 public:
@@ -34,6 +38,9 @@ public:
 
 private:
     void finish(int firstRow, bool changed);
+    // Why \a block cannot land as the user sees it from row \a top on the
+    // columns \a targets (empty when it can).
+    QString misplaced(const QList<QStringList> &block, int top, const QList<int> &targets) const;
     EditContext &m_ctx;
     const EditRules &m_rules;
     QStringList m_rejected;
