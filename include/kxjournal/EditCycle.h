@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kxjournal/kxjournal_export.h"
 #include <QObject>
 #include <QString>
 
@@ -20,7 +21,7 @@ class GridModel;
 /// → the cell text is written → afterEdit. A cancel in beforeEdit opens no
 /// editor; a cancel in validateEdit writes nothing and leaves the editor open
 /// with the text typed.
-class EditCycle : public QObject
+class KXJOURNAL_EXPORT EditCycle : public QObject
 {
     Q_OBJECT
 public:

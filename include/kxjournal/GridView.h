@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kxjournal/kxjournal_export.h"
 #include "kxjournal/GridModel.h"
 
 #include <QColor>
@@ -23,7 +24,7 @@ class GridDelegate;
 /// The cursor and the selected block are kept the same in the view and in the
 /// model, whichever side moves them. A column dragged by its header moves the
 /// model's column (its key goes with it).
-class GridView : public QTableView
+class KXJOURNAL_EXPORT GridView : public QTableView
 {
     Q_OBJECT
 public:
