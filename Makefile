@@ -7,7 +7,7 @@ BENCH_DIR ?= build/bench
 JOBS      ?= $(shell nproc)
 CMAKE_GEN := -G Ninja
 
-.PHONY: all deps demo test bench bench-pg screenshot clean
+.PHONY: all deps demo test bench bench-pg screenshot docs clean
 
 all: demo
 
@@ -49,6 +49,14 @@ bench-pg: deps $(BENCH_DIR)/build.ninja
 	tests/support/pg-cluster start build/bench-pg
 	KX_BENCH_PG_URL=$$(cat build/bench-pg/url) $(BENCH_DIR)/bench/kxjournal_bench $(ARGS); \
 	  rc=$$?; tests/support/pg-cluster stop build/bench-pg; exit $$rc
+
+# Reference documentation of the public headers: build/docs/html, warnings
+# (an undocumented public name is one) in build/docs/warnings.log.
+docs: deps
+	mkdir -p build/docs
+	doxygen docs/Doxyfile
+	@if [ -s build/docs/warnings.log ]; then cat build/docs/warnings.log; echo "docs: $$(wc -l < build/docs/warnings.log) warning lines in build/docs/warnings.log"; fi
+	@echo "docs: build/docs/html/index.html"
 
 clean:
 	rm -rf build

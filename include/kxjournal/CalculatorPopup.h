@@ -39,7 +39,9 @@ Q_SIGNALS:
     void dismissed();
 
 protected:
+    /// Enter or "=" in the entry line delivers the value; Escape closes without one.
     bool eventFilter(QObject *watched, QEvent *event) override;
+    /// Comes to the front with the entry line focused and selected.
     void showEvent(QShowEvent *event) override;
 
 private:

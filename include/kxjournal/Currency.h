@@ -108,12 +108,18 @@ public:
     /// In-place difference.
     Currency &operator-=(Currency other) { return *this = *this - other; }
 
-    /// Comparisons order by amount; the invalid value sorts below all others.
+    // Comparisons order by amount; the invalid value sorts below all others.
+    /// True when \a a and \a b are the same amount (or both invalid).
     friend constexpr bool operator==(Currency a, Currency b) { return a.m_raw == b.m_raw; }
+    /// True when \a a and \a b differ.
     friend constexpr bool operator!=(Currency a, Currency b) { return a.m_raw != b.m_raw; }
+    /// True when \a a is less than \a b (the invalid value is less than any amount).
     friend constexpr bool operator<(Currency a, Currency b) { return a.m_raw < b.m_raw; }
+    /// True when \a a is more than \a b.
     friend constexpr bool operator>(Currency a, Currency b) { return a.m_raw > b.m_raw; }
+    /// True when \a a is at most \a b.
     friend constexpr bool operator<=(Currency a, Currency b) { return a.m_raw <= b.m_raw; }
+    /// True when \a a is at least \a b.
     friend constexpr bool operator>=(Currency a, Currency b) { return a.m_raw >= b.m_raw; }
 
 private:

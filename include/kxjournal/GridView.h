@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kxjournal/kxjournal_export.h"
 #include "kxjournal/GridModel.h"
 #include "kxjournal/kxjournal_export.h"
 

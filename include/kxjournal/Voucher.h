@@ -29,10 +29,10 @@ struct KXJOURNAL_EXPORT Voucher {
         Currency quantity;     ///< quantity (always 0 from the journal)
         QString branch;        ///< department (empty from the journal)
         QString organization;  ///< unit (empty from the journal)
-        QString field1;        ///< the record's free fields
-        QString field2;
-        QString field3;
-        QString field4;
+        QString field1;        ///< the record's first free field
+        QString field2;        ///< the record's second free field
+        QString field3;        ///< the record's third free field
+        QString field4;        ///< the record's fourth free field
         int brId = 0;          ///< department id
         int pjId = 0;          ///< project id
         QString accId;         ///< the account id as the record's cell held it (it may be empty)
@@ -40,17 +40,18 @@ struct KXJOURNAL_EXPORT Voucher {
         int docId = 0;         ///< voucher key (0 from the journal)
         int row = 0;           ///< line number; the own-account line repeats the last one
         QString bookFmt;       ///< the remaining elements, empty from the journal
-        QString fld1Name;
-        QString fld2Name;
-        QString fld3Name;
-        QString fld4Name;
-        QString forexName;
-        QString measure;
-        QString docLvl;
-        QString tRecId;
+        QString fld1Name;      ///< caption of the first free field (empty from the journal)
+        QString fld2Name;      ///< caption of the second free field (empty from the journal)
+        QString fld3Name;      ///< caption of the third free field (empty from the journal)
+        QString fld4Name;      ///< caption of the fourth free field (empty from the journal)
+        QString forexName;     ///< foreign currency name (empty from the journal)
+        QString measure;       ///< unit of measure (empty from the journal)
+        QString docLvl;        ///< the DocLvl element, kept as read (empty from the journal)
+        QString tRecId;        ///< the tRecID element, kept as read (empty from the journal)
 
         /// True when every element is equal.
         bool operator==(const Line &other) const;
+        /// True when some element differs.
         bool operator!=(const Line &other) const { return !(*this == other); }
     };
 
@@ -73,6 +74,7 @@ struct KXJOURNAL_EXPORT Voucher {
     Currency creditTotal() const;
     /// True when every element is equal.
     bool operator==(const Voucher &other) const;
+    /// True when some element differs.
     bool operator!=(const Voucher &other) const { return !(*this == other); }
 };
 

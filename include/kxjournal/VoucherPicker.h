@@ -62,7 +62,9 @@ Q_SIGNALS:
     void dismissed();
 
 protected:
+    /// Keys in the search line move through the list, pick (Enter) or close (Escape).
     bool eventFilter(QObject *watched, QEvent *event) override;
+    /// Comes to the front with the search line focused and selected.
     void showEvent(QShowEvent *event) override;
 
 private:
