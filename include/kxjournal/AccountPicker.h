@@ -44,7 +44,9 @@ Q_SIGNALS:
     void dismissed();
 
 protected:
+    /// Keys typed in the search line move in the list, pick (Enter) or close it (Escape).
     bool eventFilter(QObject *watched, QEvent *event) override;
+    /// Puts the keyboard focus into the search line.
     void showEvent(QShowEvent *event) override;
 
 private:

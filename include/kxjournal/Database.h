@@ -29,7 +29,9 @@ public:
     /// A database that is not open.
     Database();
     ~Database();
+    /// Takes the connection of \a other over; \a other is closed afterwards.
     Database(Database &&other) noexcept;
+    /// Closes this connection and takes the one of \a other over; \a other is closed afterwards.
     Database &operator=(Database &&other) noexcept;
     Database(const Database &) = delete;
     Database &operator=(const Database &) = delete;

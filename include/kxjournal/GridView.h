@@ -111,17 +111,29 @@ Q_SIGNALS:
     void columnResized(int col, int width);
 
 protected:
+    /// Opens a cell editor only when the edit cycle's before-edit lets it.
     bool edit(const QModelIndex &index, EditTrigger trigger, QEvent *event) override;
+    /// Stores the editor's text through the edit cycle (validate, write, after-edit).
     void commitData(QWidget *editor) override;
+    /// Closes the editor; one the edit cycle refused stays open with its text.
     void closeEditor(QWidget *editor, QAbstractItemDelegate::EndEditHint hint) override;
+    /// Tab and Enter move as the control's navigation says; other keys as a table view's.
     QModelIndex moveCursor(CursorAction cursorAction, Qt::KeyboardModifiers modifiers) override;
+    /// Keys a cell does not take (the control's commands) are raised as commandKey().
     void keyPressEvent(QKeyEvent *event) override;
+    /// Notes the cell under the mouse and raises mouseDown().
     void mousePressEvent(QMouseEvent *event) override;
+    /// Notes the cell under the mouse and raises mouseMove().
     void mouseMoveEvent(QMouseEvent *event) override;
+    /// Notes the cell under the mouse and raises mouseUp().
     void mouseReleaseEvent(QMouseEvent *event) override;
+    /// Rows dragged by the row header.
     bool eventFilter(QObject *watched, QEvent *event) override;
+    /// Follows a new palette.
     void changeEvent(QEvent *event) override;
+    /// Keeps the frozen columns over the view.
     void resizeEvent(QResizeEvent *event) override;
+    /// Keeps the frozen columns over the view.
     void updateGeometries() override;
 
 private:

@@ -94,6 +94,7 @@ public:
     /// is read by X() and written by setX(); those with a Row argument take
     /// it last (0: the current row). Each is also a Q_PROPERTY of that name.
     ///@{
+
     /// A plain stored text.
     QString Message() const;
     /// Stores a text.
@@ -282,6 +283,7 @@ public:
     /// @name Automation methods
     /// The control's methods under their automation names and parameters.
     ///@{
+
     /// Does nothing; kept for hosts that call it before Load.
     Q_INVOKABLE void Initial();
     /// Field \a rFieldName of account \a rAccID as text (empty when there is none).
@@ -347,6 +349,7 @@ public:
     /// What the control offers a host beyond the automation interface, named
     /// in Qt's style.
     ///@{
+
     /// The view of the journal grid.
     GridView *gridView() const;
     /// The account picker the account cell's ellipsis opens.
@@ -476,6 +479,7 @@ Q_SIGNALS:
     /// their ids; reference arguments are written back by directly
     /// connected handlers.
     ///@{
+
     /// 1: the grid changed (key of the current column).
     void DataChanged(const QString &ColKey);
     /// 2: declared for hosts; never raised.
@@ -512,6 +516,7 @@ Q_SIGNALS:
 
     /// @name Qt-style notifications
     ///@{
+
     /// A persisted (or announced) property changed.
     void propertyChanged(const QString &name);
     /// The caption changed.
@@ -527,6 +532,7 @@ Q_SIGNALS:
     ///@}
 
 protected:
+    /// Shows the context menu, its items' states brought up to date first.
     void contextMenuEvent(QContextMenuEvent *event) override;
 
 private:
