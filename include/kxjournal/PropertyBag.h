@@ -1,11 +1,10 @@
 #pragma once
 
 #include "kxjournal/kxjournal_export.h"
-#include <QList>
-#include <QPair>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
+#include <memory>
 
 namespace kx {
 
@@ -14,7 +13,14 @@ namespace kx {
 class KXJOURNAL_EXPORT PropertyBag
 {
 public:
-    virtual ~PropertyBag() = default;
+    /// An empty bag.
+    PropertyBag();
+    /// A bag holding what \a other holds, in its order.
+    PropertyBag(const PropertyBag &other);
+    /// Makes this bag hold what \a other holds, in its order.
+    PropertyBag &operator=(const PropertyBag &other);
+    /// Destroys the bag.
+    virtual ~PropertyBag();
 
     /// Stores \a value under \a name (replacing an earlier value).
     virtual void write(const QString &name, const QVariant &value);
@@ -28,7 +34,8 @@ public:
     QStringList names() const;
 
 private:
-    QList<QPair<QString, QVariant>> m_items;
+    class Private;
+    std::unique_ptr<Private> const d;
 };
 
 } // namespace kx

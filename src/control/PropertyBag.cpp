@@ -1,21 +1,42 @@
 #include "kxjournal/PropertyBag.h"
 
+#include <QList>
+#include <QPair>
+
 namespace kx {
+
+class PropertyBag::Private
+{
+public:
+    QList<QPair<QString, QVariant>> items;  ///< in the order first written
+};
+
+PropertyBag::PropertyBag() : d(std::make_unique<Private>()) {}
+
+PropertyBag::PropertyBag(const PropertyBag &other) : d(std::make_unique<Private>(*other.d)) {}
+
+PropertyBag &PropertyBag::operator=(const PropertyBag &other)
+{
+    *d = *other.d;
+    return *this;
+}
+
+PropertyBag::~PropertyBag() = default;
 
 void PropertyBag::write(const QString &name, const QVariant &value)
 {
-    for (auto &item : m_items) {
+    for (auto &item : d->items) {
         if (item.first == name) {
             item.second = value;
             return;
         }
     }
-    m_items.append({name, value});
+    d->items.append({name, value});
 }
 
 QVariant PropertyBag::read(const QString &name, const QVariant &defaultValue) const
 {
-    for (const auto &item : m_items)
+    for (const auto &item : d->items)
         if (item.first == name)
             return item.second;
     return defaultValue;
@@ -23,7 +44,7 @@ QVariant PropertyBag::read(const QString &name, const QVariant &defaultValue) co
 
 bool PropertyBag::contains(const QString &name) const
 {
-    for (const auto &item : m_items)
+    for (const auto &item : d->items)
         if (item.first == name)
             return true;
     return false;
@@ -31,9 +52,9 @@ bool PropertyBag::contains(const QString &name) const
 
 void PropertyBag::remove(const QString &name)
 {
-    for (int i = 0; i < m_items.size(); ++i) {
-        if (m_items.at(i).first == name) {
-            m_items.removeAt(i);
+    for (int i = 0; i < d->items.size(); ++i) {
+        if (d->items.at(i).first == name) {
+            d->items.removeAt(i);
             return;
         }
     }
@@ -42,7 +63,7 @@ void PropertyBag::remove(const QString &name)
 QStringList PropertyBag::names() const
 {
     QStringList out;
-    for (const auto &item : m_items)
+    for (const auto &item : d->items)
         out << item.first;
     return out;
 }
