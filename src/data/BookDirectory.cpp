@@ -27,18 +27,6 @@ BookDirectory &BookDirectory::operator=(const BookDirectory &other)
     return *this;
 }
 
-namespace {
-
-int columnOf(const FetchedRows &rows, const QString &name)
-{
-    for (int i = 0; i < rows.fieldNames.size(); ++i)
-        if (rows.fieldNames.at(i).compare(name, Qt::CaseInsensitive) == 0)
-            return i;
-    return -1;
-}
-
-} // namespace
-
 Result<BookDirectory> BookDirectory::read(const Database &db)
 {
     const Result<FetchedRows> r = RecordFetcher::fetch(
@@ -46,9 +34,9 @@ Result<BookDirectory> BookDirectory::read(const Database &db)
     if (!r.ok())
         return Error(r.error());
     const FetchedRows &rows = r.value();
-    const int idCol = columnOf(rows, QStringLiteral("asID"));
-    const int codeCol = columnOf(rows, QStringLiteral("AssistCode"));
-    const int nameCol = columnOf(rows, QStringLiteral("AssistName"));
+    const int idCol = rows.fieldIndex(QStringLiteral("asID"));
+    const int codeCol = rows.fieldIndex(QStringLiteral("AssistCode"));
+    const int nameCol = rows.fieldIndex(QStringLiteral("AssistName"));
     if (idCol < 0 || codeCol < 0 || nameCol < 0)
         return Error(QStringLiteral("日记账定义表（kxJournal）缺少 asID、AssistCode 或 AssistName 字段。"));
     QList<Book> books;

@@ -12,15 +12,6 @@ namespace kx {
 
 namespace {
 
-// The column named \a name in \a rows, in any case (-1 when there is none).
-int columnOf(const FetchedRows &rows, const QString &name)
-{
-    for (int i = 0; i < rows.fieldNames.size(); ++i)
-        if (rows.fieldNames.at(i).compare(name, Qt::CaseInsensitive) == 0)
-            return i;
-    return -1;
-}
-
 // The number after the first "|" of "label|number"; 0 when there is none.
 int numberAfterBar(const QString &s)
 {
@@ -76,7 +67,7 @@ QList<int> JournalDefinition::subordinateIds() const
     const Result<FetchedRows> r = RecordFetcher::fetch(m_db, sqlDialect(m_db).journalSubtree(code), {}, 1);
     if (!r.ok())
         return ids;
-    const int col = columnOf(r.value(), QStringLiteral("asID"));
+    const int col = r.value().fieldIndex(QStringLiteral("asID"));
     for (int row = 0; col >= 0 && row < r.value().cells.rows(); ++row)
         ids << r.value().cells.text(row, col).toInt();
     return ids;

@@ -14,6 +14,15 @@ class Database;
 struct FetchedRows {
     CellArray cells;         ///< one row per record: the leading columns, then one per field
     QStringList fieldNames;  ///< the result's field names, in order
+
+    /// The index of the field named \a name, in any case (-1 when there is none).
+    int fieldIndex(const QString &name) const
+    {
+        for (int i = 0; i < fieldNames.size(); ++i)
+            if (fieldNames.at(i).compare(name, Qt::CaseInsensitive) == 0)
+                return i;
+        return -1;
+    }
 };
 
 /// Runs a query and takes every row at once into a CellArray, typed: whole
