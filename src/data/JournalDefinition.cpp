@@ -25,7 +25,8 @@ JournalDefinition::JournalDefinition(const Database &db, BookDefinition &book) :
 
 QString JournalDefinition::fieldOf(const QString &name, int id) const
 {
-    return sqlFirstRowField(m_db, sqlDialect(m_db).journalById(id), name).value().toString();
+    // A book that cannot be read (no table, a lost connection) reads as no book.
+    return sqlFirstRowField(m_db, sqlDialect(m_db).journalById(id), name).valueOr(QVariant()).toString();
 }
 
 QString JournalDefinition::field(const QString &name, int &id) const

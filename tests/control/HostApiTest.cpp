@@ -3,6 +3,7 @@
 // enum forms of export types, the balance direction and message kinds.
 #include "editing/EditingBook.h"
 
+#include <kxjournal/BookDirectory.h>
 #include <kxjournal/GridView.h>
 #include <kxjournal/PropertyBag.h>
 #include <kxjournal/SettingsPropertyBag.h>
@@ -261,4 +262,20 @@ TEST(HostApi, EnumsStandBesideTheIntsAndTextsAndMessagesSayTheirKind)
     b.journal->Prompt(QStringLiteral("请注意"), true);
     ASSERT_EQ(messages.size(), 1);
     EXPECT_EQ(messages.first().second, kx::Journal::WarningMessage);
+}
+
+// A database without journal tables (a wrong file, a schema not made yet)
+// is a book that cannot be read: the control says so and the host runs on.
+TEST(HostApi, ADatabaseWithoutBooksIsRefusedNotFatal)
+{
+    kx::SqlAccContext acc(kx::Database::open(QStringLiteral("sqlite::memory:")));
+    kx::Journal journal;
+    QStringList said;
+    QObject::connect(&journal, &kx::Journal::Notify, [&](const QString &m, bool) { said << m; });
+    journal.setAcc(&acc);
+    journal.setDocID(1);
+    EXPECT_FALSE(journal.Load());
+    EXPECT_FALSE(said.isEmpty()) << "the failed load is reported";
+    const kx::Result<kx::BookDirectory> books = kx::BookDirectory::read(acc.Connection());
+    EXPECT_FALSE(books.ok());
 }
