@@ -98,9 +98,9 @@ public:
     static Result<Currency> multiply(Currency a, Currency b);
 
     /// Sum; invalid on overflow or when either side is invalid.
-    friend Currency operator+(Currency a, Currency b);
+    friend KXJOURNAL_EXPORT Currency operator+(Currency a, Currency b);
     /// Difference; invalid on overflow or when either side is invalid.
-    friend Currency operator-(Currency a, Currency b);
+    friend KXJOURNAL_EXPORT Currency operator-(Currency a, Currency b);
     /// Negation (the range is symmetric, so this cannot overflow).
     constexpr Currency operator-() const { return isValid() ? Currency(-m_raw) : *this; }
     /// In-place sum.

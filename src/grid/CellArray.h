@@ -1,7 +1,6 @@
 #pragma once
 
 #include "kxjournal/Currency.h"
-#include "kxjournal/kxjournal_export.h"
 
 #include <QDate>
 #include <QString>
@@ -15,7 +14,7 @@ class CellArrayData;
 /// set is handed to Sheet::loadArray() in one call. Cells are kept typed
 /// (numbers, amounts, days, pooled texts) exactly as the grid keeps them, so
 /// the grid takes the block over without converting a cell.
-class KXJOURNAL_EXPORT CellArray
+class CellArray
 {
 public:
     /// An empty array.

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "kxjournal/kxjournal_export.h"
 
 #include <memory>
 
@@ -18,7 +17,7 @@ class GridChangesData;
 /// and its redo are the same kind of object. Changes the grid cannot put
 /// back (columns moved or added, a new book loaded, rows cut off the
 /// bottom) make it incomplete: such a record must not be reverted.
-class KXJOURNAL_EXPORT GridChanges
+class GridChanges
 {
 public:
     /// No changes.

@@ -1,6 +1,7 @@
 // A host built against the installed package: it sees only <kxjournal/...>.
 // It makes a SQLite database, embeds a Journal on a book, types an amount
 // through the edit cycle, saves, and reads the stored amount back with SQL.
+#include <kxjournal/Currency.h>
 #include <kxjournal/Database.h>
 #include <kxjournal/EditCycle.h>
 #include <kxjournal/Journal.h>
@@ -89,6 +90,13 @@ int main(int argc, char **argv)
         return fail("stored amount is", stored);
     if (back.next())
         return fail("more than one record stored");
+
+    // Amounts add up through the library's arithmetic, as a host sums a book.
+    kx::Currency total = grid->amount(row, QStringLiteral("Debit"));
+    total += kx::Currency::fromUnits(3);
+    total = total - kx::Currency::fromUnits(1);
+    if (total.toString() != QStringLiteral("14.5"))
+        return fail("12.5 + 3 - 1 is", total.toString());
     std::printf("consumer ok\n");
     return 0;
 }
