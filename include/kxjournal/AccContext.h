@@ -29,7 +29,9 @@ class KXJOURNAL_EXPORT AccContext : public QObject
     Q_OBJECT
 public:
     /// A context with \a parent.
-    explicit AccContext(QObject *parent = nullptr) : QObject(parent) {}
+    explicit AccContext(QObject *parent = nullptr);
+    /// Destroys the context; a control using it notices and stops using it.
+    ~AccContext() override;
 
     /// The open database connection every query runs on.
     virtual Database &Connection() = 0;
@@ -63,6 +65,11 @@ public:
 Q_SIGNALS:
     /// A message from the host to every journal that uses this context.
     void Announce(const QString &message);
+
+protected:
+    /// Room for members added in later versions without changing the layout
+    /// hosts' subclasses are built against; does nothing here.
+    virtual void virtual_hook(int id, void *data);
 };
 
 } // namespace kx

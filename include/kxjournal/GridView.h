@@ -2,7 +2,6 @@
 
 #include "kxjournal/kxjournal_export.h"
 #include "kxjournal/GridModel.h"
-#include "kxjournal/kxjournal_export.h"
 
 #include <QColor>
 #include <QStringList>

@@ -14,6 +14,9 @@
 #include <functional>
 #include <memory>
 
+class QAction;
+class QMenu;
+
 namespace kx {
 
 class AccountPicker;
@@ -88,6 +91,31 @@ public:
     /// A control with an empty grid and its persisted properties at their defaults.
     explicit Journal(QWidget *parent = nullptr);
     ~Journal() override;
+
+    /// What a file written by Export or ExportToFile holds (the int values
+    /// are those of the rType argument).
+    enum ExportType {
+        ExportByExtension = 0,  ///< .xlsx a spreadsheet, .tsv/.txt tab-separated, else comma-separated
+        ExportComma = 1,        ///< comma-separated text, UTF-8 with a byte-order mark
+        ExportTab = 2,          ///< tab-separated text, UTF-8 with a byte-order mark
+        ExportSpreadsheet = 3   ///< an .xlsx workbook
+    };
+    Q_ENUM(ExportType)
+    /// The book's balance direction, beside Direction()'s "借", "贷" and "".
+    enum BalanceDirection {
+        NoDirection,      ///< no direction (Direction() is empty)
+        DebitDirection,   ///< "借"
+        CreditDirection   ///< "贷"
+    };
+    Q_ENUM(BalanceDirection)
+    /// What a message raised through message() is.
+    enum MessageKind {
+        InformationMessage,  ///< a result or a remark; nothing needs an answer (Notify's ShowBox false)
+        ProgressMessage,     ///< a line that says what is under way ("读入…的记录..."); a later message replaces it
+        WarningMessage,      ///< something the user must see (Notify's ShowBox true)
+        ErrorMessage         ///< an operation failed (a load, a save, a file not written)
+    };
+    Q_ENUM(MessageKind)
 
     /// @name Automation properties
     /// The control's properties under their automation names: a property X
@@ -405,33 +433,6 @@ public:
     QMenu *contextMenu() const;
     /// The context-menu item named \a name ("mnuCopy"), or nullptr when there is none.
     QAction *menuAction(const QString &name) const;
-    ///@}
-
-    // ---- Qt-style additions for hosts ----
-    /// What a file written by Export or ExportToFile holds (the int values
-    /// are those of the rType argument).
-    enum ExportType {
-        ExportByExtension = 0,  ///< .xlsx a spreadsheet, .tsv/.txt tab-separated, else comma-separated
-        ExportComma = 1,        ///< comma-separated text, UTF-8 with a byte-order mark
-        ExportTab = 2,          ///< tab-separated text, UTF-8 with a byte-order mark
-        ExportSpreadsheet = 3   ///< an .xlsx workbook
-    };
-    Q_ENUM(ExportType)
-    /// The book's balance direction, beside Direction()'s "借", "贷" and "".
-    enum BalanceDirection {
-        NoDirection,      ///< no direction (Direction() is empty)
-        DebitDirection,   ///< "借"
-        CreditDirection   ///< "贷"
-    };
-    Q_ENUM(BalanceDirection)
-    /// What a message raised through message() is.
-    enum MessageKind {
-        InformationMessage,  ///< a result or a remark; nothing needs an answer (Notify's ShowBox false)
-        ProgressMessage,     ///< a line that says what is under way ("读入…的记录..."); a later message replaces it
-        WarningMessage,      ///< something the user must see (Notify's ShowBox true)
-        ErrorMessage         ///< an operation failed (a load, a save, a file not written)
-    };
-    Q_ENUM(MessageKind)
 
     /// Asks for a file name (setFileNameAsker), then does as ExportToFile.
     void Export(ExportType type);
@@ -468,10 +469,7 @@ public:
     bool setColumnWidth(const QString &key, int width);
     /// The width in pixels of the column keyed \a key (-1 for an unknown key).
     int columnWidth(const QString &key) const;
-
-Q_SIGNALS:
-    /// Raised beside every Notify, saying what kind of message it is.
-    void message(const QString &text, kx::Journal::MessageKind kind);
+    ///@}
 
 Q_SIGNALS:
     /// @name Automation events
@@ -517,6 +515,8 @@ Q_SIGNALS:
     /// @name Qt-style notifications
     ///@{
 
+    /// Raised beside every Notify, saying what kind of message it is.
+    void message(const QString &text, kx::Journal::MessageKind kind);
     /// A persisted (or announced) property changed.
     void propertyChanged(const QString &name);
     /// The caption changed.

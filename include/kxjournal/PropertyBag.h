@@ -10,6 +10,8 @@ namespace kx {
 
 /// The named values a container keeps for a control between sessions (its
 /// design-time settings). Remembers the order in which values were written.
+/// A host that keeps the values in a store of its own overrides all five
+/// virtual members.
 class KXJOURNAL_EXPORT PropertyBag
 {
 public:
@@ -27,11 +29,11 @@ public:
     /// The value stored under \a name, or \a defaultValue when there is none.
     virtual QVariant read(const QString &name, const QVariant &defaultValue) const;
     /// True when a value is stored under \a name.
-    bool contains(const QString &name) const;
+    virtual bool contains(const QString &name) const;
     /// Removes the value stored under \a name.
-    void remove(const QString &name);
+    virtual void remove(const QString &name);
     /// The names stored, in the order they were first written.
-    QStringList names() const;
+    virtual QStringList names() const;
 
 private:
     class Private;
