@@ -62,7 +62,7 @@ bool Journal::enterRecord(const QMap<QString, QString> &fieldsByKey, int row)
     for (auto it = fieldsByKey.cbegin(); it != fieldsByKey.cend(); ++it) {
         if (p->grid->colIndex(it.key()) < p->grid->fixedCols())
             unknown << it.key();
-        else if (!enterable.contains(it.key()))
+        else if (!enterable.contains(p->grid->colKey(p->grid->colIndex(it.key()))))
             untyped << QStringLiteral("%1（%2）").arg(it.key(), p->grid->text(0, p->grid->colIndex(it.key())).trimmed());
     }
     if (!unknown.isEmpty() || !untyped.isEmpty()) {
@@ -93,10 +93,12 @@ bool Journal::enterRecord(const QMap<QString, QString> &fieldsByKey, int row)
     // The date goes in first: the other columns' checks read the row's day;
     // then the account, whose lookup the amounts' checks need; then grid order.
     QStringList order = fieldsByKey.keys();
+    // Keys are taken in any case, as colIndex() finds them.
     const auto rank = [&g](const QString &key) {
-        if (key == JournalColumns::key(JournalColumns::ShowName))
+        const QString found = g.colKey(g.colIndex(key));
+        if (found == JournalColumns::key(JournalColumns::ShowName))
             return -2;
-        if (key == JournalColumns::key(JournalColumns::AccName))
+        if (found == JournalColumns::key(JournalColumns::AccName))
             return -1;
         return g.colIndex(key);
     };

@@ -45,8 +45,9 @@ TEST(HostApi, ARecordEnteredByKeyGoesThroughTheRulesAndIsStored)
     EXPECT_EQ(b.grid->rows(), 7) << "a new empty row under the record";
     EXPECT_TRUE(b.journal->IsDirty());
 
-    // An existing row by number: its credit of 50 becomes 25, the balances below follow.
-    ASSERT_TRUE(b.journal->enterRecord(fields({{"Credit", "25"}}), 4));
+    // An existing row by number, its key in another case: its credit of 50
+    // becomes 25, the balances below follow.
+    ASSERT_TRUE(b.journal->enterRecord(fields({{"credit", "25"}}), 4)) << qPrintable(b.said.join(QLatin1Char('\n')));
     EXPECT_EQ(b.grid->amount(4, b.col("Balance")), kx::Currency::fromRaw(12750000));
     EXPECT_EQ(b.grid->amount(5, b.col("Balance")), kx::Currency::fromRaw(13950000));
 
