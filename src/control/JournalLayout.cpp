@@ -98,16 +98,19 @@ void JournalPrivate::setUpLayout()
             return;
         }
         refit->setInterval(0);
-        const int first = refitFirst, last = refitLast;
-        refitFirst = refitLast = -1;
+        const int first = refitFirst, last = refitLast, left = refitLeft, right = refitRight;
+        refitFirst = refitLast = refitLeft = refitRight = -1;
         if (first >= 0)
-            ColumnFit(*grid, state, measureText).fitFigures(first, last);
+            ColumnFit(*grid, state, measureText).fitFigures(first, last, left, right);
     });
     QObject::connect(grid, &QAbstractItemModel::dataChanged, refit,
                      [this, refit](const QModelIndex &from, const QModelIndex &to) {
                          const int a = grid->gridRow(from), b = grid->gridRow(to);
                          refitFirst = refitFirst < 0 ? a : std::min(refitFirst, a);
                          refitLast = std::max(refitLast, b);
+                         const int l = grid->gridCol(from), r = grid->gridCol(to);
+                         refitLeft = refitLeft < 0 ? l : std::min(refitLeft, l);
+                         refitRight = std::max(refitRight, r);
                          refit->start();
                      });
 

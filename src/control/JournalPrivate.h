@@ -179,6 +179,8 @@ public:
     bool menuSyncDue = false;
     int refitFirst = -1;                         ///< rows changed since the widths were last fitted
     int refitLast = -1;
+    int refitLeft = -1;                          ///< columns changed since the widths were last fitted
+    int refitRight = -1;
     bool clipboardHasText = false;               ///< as the clipboard said when it last changed
     std::unique_ptr<QPrinter> printer;           ///< the preview's printer, kept for its settings
     std::function<QString(const QString &)> fileNameAsker;

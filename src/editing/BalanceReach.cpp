@@ -8,6 +8,7 @@
 #include "grid/Sheet.h"
 #include "ledger/BookRow.h"
 #include "ledger/LedgerState.h"
+#include "ledger/RowAmounts.h"
 
 #include <algorithm>
 
@@ -29,6 +30,12 @@ bool fitsGrid(Currency value)
     return fits;
 }
 
+// An overflowed balance can never pass the quick tests.
+__int128 peakOf(Currency local, Currency foreign)
+{
+    return local.isValid() && foreign.isValid() ? std::max(magnitude(local), magnitude(foreign)) : __int128(INT64_MAX) * 4;
+}
+
 } // namespace
 
 int BalanceReach::exactDigits(const EditContext &ctx)
@@ -48,28 +55,47 @@ QString BalanceReach::refusal(const EditContext &ctx, Currency value)
 }
 
 BalanceReach::BalanceReach(const EditContext &ctx)
-    : m_ctx(ctx), m_digits(exactDigits(ctx)), m_first(ctx.grid.fixedRows()), m_outline(ctx.state.outlineColumn(ctx.grid))
+    : m_ctx(ctx), m_digits(exactDigits(ctx)), m_first(ctx.grid.fixedRows()), m_outline(ctx.state.outlineColumn(ctx.grid)),
+      m_rows(std::max(0, ctx.grid.rows() - m_first))
 {
     // The balances as a recalculation makes them: rows without a day are
     // passed over, a summary row carries the balance through.
-    const int rows = std::max(0, ctx.grid.rows() - m_first);
-    m_local.resize(std::size_t(rows));
-    m_foreign.resize(std::size_t(rows));
-    m_reach.resize(std::size_t(rows) + 1, 0);
+    RowAmounts read(ctx.grid, ctx.state);
     Currency local, foreign;
-    for (int i = 0; i < rows; ++i) {
+    for (int i = 0; i < m_rows; ++i) {
+        if (read.read(m_first + i) != RowAmounts::Record)
+            continue;
+        local += read.debit - read.credit;
+        foreign += read.forex;
+        m_peak = std::max(m_peak, peakOf(local, foreign));
+    }
+}
+
+void BalanceReach::layOut() const
+{
+    if (!m_reach.empty() || m_rows == 0)
+        return;
+    m_local.resize(std::size_t(m_rows));
+    m_foreign.resize(std::size_t(m_rows));
+    m_reach.resize(std::size_t(m_rows) + 1, 0);
+    Currency local, foreign;
+    for (int i = 0; i < m_rows; ++i) {
         const Share s = share(m_first + i);
         local += s.local;
         foreign += s.foreign;
         m_local[std::size_t(i)] = local;
         m_foreign[std::size_t(i)] = foreign;
     }
-    for (int i = rows - 1; i >= 0; --i) {
-        const Currency l = m_local[std::size_t(i)], f = m_foreign[std::size_t(i)];
-        // An overflowed balance can never pass the quick test below.
-        const __int128 here = l.isValid() && f.isValid() ? std::max(magnitude(l), magnitude(f)) : __int128(INT64_MAX) * 4;
-        m_reach[std::size_t(i)] = std::max(here, m_reach[std::size_t(i) + 1]);
-    }
+    for (int i = m_rows - 1; i >= 0; --i)
+        m_reach[std::size_t(i)] = std::max(peakOf(m_local[std::size_t(i)], m_foreign[std::size_t(i)]), m_reach[std::size_t(i) + 1]);
+}
+
+__int128 BalanceReach::bound() const
+{
+    __int128 tens = 1;
+    for (int i = 0; i < m_digits && tens < Cell::Limit; ++i)
+        tens *= 10;
+    return std::min(tens, __int128(Cell::Limit));
 }
 
 BalanceReach::Share BalanceReach::share(int row) const
@@ -90,6 +116,7 @@ bool BalanceReach::storable(Currency value) const
 
 QString BalanceReach::rowRefusal(int row, Share total) const
 {
+    layOut();
     const std::size_t i = std::size_t(row - m_first);
     const Currency local = m_local[i] + total.local;
     const Currency foreign = m_foreign[i] + total.foreign;
@@ -104,22 +131,22 @@ QString BalanceReach::rowRefusal(int row, Share total) const
 
 QString BalanceReach::check(int row, Share change) const
 {
-    if (row < m_first || row - m_first >= int(m_local.size()))
+    if (row < m_first || row - m_first >= m_rows)
         return {};
     const Share total{m_moved.local + change.local, m_moved.foreign + change.foreign};
     if (!total.local.isValid() || !total.foreign.isValid())
         return QStringLiteral("这样输入后，第%1行的余额超出了金额的范围。").arg(row);
     // Every figure below 10^digits ten-thousandths has at most that many
-    // digits (and the grid holds it): when the largest balance below, moved,
-    // stays under that, all do.
-    __int128 tens = 1;
-    for (int i = 0; i < m_digits && tens < Cell::Limit; ++i)
-        tens *= 10;
-    const __int128 bound = std::min(tens, __int128(Cell::Limit));
+    // digits (and the grid holds it): when the largest balance, moved, stays
+    // under that, all do.
+    const __int128 limit = bound();
     const __int128 shift = std::max(magnitude(total.local), magnitude(total.foreign));
-    if (m_reach[std::size_t(row - m_first)] + shift < bound)
+    if (m_peak + shift < limit)
         return {};
-    for (int r = row; r - m_first < int(m_local.size()); ++r) {
+    layOut();
+    if (m_reach[std::size_t(row - m_first)] + shift < limit)
+        return {};
+    for (int r = row; r - m_first < m_rows; ++r) {
         if (r != row && m_ctx.grid.isEmpty(r, m_outline))
             continue;
         const QString why = rowRefusal(r, total);

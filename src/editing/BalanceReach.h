@@ -15,8 +15,11 @@ struct EditContext;
 /// A balance Save writes must come back as it went: on an engine that keeps
 /// fewer digits than an amount has, a change whose balances would pass that
 /// is refused, as is one whose balances leave the range of amounts. The
-/// balances are read once; changes taken in (accept()) move the balances of
-/// the rows below, so a paste checks row after row in one pass.
+/// balances are read once, keeping only the largest; a change that keeps
+/// that one inside the bounds passes at once. Only a change that comes near
+/// them lays the balances out row by row. Changes taken in (accept()) move
+/// the balances of the rows below, so a paste checks row after row in one
+/// pass.
 class BalanceReach
 {
 public:
@@ -46,13 +49,17 @@ public:
 private:
     bool storable(Currency value) const;
     QString rowRefusal(int row, Share total) const;
+    void layOut() const;
+    __int128 bound() const;
 
     const EditContext &m_ctx;
     int m_digits;
     int m_first;
     int m_outline;
-    std::vector<Currency> m_local, m_foreign;   ///< running balances by row
-    std::vector<__int128> m_reach;              ///< largest magnitude from a row down
+    int m_rows;
+    __int128 m_peak = 0;                                ///< the largest balance magnitude of the book
+    mutable std::vector<Currency> m_local, m_foreign;   ///< running balances by row, once laid out
+    mutable std::vector<__int128> m_reach;              ///< largest magnitude from a row down
     Share m_moved;
 };
 

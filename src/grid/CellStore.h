@@ -89,6 +89,24 @@ public:
     bool setText(int row, int col, const QString &text);
     /// Writes a typed cell (not Text); false when nothing changes.
     bool setTyped(int row, int col, Cell cell);
+    /// Writes a value worked out from other cells (not Text): not recorded,
+    /// no clean text kept; the row is marked touched when it changes, so a
+    /// save looks at it. False when nothing changes.
+    bool setDerived(int row, int col, Cell next)
+    {
+        if (!contains(row, col) || next.kind() == Cell::Text)
+            return false;
+        Row &r = m_rows[std::size_t(row)];
+        Cell &slot = r.cells[std::size_t(col)];
+        if (slot == next)
+            return false;
+        release(slot);
+        slot = next;
+        r.flags |= Touched;
+        return true;
+    }
+    /// The cells of \a row, cols() of them, for passes over many rows.
+    const Cell *rowCells(int row) const { return m_rows[std::size_t(row)].cells.get(); }
     /// The cell as an amount (see Sheet::amount).
     Currency amount(int row, int col) const
     {
@@ -118,7 +136,7 @@ public:
     void setRowData(int row, const QVariant &value);
 
     /// Per-row flags.
-    enum RowFlag : std::uint8_t { Hidden = 1, Subtotal = 2, Touched = 4, SmallMark = 8, Pristine = 16 };
+    enum RowFlag : std::uint8_t { Hidden = 1, Subtotal = 2, Touched = 4, SmallMark = 8, Pristine = 16, Marked = 32 };
     /// Whether \a flag is set on \a row.
     bool rowFlag(int row, RowFlag flag) const { return row >= 0 && row < rows() && (m_rows[std::size_t(row)].flags & flag); }
     /// Sets or clears \a flag on \a row.

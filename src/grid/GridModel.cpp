@@ -315,6 +315,56 @@ void Sheet::setAmount(int row, int col, Currency value)
         notifyCells(row, col, row, col);
 }
 
+void Sheet::setDerivedAmount(int row, int col, Currency value)
+{
+    bool fits = false;
+    const Cell cell = Cell::amount(value, &fits);
+    // A figure too wide for a cell is kept as its text, the way any write does.
+    if (!fits)
+        setText(row, col, value.toString());
+    else
+        d->store.setDerived(row, col, cell);
+}
+
+void Sheet::clearDerived(int row, int col)
+{
+    if (d->store.cell(row, col).kind() == Cell::Text)
+        setText(row, col, QString());
+    else
+        d->store.setDerived(row, col, Cell());
+}
+
+void Sheet::announceDerived(int r1, int c1, int r2, int c2)
+{
+    if (!d->redraw)
+        return;
+    r1 = std::max(r1, d->fixedRows);
+    c1 = std::max(c1, d->fixedCols);
+    r2 = std::min(r2, rows() - 1);
+    c2 = std::min(c2, cols() - 1);
+    if (r1 <= r2 && c1 <= c2)
+        Q_EMIT dataChanged(indexAt(r1, c1), indexAt(r2, c2));
+}
+
+void Sheet::setDerivedPeak(int col, int row)
+{
+    if (d->columns.contains(col))
+        d->derivedPeaks.insert(d->columns.at(col).key, row);
+}
+
+int Sheet::derivedPeak(int col) const
+{
+    if (!d->columns.contains(col))
+        return -1;
+    const int row = d->derivedPeaks.value(d->columns.at(col).key, -1);
+    return row < rows() ? row : -1;
+}
+
+const Cell *Sheet::rowCells(int row) const
+{
+    return d->store.rowCells(row);
+}
+
 qint64 Sheet::number(int row, int col) const
 {
     return d->store.number(row, col);

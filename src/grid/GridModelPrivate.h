@@ -5,7 +5,9 @@
 #include "grid/GridColumns.h"
 #include "grid/GridStyles.h"
 
+#include <QColor>
 #include <QFont>
+#include <QHash>
 #include <QString>
 #include <memory>
 
@@ -40,7 +42,10 @@ public:
     std::unique_ptr<GridChangesData> log;  ///< what changes are recorded into (null: none)
     int logDepth = 0;
     bool reverting = false;
-    int dragMarkRow = -1;  ///< the row a drag started on (not part of the content)
+    int dragMarkRow = -1;
+    int markCol = -1;  ///< the column whose marked rows show markColor
+    QColor markColor;
+    QHash<QString, int> derivedPeaks;  ///< column key → row of its widest derived figure  ///< the row a drag started on (not part of the content)
 
     /// Something changed that a record of changes cannot put back.
     void unrecordable()

@@ -216,6 +216,7 @@ void GridModel::addItem(const QString &text, int at)
 void Sheet::loadArray(CellArray array, int firstRow, int firstCol)
 {
     d->unrecordable();
+    d->derivedPeaks.clear();
     firstRow = firstRow < 0 ? d->fixedRows : std::max(firstRow, d->fixedRows);
     firstCol = firstCol < 0 ? d->fixedCols : firstCol;
     firstRow = std::min(firstRow, rows());

@@ -33,12 +33,26 @@ void GridModel::forRange(int r1, int c1, int r2, int c2, Fn fn)
 
 QColor GridModel::cellForeColor(int row, int col) const
 {
+    // The marked column's colour follows its derived value, not a look.
+    if (col == d->markCol && d->isCell(row, col))
+        return d->store.rowFlag(row, CellStore::Marked) ? d->markColor : d->styles.rowFore(row);
     const CellStyle *s = d->styles.at(row, col);
     if (s && (s->flags & CellStyle::HasFore))
         return QColor::fromRgba(s->fore);
     if (d->isCell(row, col) && col >= d->fixedCols)
         return d->styles.rowFore(row);
     return QColor();
+}
+
+void Sheet::setDerivedMark(int row, bool on)
+{
+    d->store.setRowFlag(row, CellStore::Marked, on);
+}
+
+void Sheet::setDerivedMarkColumn(int col, const QColor &color)
+{
+    d->markCol = col;
+    d->markColor = color;
 }
 
 QColor Sheet::rowForeColor(int row) const
@@ -290,6 +304,12 @@ void GridModel::moveColTo(int from, int to)
     d->store.moveCol(from, to);
     d->styles.moveCol(from, to);
     d->columns.move(from, to);
+    if (d->markCol == from)
+        d->markCol = to;
+    else if (from < d->markCol && d->markCol <= to)
+        --d->markCol;
+    else if (to <= d->markCol && d->markCol < from)
+        ++d->markCol;
     endMoveColumns();
     notifyColLayout(-1);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "grid/Cell.h"
 #include "grid/CellArray.h"
 #include "grid/GridChanges.h"
 #include "kxjournal/GridModel.h"
@@ -31,6 +32,31 @@ public:
 
     /// Writes an amount in its plain text form ("1250.5", "0", "-0.01").
     void setAmount(int row, int col, Currency value);
+    /// Writes a value the ledger works out from what was typed (a running
+    /// balance): not recorded for undo (undo works it out again), not
+    /// counted as a change of revision(), not announced (see
+    /// announceDerived()); the row is marked touched when it changes, so a
+    /// save looks at it.
+    void setDerivedAmount(int row, int col, Currency value);
+    /// Empties a derived cell (see setDerivedAmount()).
+    void clearDerived(int row, int col);
+    /// Marks whether the derived value of \a row shows in the mark colour.
+    void setDerivedMark(int row, bool on);
+    /// The column whose marked rows show \a color, whatever look its cells
+    /// have (-1: none); it follows the column when columns move.
+    void setDerivedMarkColumn(int col, const QColor &color);
+    /// Notes \a row as holding the widest derived figure of column \a col
+    /// (by the column's key, so it follows the column when columns move).
+    void setDerivedPeak(int col, int row);
+    /// The row noted as holding the widest derived figure of \a col; -1
+    /// when none was noted since the rows were last loaded.
+    int derivedPeak(int col) const;
+    /// Tells views that the derived cells of a range changed: one signal
+    /// for a whole pass.
+    void announceDerived(int r1, int c1, int r2, int c2);
+    /// The typed cells of \a row, cols() of them, for passes over the whole
+    /// book (a text's cell names its pooled text; read it with text()).
+    const Cell *rowCells(int row) const;
     /// The cell as a whole number: 0 for empty or non-numeric text; an
     /// amount's whole part.
     qint64 number(int row, int col) const;

@@ -1,10 +1,10 @@
 #include "ledger/BalanceCalculator.h"
 
-#include "grid/GridBusy.h"
 #include "grid/Sheet.h"
 #include "ledger/BookRow.h"
 #include "ledger/JournalColumns.h"
 #include "ledger/LedgerState.h"
+#include "ledger/RowAmounts.h"
 
 namespace kx {
 
@@ -12,16 +12,9 @@ namespace {
 
 const QString LineBreak = QStringLiteral("\r\n");
 
-// The grid leaves a cell alone when it already holds the figure, so a
-// recalculation that mostly finds the figures it would write costs no redraw.
-void writeAmount(Sheet &grid, int row, int col, Currency value)
+Cell cellOf(const Cell *cells, int col)
 {
-    grid.setAmount(row, col, value);
-}
-
-Currency amountAt(const Sheet &grid, int row, int col)
-{
-    return grid.amount(row, col);
+    return col < 0 ? Cell() : cells[col];
 }
 
 } // namespace
@@ -82,16 +75,45 @@ void BalanceCalculator::writeSummary(int row, Totals &t)
     t.periodDebit = t.periodCredit = t.periodFxDebit = t.periodFxCredit = Currency();
 }
 
-void BalanceCalculator::writeBalance(int row, const Totals &t)
+void BalanceCalculator::writeDirection(int row, const Cell *cells)
+{
+    if (m_dir < 0 || (m_dirKnown && cells[m_dir] == m_dirCell))
+        return;
+    if (m_grid.text(row, m_dir) != m_state.book.direction)
+        m_grid.setText(row, m_dir, m_state.book.direction);
+    // Each text is pooled once, so every row holding the book's direction
+    // holds these bits: the rest of the pass compares bits only.
+    m_dirCell = m_grid.rowCells(row)[m_dir];
+    m_dirKnown = true;
+}
+
+void BalanceCalculator::writeBalance(int row, const Cell *cells, const Totals &t)
 {
     const bool debitBook = m_state.book.direction == u"借";
     const bool creditBook = m_state.book.direction == u"贷";
-    m_grid.setText(row, m_dir, m_state.book.direction);
-    writeAmount(m_grid, row, m_balance, debitBook || creditBook ? t.balance.abs() : t.balance);
-    const bool highlight = (debitBook && t.balance.sign() > 0) || (creditBook && t.balance.sign() < 0);
-    // Clearing a colour that was never set costs nothing; only set it when needed.
-    m_grid.setCellForeColor(row, m_balance, highlight ? m_state.looks.highlightForeColor : QColor());
-    writeAmount(m_grid, row, m_fxBalance, t.fxBalance);
+    writeDirection(row, cells);
+    m_grid.setDerivedAmount(row, m_balance, debitBook || creditBook ? t.balance.abs() : t.balance);
+    notePeak(m_peak, row, t.balance);
+    notePeak(m_fxPeak, row, t.fxBalance);
+    m_grid.setDerivedMark(row, (debitBook && t.balance.sign() > 0) || (creditBook && t.balance.sign() < 0));
+    m_grid.setDerivedAmount(row, m_fxBalance, t.fxBalance);
+}
+
+void BalanceCalculator::notePeak(Peak &peak, int row, Currency value)
+{
+    // A negative figure shows its sign: the magnitude decides, ties go to the negative.
+    const Currency size = value.abs();
+    if (peak.row < 0 || peak.size < size || (peak.size == size && value.sign() < 0 && !peak.negative))
+        peak = {row, size, value.sign() < 0};
+}
+
+void BalanceCalculator::clearBalance(int row, const Cell *cells)
+{
+    if (cellOf(cells, m_dir).kind() != Cell::Empty)
+        m_grid.setText(row, m_dir, QString());
+    m_grid.clearDerived(row, m_balance);
+    m_grid.clearDerived(row, m_fxBalance);
+    m_grid.setDerivedMark(row, false);
 }
 
 void BalanceCalculator::recalculateFrom(int row)
@@ -100,12 +122,23 @@ void BalanceCalculator::recalculateFrom(int row)
     calculate(row > m_state.lastSumRow && row > first ? row : first);
 }
 
+void BalanceCalculator::rederive()
+{
+    m_keepTotals = true;
+    calculate(m_grid.fixedRows());
+    m_keepTotals = false;
+}
+
 void BalanceCalculator::calculate(int startRow)
 {
     const int first = m_grid.fixedRows();
     if (m_grid.rows() <= first)
         return;
-    GridBusy busy(m_grid, QStringLiteral("Calculate"));
+    // Summary rows' totals are ordinary writes; the grid's change handlers
+    // stand aside for them. Balances are derived: written without a record
+    // or a signal each, and announced once at the end.
+    const QString tag = m_grid.tag();
+    m_grid.setTag(QStringLiteral("Calculate"));
     if (startRow == 0)
         startRow = m_grid.row();
     // A change below the last summary row starts from its totals; one above
@@ -118,6 +151,7 @@ void BalanceCalculator::calculate(int startRow)
     // or one as loaded (the database keeps no totals), starts over.
     if (startRow != first && !holdsTotals(startRow))
         startRow = first;
+    m_grid.setDerivedMarkColumn(m_balance, m_state.looks.highlightForeColor);
 
     Totals t;
     int row = startRow;
@@ -126,36 +160,42 @@ void BalanceCalculator::calculate(int startRow)
         ++row;
     }
     const int last = m_grid.rows();
+    RowAmounts read(m_grid, m_state);
     for (; row < last; ++row) {
-        if (m_grid.isEmpty(row, m_outline)) {
-            m_grid.setText(row, m_dir, QString());
-            m_grid.setText(row, m_balance, QString());
-            m_grid.setText(row, m_fxBalance, QString());
+        const RowAmounts::Kind kind = read.read(row);
+        if (kind == RowAmounts::Blank) {
+            clearBalance(row, read.cells());
             continue;
         }
-        if (BookRow::isSummaryCell(m_grid, row, m_tag)) {
-            writeSummary(row, t);
+        if (kind == RowAmounts::Summary) {
+            if (!m_keepTotals)
+                writeSummary(row, t);
         } else {
-            const Currency debit = amountAt(m_grid, row, m_debit);
-            const Currency credit = amountAt(m_grid, row, m_credit);
-            const Currency forex = amountAt(m_grid, row, m_forex);
-            t.periodDebit += debit;
-            t.cumDebit += debit;
-            t.periodCredit += credit;
-            t.cumCredit += credit;
-            t.balance += debit - credit;
+            t.periodDebit += read.debit;
+            t.cumDebit += read.debit;
+            t.periodCredit += read.credit;
+            t.cumCredit += read.credit;
+            t.balance += read.debit - read.credit;
             // A zero foreign amount goes to the credit side, where it changes nothing.
-            if (forex.sign() > 0) {
-                t.periodFxDebit += forex;
-                t.cumFxDebit += forex;
+            if (read.forex.sign() > 0) {
+                t.periodFxDebit += read.forex;
+                t.cumFxDebit += read.forex;
             } else {
-                t.periodFxCredit -= forex;
-                t.cumFxCredit -= forex;
+                t.periodFxCredit -= read.forex;
+                t.cumFxCredit -= read.forex;
             }
-            t.fxBalance += forex;
+            t.fxBalance += read.forex;
         }
-        writeBalance(row, t);
+        writeBalance(row, read.cells(), t);
     }
+    m_grid.setTag(tag);
+    if (m_peak.row >= 0)
+        m_grid.setDerivedPeak(m_balance, m_peak.row);
+    if (m_fxPeak.row >= 0)
+        m_grid.setDerivedPeak(m_fxBalance, m_fxPeak.row);
+    const int left = std::min({m_dir, m_balance, m_fxBalance});
+    const int right = std::max({m_dir, m_balance, m_fxBalance});
+    m_grid.announceDerived(startRow, left < 0 ? right : left, last - 1, right);
 }
 
 } // namespace kx

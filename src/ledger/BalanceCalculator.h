@@ -1,5 +1,6 @@
 #pragma once
 
+#include "grid/Cell.h"
 #include "kxjournal/Currency.h"
 
 namespace kx {
@@ -13,6 +14,11 @@ struct LedgerState;
 /// get their period and cumulative totals (two lines) and carry the balance
 /// through; blank rows are cleared and skipped. A pass starts at the first
 /// data row or at the last summary row, never in between.
+///
+/// Balances are derived values (Sheet::setDerivedAmount()): they are not
+/// recorded for undo, which works them out again, and a pass announces them
+/// to views once. A pass reads the typed cells of each row directly, so a
+/// million rows cost a few milliseconds.
 class BalanceCalculator
 {
 public:
@@ -26,6 +32,10 @@ public:
     /// Recalculates after rows from \a row on changed: from the last summary
     /// row when the change lies below it, else from the first data row.
     void recalculateFrom(int row);
+    /// Works the balances, foreign balances and directions of every row out
+    /// again from the amounts, leaving the summary rows' totals as they are:
+    /// after undo or redo has put back what the user did.
+    void rederive();
 
     /// The two figures of a summary cell: the line before the first CR and
     /// the one after the first LF (zero when missing or not a figure).
@@ -41,12 +51,24 @@ private:
     bool holdsTotals(int row) const;
     void readSummary(int row, Totals &t) const;
     void writeSummary(int row, Totals &t);
-    void writeBalance(int row, const Totals &t);
+    void writeDirection(int row, const Cell *cells);
+    void writeBalance(int row, const Cell *cells, const Totals &t);
+    void clearBalance(int row, const Cell *cells);
+    struct Peak {
+        int row = -1;
+        Currency size;
+        bool negative = false;
+    };
+    static void notePeak(Peak &peak, int row, Currency value);
     QString pair(Currency first, Currency second) const;
 
     Sheet &m_grid;
     const LedgerState &m_state;
     int m_debit, m_credit, m_forex, m_dir, m_balance, m_fxBalance, m_tag, m_outline;
+    Cell m_dirCell;          ///< the cell of a row holding the book's direction
+    bool m_dirKnown = false;
+    bool m_keepTotals = false;
+    Peak m_peak, m_fxPeak;  ///< the widest balance and foreign balance of the pass
 };
 
 } // namespace kx

@@ -42,15 +42,22 @@ int ColumnFit::figureWidth(int col, int first, int last) const
     const bool asTyped = m_grid.colFormat(col).isEmpty();
     int longestRow = -1;
     qsizetype longest = 0;
+    if (col < 0 || col >= m_grid.cols())
+        return 0;
+    // A worked-out column knows its widest figure from the last pass: a long
+    // range of it is measured there, not read row by row.
+    if (const int peak = m_grid.derivedPeak(col); peak >= 0 && last - first > PeakRange)
+        first = last = peak;
     for (int r = first; r <= last; ++r) {
+        // Eight bytes a cell: most cells are typed figures, read as they are.
+        const Cell cell = m_grid.rowCells(r)[col];
+        if (cell.kind() == Cell::Empty)
+            continue;
         if (m_grid.isSubtotal(r)) {
             // Two-line totals, few of them: measured as shown.
-            if (!m_grid.isEmpty(r, col))
-                widest = std::max(widest, measureCell(r, col));
+            widest = std::max(widest, measureCell(r, col));
             continue;
         }
-        if (m_grid.isEmpty(r, col))
-            continue;
         if (asTyped) {
             const qsizetype length = m_grid.text(r, col).size();
             if (length > longest) {
@@ -58,7 +65,8 @@ int ColumnFit::figureWidth(int col, int first, int last) const
                 longestRow = r;
             }
         }
-        const Currency v = m_grid.amount(r, col).abs();
+        const Currency v = cell.kind() == Cell::Number || cell.kind() == Cell::Amount ? cell.typedAmount().abs()
+                                                                                      : m_grid.amount(r, col).abs();
         if (largestRow < 0 || largest < v) {
             largest = v;
             largestRow = r;
@@ -75,13 +83,13 @@ int ColumnFit::figureWidth(int col, int first, int last) const
     return widest == 0 ? 0 : widest + Padding;
 }
 
-void ColumnFit::fitFigures(int first, int last)
+void ColumnFit::fitFigures(int first, int last, int left, int right)
 {
     const JournalColumns columns(m_grid);
     for (JournalColumns::Column which : {JournalColumns::Debit, JournalColumns::Credit, JournalColumns::Rate,
                                          JournalColumns::Forex, JournalColumns::Balance, JournalColumns::fxBalance}) {
         const int col = columns[which];
-        if (col < m_grid.fixedCols() || m_grid.isColHidden(col))
+        if (col < m_grid.fixedCols() || m_grid.isColHidden(col) || col < left || (right >= 0 && col > right))
             continue;
         const int need = figureWidth(col, first, last);
         if (need > m_grid.colWidth(col))

@@ -25,9 +25,10 @@ public:
     /// Fits the columns of \a grid, measuring with \a measure.
     ColumnFit(Sheet &grid, const LedgerState &state, Measure measure);
 
-    /// Grows every amount and balance column to its widest value in rows
-    /// \a first … \a last (all rows by default).
-    void fitFigures(int first = 0, int last = -1);
+    /// Grows every amount and balance column between columns \a left and
+    /// \a right (all by default) to its widest value in rows \a first …
+    /// \a last (all rows by default).
+    void fitFigures(int first = 0, int last = -1, int left = 0, int right = -1);
     /// Grows the date and number columns to the widest of \a sample rows.
     void fitLabels(int sample = 256);
     /// The width column \a col needs for its figures in rows \a first …
@@ -36,6 +37,9 @@ public:
 
     /// Room a cell keeps beside its text (the cell's margins and grid line).
     static constexpr int Padding = 10;
+    /// Rows of a worked-out column beyond which its noted widest figure
+    /// stands for the range (Sheet::derivedPeak()).
+    static constexpr int PeakRange = 4096;
 
 private:
     int measureCell(int row, int col) const;

@@ -1,6 +1,7 @@
 #include "ledger/GridStepCommand.h"
 
 #include "grid/Sheet.h"
+#include "ledger/BalanceCalculator.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 
@@ -34,6 +35,8 @@ void GridStepCommand::flip(const LedgerMarks &marks)
     m_changes = std::move(back);
     m_done = !m_done;
     marks.applyTo(m_state);
+    // The step kept what the user did; balances follow from it again.
+    BalanceCalculator(m_grid, m_state).rederive();
     m_host.dirtyRestored(marks.dirty);
     if (m_grid.isDataRow(m_row) && m_grid.isDataCol(m_col))
         m_grid.setCursor(m_row, m_col);

@@ -29,6 +29,7 @@ QStringList snapshot(const kx::Sheet &g)
 TEST(Undo, AnAmountEditComesBackWithEveryBalanceBelowAndRedoesExactly)
 {
     EditingBook b;
+    kxtest::runMenuItem(*b.journal, "mnuRecalc");
     b.journal->setModifiedForeColor(QColor(200, 0, 0));
     const QStringList before = snapshot(*b.grid);
     EXPECT_FALSE(b.journal->canUndo());
@@ -55,6 +56,7 @@ TEST(Undo, AnAmountEditComesBackWithEveryBalanceBelowAndRedoesExactly)
 TEST(Undo, StepsUndoInTurnAndAnAppendedRowGoesAgain)
 {
     EditingBook b;
+    kxtest::runMenuItem(*b.journal, "mnuRecalc");
     const int rows = b.grid->rows();
     const QStringList start = snapshot(*b.grid);
     ASSERT_TRUE(b.type(rows - 1, "ShowName", QStringLiteral("0120")));
@@ -74,6 +76,29 @@ TEST(Undo, StepsUndoInTurnAndAnAppendedRowGoesAgain)
     ASSERT_TRUE(b.journal->redo());
     EXPECT_EQ(b.text(rows - 1, "Debit"), QStringLiteral("99"));
     EXPECT_EQ(b.grid->rows(), rows + 1);
+}
+
+// Undo keeps what the user typed; balances are worked out again from it. A
+// book whose stored balances were wrong (this one stores none) shows the
+// running sums after the undo of its first edit, not the stored figures.
+TEST(Undo, BalancesAreWorkedOutAgainNotPutBack)
+{
+    EditingBook b;
+    ASSERT_EQ(b.text(4, "Balance"), QString()) << "as stored";
+    const QString typed = b.text(2, "Credit");
+    ASSERT_TRUE(b.type(2, "Credit", QStringLiteral("70")));
+    ASSERT_EQ(b.text(4, "Balance"), QStringLiteral("680"));
+    ASSERT_TRUE(b.journal->undo());
+    EXPECT_EQ(b.text(2, "Credit"), typed);
+    EXPECT_EQ(b.text(2, "Debit"), QStringLiteral("500"));
+    // 1000 + 500 − 200 − 50, row by row.
+    EXPECT_EQ(b.text(1, "Balance"), QStringLiteral("1000"));
+    EXPECT_EQ(b.text(2, "Balance"), QStringLiteral("1500"));
+    EXPECT_EQ(b.text(3, "Balance"), QStringLiteral("1300"));
+    EXPECT_EQ(b.text(4, "Balance"), QStringLiteral("1250"));
+    EXPECT_FALSE(b.journal->IsDirty());
+    ASSERT_TRUE(b.journal->redo());
+    EXPECT_EQ(b.text(4, "Balance"), QStringLiteral("680"));
 }
 
 TEST(Undo, SaveLoadAndChangesMadeElsewhereEndTheHistory)

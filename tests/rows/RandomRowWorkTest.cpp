@@ -162,7 +162,7 @@ TEST(RandomRowWork, LastSumRowBalancesAndUndoStayTrue)
                 ASSERT_TRUE(picture(b) == before) << "undo of op " << op << " at step " << step << "\n"
                                                   << qPrintable(diff(before, picture(b)));
                 ASSERT_TRUE(b.journal->redo());
-                ASSERT_TRUE(picture(b) == after) << "redo of op " << op << " at step " << step;
+                ASSERT_TRUE(picture(b) == after) << "redo of op " << op << " at step " << step << "\n" << qPrintable(diff(after, picture(b)));
             }
         }
         const QString lost = keptFault(b, closed, links);

@@ -1,0 +1,43 @@
+#include "ledger/RowAmounts.h"
+
+#include "grid/Sheet.h"
+#include "ledger/BookRow.h"
+#include "ledger/JournalColumns.h"
+#include "ledger/LedgerState.h"
+
+namespace kx {
+
+RowAmounts::RowAmounts(const Sheet &grid, const LedgerState &state) : m_grid(grid)
+{
+    const JournalColumns columns(grid);
+    debitCol = columns[JournalColumns::Debit];
+    creditCol = columns[JournalColumns::Credit];
+    forexCol = columns[JournalColumns::Forex];
+    tagCol = columns[JournalColumns::Tag];
+    outlineCol = state.outlineColumn(grid);
+}
+
+Currency RowAmounts::amountAt(Cell c, int row, int col) const
+{
+    if (c.kind() == Cell::Number || c.kind() == Cell::Amount)
+        return c.typedAmount();
+    return c.kind() == Cell::Empty ? Currency() : m_grid.amount(row, col);
+}
+
+RowAmounts::Kind RowAmounts::read(int row)
+{
+    m_cells = m_grid.rowCells(row);
+    if (cell(outlineCol).kind() == Cell::Empty)
+        return Blank;
+    const Cell tag = cell(tagCol);
+    const bool summary = tag.kind() == Cell::Number ? tag.payload() < 0
+                                                    : tag.kind() != Cell::Empty && BookRow::isSummaryCell(m_grid, row, tagCol);
+    if (summary)
+        return Summary;
+    debit = amountAt(cell(debitCol), row, debitCol);
+    credit = amountAt(cell(creditCol), row, creditCol);
+    forex = amountAt(cell(forexCol), row, forexCol);
+    return Record;
+}
+
+} // namespace kx

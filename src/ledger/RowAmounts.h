@@ -1,0 +1,42 @@
+#pragma once
+
+#include "grid/Cell.h"
+#include "kxjournal/Currency.h"
+
+namespace kx {
+
+class Sheet;
+struct LedgerState;
+
+/// Reads what a balance depends on straight from a row's typed cells: whether
+/// the row is blank (no day), a summary row or a record, and a record's
+/// amounts. A pass over a million rows reads eight bytes a cell and makes no
+/// text; only a cell holding text (a summary's two-line totals, a figure too
+/// wide for a cell) is read the slow way.
+class RowAmounts
+{
+public:
+    enum Kind { Blank, Summary, Record };
+
+    RowAmounts(const Sheet &grid, const LedgerState &state);
+
+    /// What \a row is; for a record, its amounts are read too.
+    Kind read(int row);
+    /// The cells of the row last read.
+    const Cell *cells() const { return m_cells; }
+
+    Currency debit, credit, forex;
+
+    /// The amount in \a cell of \a row, column \a col (zero when empty).
+    Currency amountAt(Cell cell, int row, int col) const;
+    /// The cell of column \a col of the row last read (empty for -1).
+    Cell cell(int col) const { return col < 0 ? Cell() : m_cells[col]; }
+
+    int debitCol, creditCol, forexCol, tagCol, outlineCol;
+
+private:
+    const Sheet &m_grid;
+    const Cell *m_cells = nullptr;
+};
+
+} // namespace kx
