@@ -161,7 +161,7 @@ TEST(FindRandom, FindsWhatAPlainMatchOfEveryCellFinds)
         RandomBook b(seed + quint32(book));
         // One book long enough for columns of unique texts to drop their table.
         b.fill(book == 0 ? 6000 : 50 + int(b.random.bounded(400)));
-        for (int search = 0; search < 25; ++search) {
+        for (int search = 0; search < (book == 0 ? 6 : 25); ++search) {
             const QString text = b.keywords();
             const kx::Result<QVector<BookFinder::Hit>> hits = BookFinder(b.grid).find(text);
             if (!hits.ok())
@@ -177,6 +177,6 @@ TEST(FindRandom, FindsWhatAPlainMatchOfEveryCellFinds)
         }
     }
     // The searches must find rows, and not every row, to tell anything.
-    EXPECT_GT(searched, 200);
+    EXPECT_GT(searched, 150);
     EXPECT_GT(found, 1000);
 }
