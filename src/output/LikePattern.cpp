@@ -85,6 +85,15 @@ Result<LikePattern> LikePattern::containing(QStringView keyword)
     return compile(QLatin1Char('*') + keyword.toString() + QLatin1Char('*'));
 }
 
+QVector<char32_t> LikePattern::literals() const
+{
+    QVector<char32_t> chars;
+    for (const Token &t : m_tokens)
+        if (t.kind == Token::Literal && !chars.contains(t.ch))
+            chars.append(t.ch);
+    return chars;
+}
+
 bool LikePattern::tokenMatches(const Token &token, char32_t c) const
 {
     switch (token.kind) {

@@ -28,6 +28,9 @@ public:
 
     /// Whether the whole of \a text matches.
     bool matches(QStringView text) const;
+    /// The characters that stand for themselves, each once, in order: every
+    /// text the pattern matches holds all of them.
+    QVector<char32_t> literals() const;
 
 private:
     struct Token {
