@@ -58,7 +58,9 @@ public:
     AccContext *context() const { return m_acc.data(); }
     /// Where the session reports (it passes the caption on).
     LedgerHost &host() { return m_relay; }
+    /// The book's grid (its cursor and selection included).
     Sheet &sheet() { return m_grid; }
+    /// What the ledger knows of the book beyond its cells.
     LedgerState &state() { return m_state; }
 
 private:
