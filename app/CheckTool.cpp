@@ -2,32 +2,26 @@
 
 #include "ToolBook.h"
 
-#include <kxjournal/GridModel.h>
-#include <kxjournal/Journal.h>
-
 #include <cstdio>
 
 namespace {
 
 // The check stops on the first row out of order and puts the cursor there.
-int checkLoaded(kx::Journal &journal, const QString &code)
+int checkLoaded(ToolBook &book, const QString &code)
 {
-    QStringList findings;
-    QObject::connect(&journal, &kx::Journal::Notify, [&](const QString &message, bool box) {
-        if (box)
-            findings << message;
-    });
-    if (journal.CheckBook()) {
+    book.host().takeBoxes();
+    kx::BookSession &session = book.session();
+    if (session.check()) {
         std::printf("kxjournal: %s: 账簿检查完毕，没有发现错误。\n", qPrintable(code));
         return 0;
     }
-    const kx::GridModel *grid = journal.Grid();
-    const int row = grid->row();
+    const kx::GridModel &grid = session.sheet();
+    const int row = grid.row();
     const QString where = QStringLiteral("第%1行（%2 %3 %4）")
-                              .arg(row - grid->fixedRows() + 1)
-                              .arg(grid->text(row, QStringLiteral("JnlDate")), grid->text(row, QStringLiteral("JnlNo")),
-                                   grid->text(row, QStringLiteral("Explain")));
-    for (const QString &finding : findings)
+                              .arg(row - grid.fixedRows() + 1)
+                              .arg(grid.text(row, QStringLiteral("JnlDate")), grid.text(row, QStringLiteral("JnlNo")),
+                                   grid.text(row, QStringLiteral("Explain")));
+    for (const QString &finding : book.host().takeBoxes())
         std::fprintf(stderr, "kxjournal: %s: %s%s\n", qPrintable(code), qPrintable(where), qPrintable(finding));
     return 1;
 }
@@ -36,5 +30,5 @@ int checkLoaded(kx::Journal &journal, const QString &code)
 
 int CheckTool::check(const QString &url, const QString &code)
 {
-    return ToolBook::run(url, code, [&](ToolBook &, kx::Journal &journal) { return checkLoaded(journal, code); });
+    return ToolBook::run(url, code, [&](ToolBook &book) { return checkLoaded(book, code); });
 }

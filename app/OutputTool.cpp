@@ -2,8 +2,6 @@
 
 #include "ToolBook.h"
 
-#include <kxjournal/Journal.h>
-
 #include <QFileInfo>
 #include <QStringList>
 #include <cstdio>
@@ -11,21 +9,17 @@
 
 namespace {
 
-// Loads book \a code of \a url into a control drawn nowhere and runs \a write
-// on it; prints the path written.
-int withBook(const QString &url, const QString &code, const QString &out, const std::function<bool(kx::Journal &)> &write)
+// Loads book \a code of \a url and runs \a write on it; prints the path written.
+int withBook(const QString &url, const QString &code, const QString &out,
+             const std::function<bool(kx::BookSession &)> &write)
 {
-    return ToolBook::run(url, code, [&](ToolBook &book, kx::Journal &journal) {
+    return ToolBook::run(url, code, [&](ToolBook &book) {
         // What the control would show in a box beside a written file (texts
         // a spreadsheet cut) is said on stderr, not passed over.
-        QStringList notices;
-        QObject::connect(&journal, &kx::Journal::Notify, [&](const QString &message, bool box) {
-            if (box)
-                notices << message;
-        });
-        if (!write(journal))
+        book.host().takeBoxes();
+        if (!write(book.session()))
             return book.fail();
-        for (const QString &notice : notices)
+        for (const QString &notice : book.host().takeBoxes())
             std::fprintf(stderr, "kxjournal: %s\n", qPrintable(notice));
         std::printf("%s\n", qPrintable(QFileInfo(out).absoluteFilePath()));
         return 0;
@@ -42,10 +36,10 @@ int OutputTool::exportBook(const QString &url, const QString &code, const QStrin
         std::fprintf(stderr, "kxjournal: --type must be csv, tsv or xlsx\n");
         return 2;
     }
-    return withBook(url, code, out, [&](kx::Journal &journal) { return journal.ExportToFile(out, kind); });
+    return withBook(url, code, out, [&](kx::BookSession &session) { return !session.exportTo(out, kind).isEmpty(); });
 }
 
 int OutputTool::print(const QString &url, const QString &code, const QString &out)
 {
-    return withBook(url, code, out, [&](kx::Journal &journal) { return journal.printToPdf(out); });
+    return withBook(url, code, out, [&](kx::BookSession &session) { return session.printToPdf(out); });
 }

@@ -2,12 +2,12 @@
 
 #include <kxjournal/BookDirectory.h>
 #include <kxjournal/Database.h>
-#include <kxjournal/Journal.h>
 
 #include <QFileInfo>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <cstdio>
+#include <utility>
 
 bool ToolBook::open(const QString &url, const QString &code)
 {
@@ -46,15 +46,10 @@ bool ToolBook::open(const QString &url, const QString &code)
     return true;
 }
 
-bool ToolBook::load(kx::Journal &journal)
+bool ToolBook::load()
 {
-    QObject::connect(&journal, &kx::Journal::message, [this](const QString &message, kx::Journal::MessageKind kind) {
-        // Progress lines ("读入…的记录...") only say what is under way.
-        if (!message.isEmpty() && kind != kx::Journal::ProgressMessage)
-            m_lastMessage = message;
-    });
-    journal.setAcc(m_context.get());
-    if (journal.Load(m_bookId))
+    m_session = std::make_unique<kx::BookSession>(m_context.get(), m_bookId, m_host);
+    if (m_session->load())
         return true;
     fail();
     return false;
@@ -62,19 +57,29 @@ bool ToolBook::load(kx::Journal &journal)
 
 int ToolBook::fail() const
 {
-    QString line = m_lastMessage.isEmpty() ? QStringLiteral("the operation failed") : m_lastMessage;
+    QString line = m_host.lastMessage().isEmpty() ? QStringLiteral("the operation failed") : m_host.lastMessage();
     line.replace(QLatin1Char('\n'), QLatin1Char(' ')).remove(QLatin1Char('\r'));
     std::fprintf(stderr, "kxjournal: %s\n", qPrintable(line));
     return 1;
 }
 
-int ToolBook::run(const QString &url, const QString &code, const std::function<int(ToolBook &, kx::Journal &)> &work)
+int ToolBook::run(const QString &url, const QString &code, const std::function<int(ToolBook &)> &work)
 {
     ToolBook book;
-    if (!book.open(url, code))
+    if (!book.open(url, code) || !book.load())
         return 1;
-    kx::Journal journal;
-    if (!book.load(journal))
-        return 1;
-    return work(book, journal);
+    return work(book);
+}
+
+void ToolHost::hear(const QString &text, bool showBox)
+{
+    if (!text.isEmpty())
+        m_last = text;
+    if (showBox)
+        m_boxes << text;
+}
+
+QStringList ToolHost::takeBoxes()
+{
+    return std::exchange(m_boxes, {});
 }

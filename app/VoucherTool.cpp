@@ -4,10 +4,12 @@
 
 #include <kxjournal/Database.h>
 #include <kxjournal/GridModel.h>
-#include <kxjournal/Journal.h>
 #include <kxjournal/SqlAccContext.h>
 #include <kxjournal/VoucherFile.h>
 
+#include "voucher/VoucherMaker.h"
+
+#include <QDir>
 #include <QStringList>
 #include <cstdio>
 
@@ -78,23 +80,22 @@ int VoucherTool::make(const MakeOptions &o)
     context.setCurPeriod(o.from.toString(QStringLiteral("yyyyMM")));
     context.setPeriodStart(QDate(o.from.year(), o.from.month(), 1));
     context.setPeriodEnd(QDate(o.to.year(), o.to.month(), o.to.daysInMonth()));
-    kx::Journal journal;
-    QString written;
-    QObject::connect(&journal, &kx::Journal::AfterMaked, [&written](const QString &path) { written = path; });
-    if (!book.load(journal))
+    if (!book.load())
         return 1;
-    journal.setVoucherFolder(o.out);
-    journal.setVoucherCodec(o.codec);
-    if (journal.voucherCodec() != o.codec) {
+    kx::BookSession &session = book.session();
+    // The control keeps its code page when told one it does not know.
+    if (!kx::VoucherFile::isKnownCodec(o.codec)) {
+        session.host().prompt(QStringLiteral("不认识的编码“%1”，凭证文件仍用 %2 编码。").arg(o.codec, QStringLiteral("GBK")),
+                              false);
         book.fail();
         return 2;
     }
     // The records of those days lie together: a book is kept in date order.
-    kx::GridModel *grid = journal.Grid();
-    const int dateCol = grid->colIndex(QStringLiteral("JnlDate"));
+    kx::GridModel &grid = session.sheet();
+    const int dateCol = grid.colIndex(QStringLiteral("JnlDate"));
     int first = -1, last = -1;
-    for (int r = grid->fixedRows(); r < grid->rows(); ++r) {
-        const QDate day = QDate::fromString(grid->text(r, dateCol), Qt::ISODate);
+    for (int r = grid.fixedRows(); r < grid.rows(); ++r) {
+        const QDate day = QDate::fromString(grid.text(r, dateCol), Qt::ISODate);
         if (day.isValid() && day >= o.from && day <= o.to) {
             first = first < 0 ? r : first;
             last = r;
@@ -105,9 +106,15 @@ int VoucherTool::make(const MakeOptions &o)
                      qPrintable(o.from.toString(Qt::ISODate)), qPrintable(o.to.toString(Qt::ISODate)));
         return 1;
     }
-    grid->select(first, grid->fixedCols(), last, grid->cols() - 1);
-    if (!journal.Make())
+    grid.select(first, grid.fixedCols(), last, grid.cols() - 1);
+    // No folder named: the temporary one, as the control's default.
+    const QString folder = o.out.isEmpty() ? QDir::tempPath() : o.out;
+    const kx::Result<QString> made =
+        kx::VoucherMaker(session.sheet(), session.state(), session.host(), session.context()).make(folder, o.codec);
+    if (!made.ok())
+        session.host().prompt(made.error(), false);
+    if (made.valueOr(QString()).isEmpty())
         return book.fail();
-    std::printf("%s\n", qPrintable(written));
+    std::printf("%s\n", qPrintable(made.value()));
     return 0;
 }

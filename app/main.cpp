@@ -247,13 +247,22 @@ const QStringList &knownCommands()
 
 enum class ToolNeeds { Nothing, Drawing, Screen };
 
+// True when an export with these arguments writes a spreadsheet, whose
+// column widths are measured in fonts (--type, else the extension of --out).
+bool exportsSpreadsheet(const QByteArray &type, const QByteArray &out)
+{
+    if (!type.isEmpty())
+        return type.toLower() == "xlsx";
+    return out.toLower().endsWith(".xlsx");
+}
+
 // What the command line asks for needs: nothing drawn, drawing offscreen,
 // or a real screen. Read before Qt starts, as that choice is made then.
 ToolNeeds toolNeeds(int argc, char **argv)
 {
     static const QByteArrayList valued{"--db", "--screenshot", "--records", "--books", "--book", "--picker",
                                        "--from", "--to", "--out", "--type", "--types", "--user", "--director", "--codec"};
-    QByteArray command;
+    QByteArray command, type, out;
     bool screenshot = false;
     for (int i = 1; i < argc; ++i) {
         const QByteArray arg(argv[i]);
@@ -261,16 +270,31 @@ ToolNeeds toolNeeds(int argc, char **argv)
             return ToolNeeds::Nothing;
         if (arg == "--screenshot" || arg.startsWith("--screenshot="))
             screenshot = true;
-        if (valued.contains(arg))
+        if (arg.startsWith("--type="))
+            type = arg.mid(7);
+        if (arg.startsWith("--out="))
+            out = arg.mid(6);
+        if (valued.contains(arg)) {
+            if (i + 1 < argc && arg == "--type")
+                type = argv[i + 1];
+            if (i + 1 < argc && arg == "--out")
+                out = argv[i + 1];
             ++i;
-        else if (!arg.startsWith('-') && command.isEmpty())
+        } else if (!arg.startsWith('-') && command.isEmpty()) {
             command = arg;
+        }
     }
     // An unknown command is told so, with no window needed.
     if (command == "sample" || command == "voucher" ||
         (!command.isEmpty() && !knownCommands().contains(QString::fromLocal8Bit(command))))
         return ToolNeeds::Nothing;
-    if (command == "make" || command == "export" || command == "print" || command == "check")
+    // A book is loaded, checked, made into a voucher or written as text
+    // without fonts; a spreadsheet's widths and printed pages need them.
+    if (command == "make" || command == "check")
+        return ToolNeeds::Nothing;
+    if (command == "export")
+        return exportsSpreadsheet(type, out) ? ToolNeeds::Drawing : ToolNeeds::Nothing;
+    if (command == "print")
         return ToolNeeds::Drawing;
     if ((command.isEmpty() || command == "demo") && screenshot)
         return ToolNeeds::Drawing;
@@ -283,9 +307,10 @@ int main(int argc, char **argv)
 {
     QElapsedTimer clock;
     clock.start();
-    // Only the demo's window needs a screen. Help, the samples and the
-    // voucher printer make no widget; making a voucher, exporting, printing
-    // and checking run the control itself, drawn nowhere.
+    // Only the demo's window needs a screen. No command but the demo makes a
+    // widget: help, the samples, the voucher printer, making a voucher,
+    // checking and exporting text run without a GUI at all; a spreadsheet's
+    // column widths and printed pages are measured in fonts, drawn offscreen.
     const ToolNeeds needs = toolNeeds(argc, argv);
     if (needs == ToolNeeds::Drawing && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
