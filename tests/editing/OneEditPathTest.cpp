@@ -29,14 +29,16 @@ struct Outcome {
     QString message;
 };
 
-// A field as a spreadsheet puts it on the clipboard: quoted when it holds a
-// tab, a line break or a quote.
+// One cell as a spreadsheet puts it on the clipboard: quoted when it holds
+// a tab, a line break or a quote, and ended by a line break (so an empty
+// cell is one empty field).
 QString clipboardField(const QString &text)
 {
+    const QString crlf = QStringLiteral("\r\n");
     if (!text.contains(QLatin1Char('\t')) && !text.contains(QLatin1Char('\n')) && !text.contains(QLatin1Char('\r')) &&
         !text.contains(QLatin1Char('"')))
-        return text;
-    return QLatin1Char('"') + QString(text).replace(QLatin1String("\""), QLatin1String("\"\"")) + QLatin1Char('"');
+        return text + crlf;
+    return QLatin1Char('"') + QString(text).replace(QLatin1String("\""), QLatin1String("\"\"")) + QLatin1Char('"') + crlf;
 }
 
 // The reasons a paste gives for its refused cells, each without the
