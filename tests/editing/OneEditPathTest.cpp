@@ -59,6 +59,9 @@ QString pasteReasons(const QStringList &boxes)
 Outcome enter(EditingBook &b, Path path, int row, const char *key, const QString &text)
 {
     EXPECT_TRUE(b.journal->Load(b.book));
+    // Every path starts from the balances worked out, so each shows only
+    // what the entry itself moved.
+    kxtest::runMenuItem(*b.journal, "mnuRecalc");
     b.said.clear();
     b.boxes.clear();
     const int col = b.col(key);
@@ -90,10 +93,12 @@ Outcome enter(EditingBook &b, Path path, int row, const char *key, const QString
     return out;
 }
 
+enum Expect { Stored, Unchanged, Refused };
+
 struct Case {
     const char *key;
     QString text;
-    bool stored;           ///< the cell takes it (else: refused or unchanged)
+    Expect expect;
     bool pickerSkipsBounds = false;  ///< a picked date is not held to the open months
 };
 
@@ -103,46 +108,48 @@ TEST(OneEditPath, TypedPickedAndPastedTextsEndTheSame)
 {
     EditingBook b;
     b.journal->setModifiedForeColor(QColor(200, 0, 0));
+    ASSERT_TRUE(b.journal->setColumnVisible(QStringLiteral("Rate"), true));
     // Row 3 as loaded: 2025-01-10, 应付账款, "付材料款", credit 200.
     const int row = 3;
     const std::vector<Case> cases = {
-        {"ShowName", QStringLiteral("2025-01-20"), true},
-        {"ShowName", QStringLiteral("0120"), true},
-        {"ShowName", QStringLiteral("20"), true},
-        {"ShowName", QStringLiteral("2025年1月20日"), true},
-        {"ShowName", QStringLiteral(" 2025/1/20 "), true},
-        {"ShowName", QStringLiteral("2025-01-10"), false},
-        {"ShowName", QStringLiteral("2026-03-01"), false, true},
-        {"ShowName", QStringLiteral("日期"), false},
-        {"ShowName", QString(), false},
-        {"ShowName", QStringLiteral("   "), false},
-        {"AccName", QStringLiteral("1122"), true},
-        {"AccName", QStringLiteral("管理费用"), true},
-        {"AccName", QStringLiteral("yszk"), true},
-        {"AccName", QStringLiteral("应付账款/工商银行"), true},
-        {"AccName", QStringLiteral(" glfy "), true},
-        {"AccName", QStringLiteral("没有这个科目"), false},
-        {"AccName", QString(), false},
-        {"Explain", QStringLiteral("收到"), true},
-        {"Explain", QStringLiteral("  收到  "), true},
-        {"Explain", QStringLiteral("收\t到\r\n货款\u0007"), true},
-        {"Explain", QString(), true},
-        {"Explain", QStringLiteral("   "), true},
-        {"Explain", QStringLiteral("付材料款"), false},
-        {"Credit", QStringLiteral("12*3+4"), true},
-        {"Credit", QStringLiteral("1,234.56"), true},
-        {"Credit", QStringLiteral("0.1+0.2"), true},
-        {"Credit", QStringLiteral("1.005"), true},
-        {"Credit", QString(), true},
-        {"Credit", QStringLiteral("(5"), false},
-        {"Credit", QStringLiteral("98765432109876.5432"), false},
-        {"Debit", QStringLiteral("100"), true},
-        {"Rate", QStringLiteral("1/8"), true},
+        {"ShowName", QStringLiteral("2025-01-20"), Stored},
+        {"ShowName", QStringLiteral("0120"), Stored},
+        {"ShowName", QStringLiteral("20"), Stored},
+        {"ShowName", QStringLiteral("2025年1月20日"), Stored},
+        {"ShowName", QStringLiteral(" 2025/1/20 "), Stored},
+        {"ShowName", QStringLiteral("2025-01-10"), Unchanged},
+        {"ShowName", QStringLiteral("2026-03-01"), Refused, true},
+        {"ShowName", QStringLiteral("日期"), Refused},
+        {"ShowName", QString(), Refused},
+        {"ShowName", QStringLiteral("   "), Refused},
+        {"AccName", QStringLiteral("1122"), Stored},
+        {"AccName", QStringLiteral("管理费用"), Stored},
+        {"AccName", QStringLiteral("yszk"), Stored},
+        {"AccName", QStringLiteral("应付账款/工商银行"), Stored},
+        {"AccName", QStringLiteral(" glfy "), Stored},
+        {"AccName", QStringLiteral("没有这个科目"), Refused},
+        {"AccName", QString(), Refused},
+        {"Explain", QStringLiteral("收到"), Stored},
+        {"Explain", QStringLiteral("  收到  "), Stored},
+        {"Explain", QStringLiteral("收\t到\r\n货款\u0007"), Stored},
+        {"Explain", QString(), Stored},
+        {"Explain", QStringLiteral("   "), Stored},
+        {"Explain", QStringLiteral("付材料款"), Unchanged},
+        {"Credit", QStringLiteral("12*3+4"), Stored},
+        {"Credit", QStringLiteral("1,234.56"), Stored},
+        {"Credit", QStringLiteral("0.1+0.2"), Stored},
+        {"Credit", QStringLiteral("1.005"), Stored},
+        {"Credit", QString(), Stored},
+        {"Credit", QStringLiteral("(5"), Refused},
+        {"Credit", QStringLiteral("98765432109876.5432"), Refused},
+        {"Debit", QStringLiteral("100"), Stored},
+        {"Rate", QStringLiteral("1/8"), Stored},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(std::string(c.key) + " \"" + c.text.toStdString() + "\"");
         const Outcome typed = enter(b, Path::Typing, row, c.key, c.text);
-        EXPECT_EQ(typed.mark == 2, c.stored) << "typing stores it or not as the case says";
+        EXPECT_EQ(typed.mark == 2, c.expect == Stored) << "typing stores it or not as the case says";
+        EXPECT_EQ(typed.message.isEmpty(), c.expect != Refused) << "a refusal says why, and only a refusal";
         for (Path path : {Path::Picker, Path::Paste}) {
             if (path == Path::Picker && c.pickerSkipsBounds)
                 continue;
@@ -154,9 +161,6 @@ TEST(OneEditPath, TypedPickedAndPastedTextsEndTheSame)
             EXPECT_EQ(other.colour, typed.colour);
             EXPECT_EQ(other.dirty, typed.dirty);
             EXPECT_EQ(other.message, typed.message);
-        }
-        if (!c.stored && c.text.trimmed() != b.text(row, c.key)) {
-            EXPECT_FALSE(typed.message.isEmpty()) << "a refusal says why";
         }
     }
 
