@@ -1,10 +1,9 @@
 #include "data/PgRowReader.h"
 
+#include "data/FetchedCell.h"
 #include "grid/CellArrayData.h"
-#include "kxjournal/Currency.h"
 #include "kxjournal/Database.h"
 
-#include <QDate>
 #include <QSqlDriver>
 #include <libpq-fe.h>
 #include <algorithm>
@@ -30,15 +29,29 @@ enum : Oid {
     NumericOid = 1700,
 };
 
-// Money texts are short ASCII: widened on the stack, no string made.
-Result<Currency> moneyOf(const char *text, int size)
+// What a column of the server's type \a type holds.
+FetchedCell::Declared declaredOf(Oid type)
 {
-    char16_t wide[64];
-    if (size > 64)
-        return Error(QString());
-    for (int i = 0; i < size; ++i)
-        wide[i] = char16_t(static_cast<unsigned char>(text[i]));
-    return Currency::fromStoredText(QStringView(wide, size));
+    switch (type) {
+    case Int2Oid:
+    case Int4Oid:
+    case Int8Oid:
+    case OidOid:
+        return FetchedCell::Declared::Integer;
+    case BoolOid:
+        return FetchedCell::Declared::Flag;
+    case TimestampOid:
+    case TimestampTzOid:
+        return FetchedCell::Declared::Moment;
+    case Float4Oid:
+    case Float8Oid:
+    case NumericOid:
+        return FetchedCell::Declared::Decimal;
+    case DateOid:
+        return FetchedCell::Declared::Day;
+    default:
+        return FetchedCell::Declared::Any;
+    }
 }
 
 QString errorOf(pg_conn *conn)
@@ -140,14 +153,13 @@ Result<FetchedRows> PgRowReader::read(pg_conn *conn, const SqlStatement &stateme
 
     FetchedRows out;
     const int n = PQnfields(res);
-    std::vector<Oid> columnTypes(static_cast<std::size_t>(n));
+    std::vector<FetchedCell::Declared> declared(static_cast<std::size_t>(n), FetchedCell::Declared::Any);
     for (int c = 0; c < n; ++c) {
         out.fieldNames << QString::fromUtf8(PQfname(res, c));
-        columnTypes[std::size_t(c)] = PQftype(res, c);
+        declared[std::size_t(c)] = amountFields.contains(out.fieldNames.last(), Qt::CaseInsensitive)
+                                       ? FetchedCell::Declared::Amount
+                                       : declaredOf(PQftype(res, c));
     }
-    std::vector<bool> isAmount(std::size_t(n), false);
-    for (int c = 0; c < n; ++c)
-        isAmount[std::size_t(c)] = amountFields.contains(out.fieldNames.at(c), Qt::CaseInsensitive);
     out.cells = CellArray(0, leadingCols + n);
     const int rows = PQntuples(res);
     out.cells.reserveRows(std::max(rows, expectedRows));
@@ -155,43 +167,11 @@ Result<FetchedRows> PgRowReader::read(pg_conn *conn, const SqlStatement &stateme
     for (int r = 0; r < rows; ++r) {
         Cell *cells = block.rowCells(out.cells.appendRow()) + leadingCols;
         for (int c = 0; c < n; ++c) {
-            if (PQgetisnull(res, r, c))
-                continue;
-            const char *text = PQgetvalue(res, r, c);
-            const int size = PQgetlength(res, r, c);
-            if (isAmount[std::size_t(c)]) {
-                // A stored value that is no amount ("NaN") stays its text, never a zero.
-                const Result<Currency> money = moneyOf(text, size);
-                cells[c] = money.ok() && money.value().isValid() ? block.amountCell(money.value()) : block.utf8Cell(leadingCols + c, text, size);
-                continue;
-            }
-            switch (columnTypes[std::size_t(c)]) {
-            case Int2Oid:
-            case Int4Oid:
-            case Int8Oid:
-            case OidOid:
-                cells[c] = block.numberCell(QByteArrayView(text, size).toLongLong());
-                break;
-            case BoolOid:
-                cells[c] = block.utf8Cell(leadingCols + c, text[0] == 't' ? "true" : "false", text[0] == 't' ? 4 : 5);
-                break;
-            case TimestampOid:
-            case TimestampTzOid:
-                // The day part: the journal keeps days.
-                cells[c] = block.utf8Cell(leadingCols + c, text, std::min(size, 10));
-                break;
-            case Float4Oid:
-            case Float8Oid:
-            case NumericOid: {
-                const Result<Currency> money = moneyOf(text, size);
-                const QByteArray shown = money.ok() ? money.value().toString().toUtf8() : QByteArray(text, size);
-                cells[c] = block.utf8Cell(leadingCols + c, shown.constData(), int(shown.size()));
-                break;
-            }
-            case DateOid:
-            default:
-                cells[c] = block.utf8Cell(leadingCols + c, text, size);
-            }
+            // Every value comes as text; its column's type says what it is.
+            const FetchedCell::Raw value = PQgetisnull(res, r, c)
+                                               ? FetchedCell::Raw::null()
+                                               : FetchedCell::Raw::text(PQgetvalue(res, r, c), PQgetlength(res, r, c));
+            cells[c] = FetchedCell::of(block, leadingCols + c, declared[std::size_t(c)], value);
         }
     }
     return Result<FetchedRows>(std::move(out));

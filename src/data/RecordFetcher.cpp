@@ -1,9 +1,9 @@
 #include "data/RecordFetcher.h"
 
+#include "data/FetchedCell.h"
 #include "data/PgRowReader.h"
 #include "data/RawRowQueue.h"
 #include "data/SqlAccess.h"
-#include "data/SqlValue.h"
 #include "grid/CellArrayData.h"
 #include "kxjournal/Database.h"
 
@@ -11,7 +11,6 @@
 #include <QSqlDriver>
 #include <QSqlRecord>
 #include <algorithm>
-#include <cmath>
 #include <sqlite3.h>
 #include <limits>
 #include <memory>
@@ -23,32 +22,59 @@ namespace kx {
 
 namespace {
 
-// A stored double amount. Amounts carry at most four decimals; below 1e11
-// scaling and rounding to the nearest ten-thousandth is exact. Above, the
-// error of the double times 10000 can pass half a ten-thousandth, so the
-// amount is read from the double's shortest decimal form, which gives back
-// every amount of up to 15 significant digits as it was written.
-Currency amountOf(double d)
+// What each field holds as far as typing goes: the amounts named, and
+// \a other for the rest.
+std::vector<FetchedCell::Declared> declaredTypes(const QStringList &names, const QStringList &amountFields,
+                                                 FetchedCell::Declared other)
 {
-    if (std::fabs(d) < 1e11)
-        return Currency::fromRaw(std::llround(d * double(Currency::Scale)));
-    return Currency::fromDouble(d).valueOr(Currency::invalid());
-}
-
-// True when a stored double has no digits past the fourth decimal (beyond
-// the double's own noise), so reading it as an amount changes nothing.
-bool holdsExactly(double d)
-{
-    const double scaled = d * double(Currency::Scale);
-    return std::fabs(scaled - std::round(scaled)) <= 1e-6 * std::max(1.0, std::fabs(scaled) * 1e-9);
-}
-
-std::vector<bool> amountMask(const QStringList &names, const QStringList &amountFields)
-{
-    std::vector<bool> mask(std::size_t(names.size()), false);
+    std::vector<FetchedCell::Declared> types(std::size_t(names.size()), other);
     for (int i = 0; i < names.size(); ++i)
-        mask[std::size_t(i)] = amountFields.contains(names.at(i), Qt::CaseInsensitive);
-    return mask;
+        if (amountFields.contains(names.at(i), Qt::CaseInsensitive))
+            types[std::size_t(i)] = FetchedCell::Declared::Amount;
+    return types;
+}
+
+// A value Qt SQL read, and what its field holds.
+struct QtValue {
+    FetchedCell::Declared declared;
+    FetchedCell::Raw raw;
+    QByteArray text;  ///< the bytes raw points into
+};
+
+QtValue qtValue(const QVariant &v, FetchedCell::Declared declared)
+{
+    using Raw = FetchedCell::Raw;
+    using Declared = FetchedCell::Declared;
+    QtValue out{declared, Raw::null(), {}};
+    if (v.isNull())
+        return out;
+    switch (v.typeId()) {
+    case QMetaType::Int:
+    case QMetaType::LongLong:
+    case QMetaType::Short:
+    case QMetaType::UInt:
+        out.raw = Raw::number(v.toLongLong());
+        return out;
+    case QMetaType::Double:
+    case QMetaType::Float:
+        out.raw = Raw::decimal(v.toDouble());
+        return out;
+    case QMetaType::QDate:
+        out.text = v.toDate().toString(Qt::ISODate).toUtf8();
+        out.declared = declared == Declared::Any ? Declared::Day : declared;
+        break;
+    case QMetaType::QDateTime:
+        out.text = v.toDateTime().toString(Qt::ISODate).toUtf8();
+        out.declared = declared == Declared::Any ? Declared::Moment : declared;
+        break;
+    case QMetaType::Bool:
+        out.text = v.toBool() ? QByteArrayLiteral("true") : QByteArrayLiteral("false");
+        break;
+    default:
+        out.text = v.toString().toUtf8();
+    }
+    out.raw = Raw::text(out.text.constData(), int(out.text.size()));
+    return out;
 }
 
 sqlite3 *sqliteHandle(const Database &db)
@@ -98,7 +124,9 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
     const int n = sqlite3_column_count(stmt);
     for (int c = 0; c < n; ++c)
         out.fieldNames << QString::fromUtf8(sqlite3_column_name(stmt, c));
-    const std::vector<bool> isAmount = amountMask(out.fieldNames, amountFields);
+    // The engine types each value itself; only the amounts are said.
+    const std::vector<FetchedCell::Declared> declared =
+        declaredTypes(out.fieldNames, amountFields, FetchedCell::Declared::Any);
     out.cells = CellArray(0, leadingCols + n);
     out.cells.reserveRows(expectedRows);
 
@@ -175,40 +203,24 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
         for (int r = 0; r < raw.rows; ++r) {
             Cell *cells = block.rowCells(out.cells.appendRow()) + leadingCols;
             for (int c = 0; c < n; ++c) {
+                FetchedCell::Raw value;
                 switch (raw.types[type++]) {
                 case SQLITE_NULL:
                     break;
                 case SQLITE_INTEGER:
-                    cells[c] = block.numberCell(raw.numbers[number++]);
+                    value = FetchedCell::Raw::number(raw.numbers[number++]);
                     break;
-                case SQLITE_FLOAT: {
-                    const double d = raw.reals[real++];
-                    // An amount money cannot hold stays the text it is stored as:
-                    // the book can tell it from a zero and leave it alone.
-                    if (isAmount[std::size_t(c)] && amountOf(d).isValid() && holdsExactly(d)) {
-                        cells[c] = block.amountCell(amountOf(d));
-                    } else if (isAmount[std::size_t(c)]) {
-                        const QByteArray t = QByteArray::number(d, 'g', 17);
-                        cells[c] = block.utf8Cell(leadingCols + c, t.constData(), int(t.size()));
-                    } else {
-                        const QByteArray t = SqlValue::text(d).toUtf8();
-                        cells[c] = block.utf8Cell(leadingCols + c, t.constData(), int(t.size()));
-                    }
+                case SQLITE_FLOAT:
+                    value = FetchedCell::Raw::decimal(raw.reals[real++]);
                     break;
-                }
                 default: {
                     const int size = raw.sizes[text++];
-                    const Result<Currency> money = isAmount[std::size_t(c)] && size > 0
-                                                       ? Currency::fromStoredText(QString::fromUtf8(bytes, size))
-                                                       : Result<Currency>(Error(QString()));
-                    if (money.ok() && money.value().isValid())
-                        cells[c] = block.amountCell(money.value());
-                    else
-                        cells[c] = block.utf8Cell(leadingCols + c, bytes, size);
+                    value = FetchedCell::Raw::text(bytes, size);
                     bytes += size;
                     break;
                 }
                 }
+                cells[c] = FetchedCell::of(block, leadingCols + c, declared[std::size_t(c)], value);
             }
         }
         queue.recycle(std::move(raw));
@@ -235,36 +247,15 @@ Result<FetchedRows> RecordFetcher::fetchQt(const Database &db, const SqlStatemen
     const int n = rec.count();
     for (int c = 0; c < n; ++c)
         out.fieldNames << rec.fieldName(c);
-    const std::vector<bool> isAmount = amountMask(out.fieldNames, amountFields);
+    const std::vector<FetchedCell::Declared> declared =
+        declaredTypes(out.fieldNames, amountFields, FetchedCell::Declared::Any);
     out.cells = CellArray(0, leadingCols + n);
+    CellArrayData &block = out.cells.data();
     while (q.next()) {
-        const int row = out.cells.appendRow();
+        Cell *cells = block.rowCells(out.cells.appendRow()) + leadingCols;
         for (int c = 0; c < n; ++c) {
-            const QVariant v = q.value(c);
-            const int at = leadingCols + c;
-            if (v.isNull())
-                continue;
-            if (isAmount[std::size_t(c)]) {
-                const Currency money = SqlValue::amount(v);
-                // A stored value that is no amount stays its text, never a zero.
-                if (money.isZero() && !Currency::fromText(SqlValue::text(v)).ok())
-                    out.cells.setText(row, at, v.toString());
-                else
-                    out.cells.setAmount(row, at, money);
-                continue;
-            }
-            switch (v.typeId()) {
-            case QMetaType::Int:
-            case QMetaType::LongLong:
-            case QMetaType::Short:
-                out.cells.setNumber(row, at, v.toLongLong());
-                break;
-            case QMetaType::QDate:
-                out.cells.setDate(row, at, v.toDate());
-                break;
-            default:
-                out.cells.setText(row, at, SqlValue::text(v));
-            }
+            const QtValue value = qtValue(q.value(c), declared[std::size_t(c)]);
+            cells[c] = FetchedCell::of(block, leadingCols + c, value.declared, value.raw);
         }
     }
     return Result<FetchedRows>(std::move(out));

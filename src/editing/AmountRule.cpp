@@ -87,7 +87,7 @@ bool AmountRule::checkAmount(EditContext &ctx, int row, int col, QString &text, 
 {
     const Result<QString> amount = amountText(text, decimals);
     if (!amount.ok()) {
-        ctx.host.prompt(amount.error(), true);
+        ctx.refuse(amount.error(), true);
         return false;
     }
     const Currency value = Currency::fromText(amount.value()).valueOr(Currency::invalid());
@@ -103,7 +103,7 @@ bool AmountRule::checkAmount(EditContext &ctx, int row, int col, QString &text, 
         }
     }
     if (!why.isEmpty()) {
-        ctx.host.prompt(why, true);
+        ctx.refuse(why, true);
         return false;
     }
     text = amount.value();

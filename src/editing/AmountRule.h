@@ -33,7 +33,7 @@ public:
     /// Checks \a text for (\a row, \a col) and rewrites it to what the cell
     /// stores: the amount must be one, the engine must store it exactly,
     /// and, unless many cells are entered at once, the balances it leads to
-    /// too. Says why through \a ctx's host and gives false when not.
+    /// too. Says why through \a ctx (EditContext::refuse()) and gives false when not.
     static bool checkAmount(EditContext &ctx, int row, int col, QString &text, int decimals);
     /// \a rate × \a amount, or invalid when it does not fit.
     static Currency times(Currency rate, Currency amount);

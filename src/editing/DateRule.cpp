@@ -84,7 +84,7 @@ bool DateRule::validate(EditContext &ctx, int row, int, QString &text)
     if (!ctx.fromPicker) {
         if (row > ctx.grid.fixedRows()) {
             if (date < firstAllowed(ctx, row) || date > lastAllowed(ctx)) {
-                ctx.host.prompt(QStringLiteral("输入的日期错误；"), false);
+                ctx.refuse(QStringLiteral("输入的日期错误；"), false);
                 return false;
             }
         } else if (AccContext *acc = ctx.acc()) {
@@ -100,7 +100,7 @@ bool DateRule::validate(EditContext &ctx, int row, int, QString &text)
         const BalanceReach reach(ctx);
         const QString why = reach.check(row, {line.debit() - line.credit(), line.forex()});
         if (!why.isEmpty()) {
-            ctx.host.prompt(why, true);
+            ctx.refuse(why, true);
             return false;
         }
     }

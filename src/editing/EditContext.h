@@ -40,6 +40,13 @@ struct EditContext {
     void forgetBook();
     /// The key of grid column \a col as a journal column (Count: none).
     JournalColumns::Column columnAt(int col) const;
+    /// A rule refusing a text says why (\a box: meant for a message box);
+    /// the edit pipeline passes it on.
+    void refuse(const QString &why, bool box)
+    {
+        refusal = why;
+        refusalBox = box;
+    }
 
     Sheet &grid;
     LedgerState &state;
@@ -48,6 +55,8 @@ struct EditContext {
     JournalColumns columns;      ///< where the columns sit; refreshed when an edit begins
     bool cellChanged = false;    ///< the edit under way changed its cell
     bool fromPicker = false;     ///< the text comes from a picker, not the keyboard
+    QString refusal;             ///< why the rule refused the text checked last (see refuse())
+    bool refusalBox = false;     ///< the refusal is meant for a message box
     /// Many cells are entered at once (a paste): balances wait for the end,
     /// and accounts found are remembered for the next rows.
     bool batch = false;

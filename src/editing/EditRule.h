@@ -23,7 +23,8 @@ public:
     /// box with an ellipsis button, "a|b" a drop-down list, empty a text box.
     virtual QString comboList(EditContext &ctx, int row, int col) const;
     /// Checks and may rewrite \a text, the changed text for (row, col);
-    /// false refuses it (the editor stays open).
+    /// false refuses it, saying why through EditContext::refuse() when the
+    /// edit pipeline's plain word for the column would not do.
     virtual bool validate(EditContext &ctx, int row, int col, QString &text);
     /// Completes the row after the stored change of (row, col).
     virtual void afterEdit(EditContext &ctx, int row, int col);

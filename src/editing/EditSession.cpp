@@ -86,49 +86,21 @@ void EditSession::onKeyPress(int, int col, int &key)
 void EditSession::onValidate(int row, int col, bool &cancel)
 {
     EditCycle *cycle = m_ctx.grid.editCycle();
-    QString text = EditGate::stripControlChars(cycle->editText());
-    const BookRow line(m_ctx.grid, m_ctx.columns, row);
-    m_ctx.cellChanged = m_ctx.grid.text(row, col) != text || (!text.isEmpty() && line.accId() == 0);
-    if (m_ctx.columnAt(col) == JournalColumns::AccDoc) {
-        // Nothing typed reaches the voucher cell (the picker links a
-        // voucher): a changed text is refused and the link's text put back.
-        m_ctx.cellChanged = false;
-        cancel = text != m_ctx.grid.text(row, col);
-        text = m_ctx.grid.text(row, col);
-    } else if (m_ctx.cellChanged) {
-        // Only the voucher and account pickers open on a row that may not
-        // change; what is typed there is not taken.
-        if (!EditGate::canEditRow(m_ctx, row)) {
-            cancel = true;
-        } else if (EditRule *rule = ruleFor(col)) {
-            cancel = !rule->validate(m_ctx, row, col, text);
-        }
+    const Result<QString> checked = m_pipeline.check(row, col, cycle->editText(), origin());
+    if (!checked.ok()) {
+        cancel = true;
+        m_ctx.host.prompt(checked.error(), m_pipeline.refusalBox());
+        return;
     }
-    cycle->setEditText(text);
+    cycle->setEditText(checked.value());
 }
 
 void EditSession::onAfterEdit(int row, int col)
 {
     if (!m_ctx.cellChanged || !m_ctx.grid.isDataRow(row) || !m_ctx.grid.isDataCol(col))
         return;
-    if (EditRule *rule = ruleFor(col))
-        rule->afterEdit(m_ctx, row, col);
-    finishRow(row, col);
-}
-
-void EditSession::finishRow(int row, int col)
-{
-    BookRow(m_ctx.grid, m_ctx.columns, row).setChangeMark(BookRow::Modified);
-    m_ctx.grid.setCellForeColor(row, col, m_ctx.state.looks.modifiedForeColor);
-    // One empty row always waits at the bottom for the next record.
-    if (m_ctx.grid.rows() - row < 2) {
-        const int added = m_ctx.grid.rows();
-        m_ctx.grid.setRows(added + 1);
-        m_ctx.grid.setRowData(added, int(BookRow::Unchanged));
-    }
-    m_ctx.host.markDirty();
-    m_ctx.state.dirty = true;
-    m_ctx.host.markDirty();
+    m_pipeline.complete(row, col, origin());
+    m_pipeline.markBook();
 }
 
 void EditSession::onEnded(int row, int col, bool stored)

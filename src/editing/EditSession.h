@@ -1,6 +1,7 @@
 #pragma once
 
 #include "editing/EditContext.h"
+#include "editing/EditPipeline.h"
 #include "editing/EditRules.h"
 #include "ledger/EditHistory.h"
 #include "ledger/GridStepCommand.h"
@@ -13,16 +14,15 @@ namespace kx {
 
 class EditRule;
 
-/// Runs the journal's edit rules on a grid's edit cycle and keeps the undo
+/// Connects a grid's edit cycle to the edit pipeline and keeps the undo
 /// history of what the edits did.
 ///
 /// Before an edit it decides whether the cell opens and with which editor;
-/// it filters the keys of numeric columns; it strips control characters and
-/// asks the column's rule to check the text; after a stored change it lets
-/// the rule complete the row, then marks the row changed, colours the cell,
-/// keeps one empty row at the bottom and marks the book dirty (twice, as
-/// hosts count on). Everything an edit changed, including what handlers of
-/// the cycle's events wrote, becomes one step of the history.
+/// it filters the keys of numeric columns. The text to store is checked by
+/// the pipeline (a refusal is told to the host and keeps the editor open);
+/// after a stored change the pipeline completes the row and marks the book.
+/// Everything an edit changed, including what handlers of the cycle's
+/// events wrote, becomes one step of the history.
 class EditSession : public QObject
 {
     Q_OBJECT
@@ -65,12 +65,13 @@ private:
     void onValidate(int row, int col, bool &cancel);
     void onAfterEdit(int row, int col);
     void onEnded(int row, int col, bool stored);
-    void finishRow(int row, int col);
     EditRule *ruleFor(int col) const;
+    EditOrigin origin() const { return m_ctx.fromPicker ? EditOrigin::Picker : EditOrigin::Typing; }
 
     EditContext m_ctx;
     EditHistory m_history;
     EditRules m_rules;
+    EditPipeline m_pipeline{m_ctx, m_rules};
     bool m_recording = false;
     bool m_dropStep = false;
     LedgerMarks m_before;

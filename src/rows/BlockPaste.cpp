@@ -2,6 +2,7 @@
 
 #include "editing/BalanceReach.h"
 #include "editing/EditContext.h"
+#include "editing/EditPipeline.h"
 #include "editing/EditRules.h"
 #include "grid/Sheet.h"
 #include "ledger/BalanceCalculator.h"
@@ -10,57 +11,22 @@
 #include "ledger/LedgerState.h"
 #include "rows/GridClipboard.h"
 
-#include <QScopedValueRollback>
-
 #include <algorithm>
 #include <iterator>
 
 namespace kx {
 
-namespace {
-
-// Takes the rules' messages down instead of showing them one by one; the
-// rest goes to the real host.
-class CollectingHost : public LedgerHost
-{
-public:
-    explicit CollectingHost(LedgerHost &host) : m_host(host) {}
-    void prompt(const QString &text, bool) override { last = text; }
-    bool cancels(const QString &command) override { return m_host.cancels(command); }
-    QString last;
-
-private:
-    LedgerHost &m_host;
-};
-
-// Runs \a work on a context like \a ctx that reports to \a host, keeping
-// what the context learns about the chart.
-template <typename Work>
-bool withHost(EditContext &ctx, LedgerHost &host, Work work)
-{
-    EditContext batch(ctx.grid, ctx.state, host, ctx.context);
-    batch.accounts = ctx.accounts;
-    batch.accountsBook = ctx.accountsBook;
-    batch.batch = true;
-    const bool changed = work(batch);
-    ctx.accounts = std::move(batch.accounts);
-    ctx.accountsBook = batch.accountsBook;
-    return changed;
-}
-
-} // namespace
-
 BlockPaste::BlockPaste(EditContext &ctx, const EditRules &rules) : m_ctx(ctx), m_rules(rules) {}
 
 void BlockPaste::finish(int firstRow, bool changed)
 {
-    Sheet &grid = m_ctx.grid;
+    // The accounts a batch found are remembered for its rows only.
+    m_ctx.accountIds.clear();
+    m_ctx.accountsById.clear();
     if (!changed)
         return;
-    m_ctx.keepBlankRow();
-    BalanceCalculator(grid, m_ctx.state).recalculateFrom(firstRow);
-    m_ctx.state.dirty = true;
-    m_ctx.host.markDirty();
+    BalanceCalculator(m_ctx.grid, m_ctx.state).recalculateFrom(firstRow);
+    EditPipeline(m_ctx, m_rules).markBook();
 }
 
 bool BlockPaste::paste(const QString &text)
@@ -94,18 +60,18 @@ bool BlockPaste::paste(const QString &text)
         for (int r = old; r < grid.rows(); ++r)
             grid.setRowData(r, int(BookRow::Unchanged));
     }
-    CollectingHost host(m_ctx.host);
+    EditPipeline pipeline(m_ctx, m_rules);
     const bool big = count >= 200;
     int reported = -1;
     if (big)
         m_ctx.host.progress(0);
-    const bool changed = withHost(m_ctx, host, [&](EditContext &ctx) {
-        bool any = false;
-        const int amountCols[] = {ctx.columns[JournalColumns::Debit], ctx.columns[JournalColumns::Credit],
-                                  ctx.columns[JournalColumns::Forex], ctx.columns[JournalColumns::Rate]};
+    bool changed = false;
+    {
+        const int amountCols[] = {m_ctx.columns[JournalColumns::Debit], m_ctx.columns[JournalColumns::Credit],
+                                  m_ctx.columns[JournalColumns::Forex], m_ctx.columns[JournalColumns::Rate]};
         QString heldAmounts[4];
         QList<int> amountsEntered;
-        BalanceReach reach(ctx);
+        BalanceReach reach(m_ctx);
         for (int i = 0; i < count; ++i) {
             const int row = top + i;
             const QStringList &cells = block.at(i);
@@ -114,23 +80,19 @@ bool BlockPaste::paste(const QString &text)
                 heldAmounts[k] = amountCols[k] >= 0 ? grid.text(row, amountCols[k]) : QString();
             amountsEntered.clear();
             for (int j : std::as_const(order)) {
-                if (j >= cells.size() || cells.at(j).trimmed().isEmpty())
+                // A short line leaves the cells past its end alone; a field on
+                // a column that takes no typing is what misplaced() let pass.
+                if (j >= cells.size() || !pipeline.takesText(targets.at(j)))
                     continue;
                 const int col = targets.at(j);
-                host.last.clear();
-                const Result<bool> entered = m_rules.enter(ctx, row, col, cells.at(j));
-                if (entered.ok() && host.last.isEmpty()) {
-                    any = entered.value() || any;
+                const Result<bool> entered = pipeline.enter(row, col, cells.at(j), EditOrigin::Paste);
+                if (entered.ok()) {
+                    changed = entered.value() || changed;
                     if (entered.value() && std::find(std::begin(amountCols), std::end(amountCols), col) != std::end(amountCols))
                         amountsEntered << j;
                     continue;
                 }
-                if (entered.ok() && entered.value())
-                    any = true;
-                m_rejected << QStringLiteral("第%1行 %2“%3”：%4")
-                                  .arg(row)
-                                  .arg(grid.text(0, col))
-                                  .arg(cells.at(j), host.last.isEmpty() ? entered.error() : host.last);
+                m_rejected << QStringLiteral("第%1行 %2“%3”：%4").arg(row).arg(grid.text(0, col)).arg(cells.at(j), entered.error());
             }
             // The balances from here down must stay what the engine stores
             // exactly; the row's figures go back when they would not.
@@ -151,8 +113,7 @@ bool BlockPaste::paste(const QString &text)
                 m_ctx.host.progress(percent);
             }
         }
-        return any;
-    });
+    }
     finish(top, changed);
     grid.select(top, targets.isEmpty() ? grid.col() : targets.first(), top + count - 1,
                 targets.isEmpty() ? grid.col() : targets.at(std::min(int(targets.size()), int(block.first().size())) - 1));
@@ -225,18 +186,15 @@ bool BlockPaste::clear()
         return false;
     const int dateCol = m_ctx.columns[JournalColumns::ShowName];
     const int accCol = m_ctx.columns[JournalColumns::AccName];
-    CollectingHost host(m_ctx.host);
-    const bool changed = withHost(m_ctx, host, [&](EditContext &ctx) {
-        bool any = false;
-        for (int r = r1; r <= r2; ++r)
-            for (int c = c1; c <= c2; ++c) {
-                if (c == dateCol || c == accCol || grid.isColHidden(c) || grid.isEmpty(r, c))
-                    continue;
-                const Result<bool> entered = m_rules.enter(ctx, r, c, QString());
-                any = (entered.ok() && entered.value()) || any;
-            }
-        return any;
-    });
+    EditPipeline pipeline(m_ctx, m_rules);
+    bool changed = false;
+    for (int r = r1; r <= r2; ++r)
+        for (int c = c1; c <= c2; ++c) {
+            if (c == dateCol || c == accCol || grid.isColHidden(c) || grid.isEmpty(r, c) || !pipeline.takesText(c))
+                continue;
+            const Result<bool> entered = pipeline.enter(r, c, QString(), EditOrigin::Paste);
+            changed = (entered.ok() && entered.value()) || changed;
+        }
     finish(r1, changed);
     return changed;
 }

@@ -12,13 +12,15 @@ struct EditContext;
 /// Pasting a tab-separated block into the grid, and clearing a block.
 ///
 /// A paste starts at the cursor and fills the visible columns to its right,
-/// row under row, adding rows at the bottom as needed. Every cell goes
-/// through the same checks as typing it (dates in any accepted form,
-/// accounts by code, name, path or initials, amounts as formulas); a cell
-/// refused keeps what it held and is named in one message at the end.
-/// Columns that take no typing (balances, keys) and empty cells of the
-/// block are passed over; rows that may not change (closed, summary or
-/// linked to a voucher) are never written. Balances are recalculated once.
+/// row under row, adding rows at the bottom as needed. Every field goes
+/// through the edit pipeline as typing it would (dates in any accepted form,
+/// accounts by code, name, path or initials, amounts as formulas, an empty
+/// field empties its cell); a cell refused keeps what it held and is named,
+/// with the reason typing gives, in one message at the end. Columns that
+/// take no typing (balances, keys) and the cells past a short line's end are
+/// passed over; rows that may not change (closed, summary or linked to a
+/// voucher) are never written. Balances are recalculated and the book
+/// marked once, at the end.
 /// A field that would fall on a column that takes no typing (other than the
 /// worked-out balances and direction), or past the last column, means the
 /// block was laid out for other columns: nothing is pasted and the message
@@ -26,7 +28,7 @@ struct EditContext;
 class BlockPaste
 {
 public:
-    /// Works with the rules \a rules on what \a ctx holds.
+    /// Enters through the edit pipeline with \a rules on what \a ctx holds.
     BlockPaste(EditContext &ctx, const EditRules &rules);
     /// Pastes \a text at the cursor. True when a cell changed.
     bool paste(const QString &text);

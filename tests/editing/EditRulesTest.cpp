@@ -72,7 +72,8 @@ TEST(EditRules, DatesAreReadInShortFormsAndHeldToTheOpenMonths)
     EXPECT_FALSE(b.type(3, "ShowName", QStringLiteral("2026-03-01")));
     EXPECT_EQ(b.said, QStringList{QStringLiteral("输入的日期错误；")});
     EXPECT_FALSE(b.type(3, "ShowName", QStringLiteral("日期")));
-    EXPECT_EQ(b.said.size(), 1) << "text that is no date is refused without a word";
+    EXPECT_EQ(b.said.size(), 2);
+    EXPECT_EQ(b.said.last(), QStringLiteral("输入的日期错误；")) << "text that is no date is refused as a paste refuses it";
     EXPECT_EQ(b.text(3, "JnlDate"), QStringLiteral("2025-01-20"));
 
     EXPECT_FALSE(b.type(1, "ShowName", QStringLiteral("2024-12-30"))) << "the opening row is closed";

@@ -78,6 +78,19 @@ QString pasteLine(const EditingBook &b, const QMap<QString, QString> &cells)
     return out.join(QLatin1Char('\t'));
 }
 
+QString pasteLineFrom(const EditingBook &b, const char *first, const QMap<QString, QString> &cells)
+{
+    QStringList out;
+    int last = 0;
+    for (int c = b.col(first); c < b.grid->cols(); ++c)
+        if (!b.grid->isColHidden(c)) {
+            out << cells.value(b.grid->colKey(c));
+            if (cells.contains(b.grid->colKey(c)))
+                last = int(out.size());
+        }
+    return out.mid(0, last).join(QLatin1Char('\t'));
+}
+
 kx::Currency storedAmount(const EditingBook &b, int row, const char *field)
 {
     const kx::Database db = b.db->open();

@@ -41,6 +41,11 @@ struct EditingBook {
 /// the visible columns from the date on, tab-separated.
 QString pasteLine(const EditingBook &b, const QMap<QString, QString> &cells);
 
+/// One short line of a paste into \a b with the cursor on column \a first:
+/// the texts of \a cells for the visible columns from \a first up to the
+/// last of them, tab-separated (cells past the line's end stay as they are).
+QString pasteLineFrom(const EditingBook &b, const char *first, const QMap<QString, QString> &cells);
+
 /// The stored figure of field \a field of the record stored as row \a row
 /// (invalid when it is no figure).
 kx::Currency storedAmount(const EditingBook &b, int row, const char *field);

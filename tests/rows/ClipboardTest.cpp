@@ -14,6 +14,7 @@ using kxtest::EditingBook;
 using kxtest::Engine;
 
 using kxtest::pasteLine;
+using kxtest::pasteLineFrom;
 
 TEST(Clipboard, AThousandRowsPasteWithTheTwoBadCellsNamed)
 {
@@ -68,9 +69,9 @@ TEST(Clipboard, AThousandRowsPasteWithTheTwoBadCellsNamed)
     EXPECT_EQ(kx::sqlScalar(db, {QStringLiteral("Select count(*) From kxJournalRecs"), {}}).value().toInt(), 4 + 1000);
 
     ASSERT_TRUE(b.journal->Load(b.book));
-    b.grid->setCursor(5, b.col("ShowName"));
+    b.grid->setCursor(5, b.col("Explain"));
     const int rows = b.grid->rows();
-    ASSERT_TRUE(b.journal->pasteText(pasteLine(b, {{QStringLiteral("Explain"), QStringLiteral("改")}})));
+    ASSERT_TRUE(b.journal->pasteText(QStringLiteral("改")));
     ASSERT_TRUE(b.journal->undo());
     EXPECT_EQ(b.grid->rows(), rows);
     EXPECT_EQ(b.text(5, "Explain"), QStringLiteral("导入0")) << "a paste is one undo step";
@@ -146,10 +147,10 @@ class PastedAmounts : public ::testing::TestWithParam<Engine>
 TEST_P(PastedAmounts, CellsThatAreNoAmountsAreNamedAndKeepWhatTheyHeld)
 {
     EditingBook b(GetParam());
-    b.grid->setCursor(2, b.col("ShowName"));
-    const QString block = pasteLine(b, {{QStringLiteral("Debit"), QStringLiteral("12元")}}) + QStringLiteral("\r\n") +
-                          pasteLine(b, {{QStringLiteral("Credit"), QStringLiteral("(5")}}) + QStringLiteral("\r\n") +
-                          pasteLine(b, {{QStringLiteral("Credit"), QStringLiteral("#溢出")}}) + QStringLiteral("\r\n");
+    b.grid->setCursor(2, b.col("Debit"));
+    const QString block = pasteLineFrom(b, "Debit", {{QStringLiteral("Debit"), QStringLiteral("12元")}}) + QStringLiteral("\r\n") +
+                          pasteLineFrom(b, "Debit", {{QStringLiteral("Credit"), QStringLiteral("(5")}}) + QStringLiteral("\r\n") +
+                          pasteLineFrom(b, "Debit", {{QStringLiteral("Credit"), QStringLiteral("#溢出")}}) + QStringLiteral("\r\n");
     EXPECT_FALSE(b.journal->pasteText(block));
     EXPECT_EQ(b.text(2, "Debit"), QStringLiteral("500"));
     EXPECT_EQ(b.text(3, "Credit"), QStringLiteral("200"));
@@ -160,8 +161,8 @@ TEST_P(PastedAmounts, CellsThatAreNoAmountsAreNamedAndKeepWhatTheyHeld)
         EXPECT_TRUE(b.boxes.first().contains(QString::fromUtf8(cell))) << qPrintable(b.boxes.first());
     EXPECT_FALSE(b.journal->IsDirty());
 
-    b.grid->setCursor(3, b.col("ShowName"));
-    EXPECT_TRUE(b.journal->pasteText(pasteLine(b, {{QStringLiteral("Credit"), QStringLiteral("1,234.56")}})));
+    b.grid->setCursor(3, b.col("Debit"));
+    EXPECT_TRUE(b.journal->pasteText(pasteLineFrom(b, "Debit", {{QStringLiteral("Credit"), QStringLiteral("1,234.56")}})));
     EXPECT_EQ(b.text(3, "Credit"), QStringLiteral("1234.56")) << "a figure as spreadsheets show it";
     EXPECT_EQ(b.boxes.size(), 1);
 
@@ -175,13 +176,13 @@ TEST_P(PastedAmounts, FiguresTheEngineCannotHoldExactlyAreRefused)
 {
     EditingBook b(GetParam());
     const bool sqlite = GetParam() == Engine::Sqlite;
-    b.grid->setCursor(2, b.col("ShowName"));
+    b.grid->setCursor(2, b.col("Debit"));
     // Row 2 on its own is past 15 digits; row 3's figure fits, but the
     // balance it leads to does not.
-    const QString block = pasteLine(b, {{QStringLiteral("Debit"), QStringLiteral("98765432109876.5432")}}) +
+    const QString block = pasteLineFrom(b, "Debit", {{QStringLiteral("Debit"), QStringLiteral("98765432109876.5432")}}) +
                           QStringLiteral("\n") +
-                          pasteLine(b, {{QStringLiteral("Debit"), QStringLiteral("99999999999.9999")}}) +
-                          QStringLiteral("\n") + pasteLine(b, {{QStringLiteral("Explain"), QStringLiteral("第三行")}});
+                          pasteLineFrom(b, "Debit", {{QStringLiteral("Debit"), QStringLiteral("99999999999.9999")}}) +
+                          QStringLiteral("\n") + pasteLineFrom(b, "Debit", {{QStringLiteral("Credit"), QStringLiteral("1")}});
     b.journal->pasteText(block);
     if (sqlite) {
         EXPECT_EQ(b.text(2, "Debit"), QStringLiteral("500"));
@@ -198,7 +199,7 @@ TEST_P(PastedAmounts, FiguresTheEngineCannotHoldExactlyAreRefused)
         EXPECT_TRUE(b.boxes.isEmpty());
         EXPECT_EQ(b.text(3, "Debit"), QStringLiteral("99999999999.9999"));
     }
-    EXPECT_EQ(b.text(4, "Explain"), QStringLiteral("第三行")) << "the rest of the block goes in";
+    EXPECT_EQ(b.text(4, "Credit"), QStringLiteral("1")) << "the rest of the block goes in";
     QStringList shown;
     for (int r = 1; r < b.grid->rows(); ++r)
         shown << b.text(r, "Debit") << b.text(r, "Credit") << b.text(r, "Balance");
