@@ -1,7 +1,6 @@
 #include "kxjournal/Journal.h"
 
 #include "control/JournalCommands.h"
-#include "control/JournalRowCommands.h"
 #include "control/JournalFrame.h"
 #include "control/JournalMenu.h"
 #include "control/JournalPrivate.h"
@@ -42,8 +41,8 @@ Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_shared<JournalP
     d->setUpRows();
     d->setUpVouchers();
     d->setUpOutput();
-    JournalRowCommands::offer(*d);
     JournalCommands::offer(*d);
+    JournalCommands::bindKeys(*d);
     d->holdWhileCommandsRun();
     d->commands.setGate([this](const Command &) { return d->mayStart(); });
     d->menu = new JournalMenu(d->commands, this);

@@ -19,7 +19,6 @@
 #include "ledger/BookRow.h"
 
 #include <QScopedValueRollback>
-#include <QShortcut>
 
 namespace kx {
 
@@ -63,10 +62,6 @@ void JournalPrivate::setUpEditing()
     GridViewPrivate::get(view).m_navigator = ([this](int row, int col, bool backwards, bool enter) {
         return EntryOrder::next(edit->context(), row, col, backwards, enter);
     });
-    auto *undoKey = new QShortcut(QKeySequence::Undo, q, [this] { q->undo(); });
-    undoKey->setContext(Qt::WidgetWithChildrenShortcut);
-    auto *redoKey = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Y), q, [this] { q->redo(); });
-    redoKey->setContext(Qt::WidgetWithChildrenShortcut);
 }
 
 void JournalPrivate::place(QWidget *popup, int row, int col)

@@ -20,7 +20,6 @@
 #include <QGuiApplication>
 #include <QMenu>
 #include <QMimeData>
-#include <QShortcut>
 #include <QTimer>
 
 namespace kx {
@@ -43,20 +42,9 @@ QColor chosen(const QColor &c)
 
 void JournalPrivate::setUpLayout()
 {
-    const auto key = [this](const QKeySequence &keys, const QString &item) {
-        auto *shortcut = new QShortcut(keys, q);
-        shortcut->setContext(Qt::WidgetWithChildrenShortcut);
-        QObject::connect(shortcut, &QShortcut::activated, q, [this, item] {
-            if (const Command *c = commands.byName(item))
-                commands.run(*c);
-        });
-    };
-    key(QKeySequence(Qt::CTRL | Qt::Key_S), QStringLiteral("mnuSave"));
-    key(QKeySequence(Qt::Key_F5), QStringLiteral("mnuRefresh"));
-
     fieldMenu = new QMenu(menu);
     fieldMenu->setObjectName(QStringLiteral("fieldMenu"));
-    if (QAction *fields = menu->item(QStringLiteral("mnuFieldShow")))
+    if (QAction *fields = menu->item(CommandId::FieldShow))
         fields->setMenu(fieldMenu);
     QObject::connect(fieldMenu, &QMenu::aboutToShow, q, [this] {
         fieldMenu->clear();
@@ -138,13 +126,13 @@ void JournalPrivate::setUpLayout()
     fitColumns();
 }
 
-bool JournalPrivate::menuAllows(const QString &name) const
+bool JournalPrivate::menuAllows(CommandCondition condition) const
 {
     MenuFacts facts;
     facts.clipboardHasText = clipboardHasText;
     facts.canUndo = q->canUndo();
     facts.canRedo = q->canRedo();
-    return MenuConditions(edit->context(), facts).allows(name);
+    return MenuConditions(edit->context(), facts).holds(condition);
 }
 
 void JournalPrivate::syncMenuSoon()

@@ -19,7 +19,6 @@
 #include <QPointer>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
-#include <QShortcut>
 #include <QStandardPaths>
 
 namespace kx {
@@ -35,14 +34,6 @@ void JournalPrivate::setUpOutput()
         grid->setCursor(row, std::max(grid->col(), grid->fixedCols()));
     });
     QObject::connect(findBar, &FindBar::closed, q, [this] { view->setFocus(); });
-    const auto key = [this](const QKeySequence &keys, const std::function<void()> &run) {
-        auto *shortcut = new QShortcut(keys, q);
-        shortcut->setContext(Qt::WidgetWithChildrenShortcut);
-        QObject::connect(shortcut, &QShortcut::activated, q, run);
-    };
-    key(QKeySequence::Find, [this] { openFindBar(); });
-    key(QKeySequence(Qt::Key_F3), [this] { findBar->isVisible() ? findBar->step(true) : openFindBar(); });
-    key(QKeySequence(Qt::SHIFT | Qt::Key_F3), [this] { findBar->isVisible() ? findBar->step(false) : openFindBar(); });
     fileNameAsker = [this](const QString &suggested) {
         // The dialog adds the chosen kind's extension itself, so the name it
         // asks about overwriting is the name written.

@@ -99,15 +99,11 @@ void JournalPrivate::controlGone()
 void JournalPrivate::holdWhileCommandsRun()
 {
     const std::weak_ptr<JournalPrivate> self = weak_from_this();
-    QStringList names;
-    for (const Command &command : commands.commands())
-        if (!command.name.isEmpty())
-            names << command.name;
-    for (const QString &name : std::as_const(names)) {
-        Command *command = commands.byName(name);
-        if (!command->run)
+    for (const Command &bound : commands.commands()) {
+        Command &command = commands.command(bound.id);
+        if (!command.run)
             continue;
-        command->run = [self, run = command->run](const QString &parameter) {
+        command.run = [self, run = command.run](const QString &parameter) {
             const std::shared_ptr<JournalPrivate> keep = self.lock();
             if (keep && keep->alive())
                 run(parameter);

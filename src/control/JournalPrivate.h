@@ -70,7 +70,7 @@ public:
     /// works on (the frame with the grid's view, the grids, the edit session)
     /// stays until it ends and control is back in the event loop.
     void controlGone();
-    /// Makes every named command hold this state while it runs, and run only
+    /// Makes every command hold this state while it runs, and run only
     /// while the control lives.
     void holdWhileCommandsRun();
 
@@ -104,7 +104,7 @@ public:
     /// Lays the columns down again after asking the host.
     void defaultFormatCommand();
     /// Sets up editing: the rules on the grid's edit cycle, the pickers, the
-    /// calculator, the keys.
+    /// calculator.
     void setUpEditing();
     /// Closes the pickers and the calculator without a pick.
     void closePickers();
@@ -118,7 +118,7 @@ public:
     bool settleEditor();
     /// Runs \a work as operation \a name and as the undo step \a text.
     bool step(const QString &name, const QString &text, const std::function<bool()> &work);
-    /// Sets up row work: dragging rows, the Insert and Delete keys, the clipboard keys.
+    /// Sets up row work: dragging rows.
     void setUpRows();
     /// Puts the selected block on the clipboard; \a cut empties it too.
     void copyToClipboard(bool cut);
@@ -133,7 +133,7 @@ public:
     /// The voucher menu item: asks the host to show the current row's
     /// voucher, or makes one of the selected rows when it has none.
     void lookAtVoucher();
-    /// Sets up output: the print grid, the find bar and its keys.
+    /// Sets up output: the print grid, the find bar.
     void setUpOutput();
     /// Exports the book into \a path (\a ask: the asker chooses it); the
     /// path written, or empty when nothing was.
@@ -147,11 +147,11 @@ public:
     void printPreview();
     /// Places \a popup below the cell (\a row, \a col), inside the control.
     void place(QWidget *popup, int row, int col);
-    /// Sets up the layout: frozen columns, the show-fields list, the keys of
-    /// saving and refreshing, the looks, widths that fit, menu states kept current.
+    /// Sets up the layout: frozen columns, the show-fields list, the looks,
+    /// widths that fit, menu states kept current.
     void setUpLayout();
-    /// True when the menu item \a name can run now.
-    bool menuAllows(const QString &name) const;
+    /// True when \a condition holds now.
+    bool menuAllows(CommandCondition condition) const;
     /// Opens the show-fields list at the mouse.
     void openFieldMenu();
     /// Widens columns to what they show, and freezes the date and number.

@@ -54,16 +54,6 @@ void JournalPrivate::setUpRows()
             step(QStringLiteral("MoveRow"), QStringLiteral("移动行"),
                  [&] { return RowMover(*grid, state, *this).drop(source, row, col); });
     });
-    QObject::connect(view, &GridView::commandKey, q, [this](const QString &command) {
-        if (command == QLatin1String("InsertRows"))
-            q->InsertRows();
-        else if (command == QLatin1String("DeleteRows"))
-            q->DeleteRows();
-        else if (command == QLatin1String("Paste"))
-            pasteFromClipboard();
-        else
-            copyToClipboard(command == QLatin1String("Cut"));
-    });
 }
 
 void JournalPrivate::copyToClipboard(bool cut)
