@@ -184,11 +184,11 @@ int Journal::RelativeAccID() const { return d->state.book.relativeAccId; }
 void Journal::setRelativeAccID(int value) { d->state.book.relativeAccId = value; }
 QString Journal::RelativeAccCode() const { return accText(d->context(), d->state.book.relativeAccId, true); }
 QString Journal::RelativeAccName() const { return accText(d->context(), d->state.book.relativeAccId, false); }
-QString Journal::Direction() const { return d->state.book.direction; }
+QString Journal::Direction() const { return balanceSideText(d->state.book.direction); }
 
 void Journal::setDirection(const QString &value)
 {
-    const QString kept = value == u"借" || value == u"贷" ? value : QString();
+    const BalanceSide kept = balanceSideOf(value);
     if (kept == d->state.book.direction)
         return;
     d->exclusive(QStringLiteral("Direction"), false, [&] {

@@ -22,15 +22,22 @@ bool Journal::ExportToFile(const QString &fileName, ExportType type) { return Ex
 
 Journal::BalanceDirection Journal::balanceDirection() const
 {
-    const QString dir = Direction();
-    return dir == u"借" ? DebitDirection : dir == u"贷" ? CreditDirection : NoDirection;
+    switch (d->state.balanceSide()) {
+    case BalanceSide::Debit:
+        return DebitDirection;
+    case BalanceSide::Credit:
+        return CreditDirection;
+    case BalanceSide::None:
+        break;
+    }
+    return NoDirection;
 }
 
 void Journal::setBalanceDirection(BalanceDirection direction)
 {
-    setDirection(direction == DebitDirection    ? QStringLiteral("借")
-                 : direction == CreditDirection ? QStringLiteral("贷")
-                                                : QString());
+    setDirection(balanceSideText(direction == DebitDirection    ? BalanceSide::Debit
+                                 : direction == CreditDirection ? BalanceSide::Credit
+                                                                : BalanceSide::None));
 }
 
 QStringList Journal::enterableKeys() const

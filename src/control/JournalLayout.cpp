@@ -32,12 +32,6 @@ int measureText(const QString &text, const QFont &font)
     return QFontMetrics(font).horizontalAdvance(text);
 }
 
-// The zero colour of a stored look means the host chose none.
-QColor chosen(const QColor &c)
-{
-    return c == QColor(Qt::black) ? QColor() : c;
-}
-
 } // namespace
 
 void JournalPrivate::setUpLayout()
@@ -168,8 +162,8 @@ void JournalPrivate::fitColumns()
 
 void JournalPrivate::applyLooks()
 {
-    view->setHotBackColor(chosen(state.looks.hotBackColor));
-    view->setWarnBackColor(chosen(state.looks.warnBackColor));
+    view->setHotBackColor(state.looks.hotBackColor);
+    view->setWarnBackColor(state.looks.warnBackColor);
 }
 
 } // namespace kx

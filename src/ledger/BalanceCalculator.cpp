@@ -84,9 +84,9 @@ void BalanceCalculator::writeSummary(int row, Totals &t)
 
 void BalanceCalculator::writeBalance(int row, const Totals &t)
 {
-    const bool debitBook = m_state.book.direction == u"借";
-    const bool creditBook = m_state.book.direction == u"贷";
-    m_grid.setText(row, m_dir, m_state.book.direction);
+    const bool debitBook = m_state.balanceSide() == BalanceSide::Debit;
+    const bool creditBook = m_state.balanceSide() == BalanceSide::Credit;
+    m_grid.setText(row, m_dir, balanceSideText(m_state.balanceSide()));
     writeAmount(m_grid, row, m_balance, debitBook || creditBook ? t.balance.abs() : t.balance);
     const bool highlight = (debitBook && t.balance.sign() > 0) || (creditBook && t.balance.sign() < 0);
     // Clearing a colour that was never set costs nothing; only set it when needed.
