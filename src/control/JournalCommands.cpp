@@ -5,6 +5,8 @@
 #include "control/JournalPrivate.h"
 #include "control/JournalRowCommands.h"
 #include "control/JournalVoucherCommands.h"
+#include "control/LayoutController.h"
+#include "control/OutputController.h"
 #include "kxjournal/Journal.h"
 #include "ledger/ColumnModel.h"
 #include "ledger/LedgerCommands.h"
@@ -23,19 +25,19 @@ void JournalCommands::offer(JournalPrivate &d)
     LedgerCommands::offer(r, *d.grid, d.state, d);
     JournalVoucherCommands::offer(d);
 
-    r.bind(I::Find, [p](const QString &) { p->openFindBar(); });
+    r.bind(I::Find, [p](const QString &) { p->output->openFindBar(); });
     r.bind(I::Export, [p](const QString &) { p->q->Export(); });
-    r.bind(I::Print, [p](const QString &) { p->printPreview(); });
-    r.bind(I::FindNext, [p](const QString &) { p->findBar->isVisible() ? p->findBar->step(true) : p->openFindBar(); });
+    r.bind(I::Print, [p](const QString &) { p->output->printPreview(); });
+    r.bind(I::FindNext, [p](const QString &) { p->output->findBar->isVisible() ? p->output->findBar->step(true) : p->output->openFindBar(); });
     r.bind(I::FindPrevious,
-           [p](const QString &) { p->findBar->isVisible() ? p->findBar->step(false) : p->openFindBar(); });
+           [p](const QString &) { p->output->findBar->isVisible() ? p->output->findBar->step(false) : p->output->openFindBar(); });
 
     r.bind(
         I::PackJnl, [p](const QString &on) { p->q->setIsPackedJnl(on == QLatin1String("True")); },
         [p] { return p->state.isPacked; });
     r.bind(I::Refresh, [p](const QString &) { p->refresh(); });
     r.bind(I::DefaultFormatItem, [p](const QString &) { p->defaultFormatCommand(); });
-    r.bind(I::FieldShow, [p](const QString &) { p->openFieldMenu(); });
+    r.bind(I::FieldShow, [p](const QString &) { p->layout->openFieldMenu(); });
     r.bind(
         I::SideTask,
         [p](const QString &on) {
@@ -54,7 +56,7 @@ void JournalCommands::offer(JournalPrivate &d)
     // name or pressed as keys.
     for (const Command &command : r.commands())
         if (!command.name.isEmpty())
-            r.command(command.id).enabled = [p, condition = command.condition] { return p->menuAllows(condition); };
+            r.command(command.id).enabled = [p, condition = command.condition] { return p->layout->menuAllows(condition); };
 }
 
 void JournalCommands::bindKeys(JournalPrivate &d)

@@ -2,6 +2,7 @@
 // columns shown and sized by key, the enum forms of export types, the
 // balance direction and messages.
 #include "control/JournalPrivate.h"
+#include "control/LayoutController.h"
 #include "editing/EditContext.h"
 #include "editing/EditGate.h"
 #include "editing/EditSession.h"
@@ -128,7 +129,7 @@ bool Journal::setColumnVisible(const QString &key, bool visible)
     if (!FieldChoice(*d->grid, d->state).setShown(key, visible))
         return false;
     if (visible)
-        d->fitColumns();
+        d->layout->fitColumns();
     Q_EMIT propertyChanged(QStringLiteral("FieldShow"));
     return true;
 }

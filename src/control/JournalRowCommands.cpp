@@ -1,6 +1,7 @@
 #include "control/JournalRowCommands.h"
 
 #include "control/JournalPrivate.h"
+#include "control/RowController.h"
 #include "grid/Sheet.h"
 #include "kxjournal/Journal.h"
 #include "rows/RowOperations.h"
@@ -16,10 +17,10 @@ void JournalRowCommands::offer(JournalPrivate &d)
     // Enabled states come from the table's conditions, for every item at once, in JournalCommands.
     r.bind(I::Undo, [p](const QString &) { p->q->undo(); });
     r.bind(I::Redo, [p](const QString &) { p->q->redo(); });
-    r.bind(I::Cut, [p](const QString &) { p->copyToClipboard(true); });
-    r.bind(I::Copy, [p](const QString &) { p->copyToClipboard(false); });
-    r.bind(I::Paste, [p](const QString &) { p->pasteFromClipboard(); });
-    r.bind(I::Clear, [p](const QString &) { p->clearCells(); });
+    r.bind(I::Cut, [p](const QString &) { p->rows->copyToClipboard(true); });
+    r.bind(I::Copy, [p](const QString &) { p->rows->copyToClipboard(false); });
+    r.bind(I::Paste, [p](const QString &) { p->rows->pasteFromClipboard(); });
+    r.bind(I::Clear, [p](const QString &) { p->rows->clearCells(); });
 
     r.bind(I::InsertRows, [p](const QString &) { p->q->InsertRows(); });
     r.bind(I::DeleteRows, [p](const QString &) { p->q->DeleteRows(); });

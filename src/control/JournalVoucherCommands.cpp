@@ -1,6 +1,7 @@
 #include "control/JournalVoucherCommands.h"
 
 #include "control/JournalPrivate.h"
+#include "control/VoucherController.h"
 #include "grid/Sheet.h"
 #include "kxjournal/Journal.h"
 #include "voucher/VoucherLink.h"
@@ -12,8 +13,8 @@ void JournalVoucherCommands::offer(JournalPrivate &d)
     CommandRegistry &r = d.commands;
     JournalPrivate *p = &d;
 
-    r.bind(CommandId::AccDoc, [p](const QString &) { p->lookAtVoucher(); });
-    r.bind(CommandId::DocSelect, [p](const QString &) { p->openVoucherPicker(p->grid->row(), p->grid->col()); });
+    r.bind(CommandId::AccDoc, [p](const QString &) { p->vouchers->lookAt(); });
+    r.bind(CommandId::DocSelect, [p](const QString &) { p->vouchers->openPicker(p->grid->row(), p->grid->col()); });
     r.bind(CommandId::RemoveDoc, [p](const QString &) {
         p->exclusive(QStringLiteral("RemoveDoc"), false, [p] {
             return p->settleEditor() && VoucherLink(*p->grid, p->state, *p, p->context()).removeLinks();
