@@ -1,10 +1,14 @@
 #include "kxjournal/Journal.h"
 
+#include "control/EditingController.h"
 #include "control/JournalCommands.h"
-#include "control/JournalRowCommands.h"
 #include "control/JournalFrame.h"
 #include "control/JournalMenu.h"
 #include "control/JournalPrivate.h"
+#include "control/LayoutController.h"
+#include "control/OutputController.h"
+#include "control/RowController.h"
+#include "control/VoucherController.h"
 #include "editing/EditSession.h"
 #include "kxjournal/EditCycle.h"
 #include "data/JournalDefinition.h"
@@ -38,16 +42,16 @@ Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_shared<JournalP
     setCaption(FmtName());
     ColumnModel::define(*d->grid, d->state);
 
-    d->setUpEditing();
-    d->setUpRows();
-    d->setUpVouchers();
-    d->setUpOutput();
-    JournalRowCommands::offer(*d);
+    d->editing->setUp();
+    d->rows->setUp();
+    d->vouchers->setUp();
+    d->output->setUp();
     JournalCommands::offer(*d);
+    JournalCommands::bindKeys(*d);
     d->holdWhileCommandsRun();
     d->commands.setGate([this](const Command &) { return d->mayStart(); });
     d->menu = new JournalMenu(d->commands, this);
-    d->setUpLayout();
+    d->layout->setUp();
 
     d->asker = [this](const QString &text, const QString &title) {
         return QMessageBox::question(this, title.isEmpty() ? Caption() : title, text,
@@ -185,11 +189,11 @@ int Journal::RelativeAccID() const { return d->state.book.relativeAccId; }
 void Journal::setRelativeAccID(int value) { d->state.book.relativeAccId = value; }
 QString Journal::RelativeAccCode() const { return accText(d->context(), d->state.book.relativeAccId, true); }
 QString Journal::RelativeAccName() const { return accText(d->context(), d->state.book.relativeAccId, false); }
-QString Journal::Direction() const { return d->state.book.direction; }
+QString Journal::Direction() const { return balanceSideText(d->state.book.direction); }
 
 void Journal::setDirection(const QString &value)
 {
-    const QString kept = value == u"借" || value == u"贷" ? value : QString();
+    const BalanceSide kept = balanceSideOf(value);
     if (kept == d->state.book.direction)
         return;
     d->exclusive(QStringLiteral("Direction"), false, [&] {
@@ -282,7 +286,7 @@ bool Journal::Load(int rDocID)
         if (outcome == BookLoader::Loaded)
             p->edit->keepBlankRow();
         p->edit->clearHistory();
-        p->fitColumns();
+        p->layout->fitColumns();
         if (outcome == BookLoader::Loaded)
             Q_EMIT p->q->AfterLoaded();
         return filled;
@@ -331,7 +335,7 @@ void Journal::SetDefaultFormat()
         p->state.chosen = {};
         ColumnModel::define(*p->grid, p->state);
         ColumnModel::applyFormats(*p->grid, p->state);
-        p->fitColumns();
+        p->layout->fitColumns();
         return true;
     });
 }

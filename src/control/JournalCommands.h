@@ -4,13 +4,17 @@ namespace kx {
 
 class JournalPrivate;
 
-/// The control's own commands: the view (consolidated display, refresh,
-/// formats, the side panel) and the menu items of what is not built yet.
+/// Binds the command table to the control: what runs each command (the
+/// rows, the book and the vouchers through their own classes; the view and
+/// output here), the condition each menu item runs under, and the keys.
 class JournalCommands
 {
 public:
-    /// Adds the control's commands to \a d's registry.
+    /// Binds every command of \a d's registry.
     static void offer(JournalPrivate &d);
+    /// Answers the keys of every command that has some, as the menu shows
+    /// them beside its items.
+    static void bindKeys(JournalPrivate &d);
 };
 
 } // namespace kx

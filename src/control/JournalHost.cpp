@@ -2,6 +2,7 @@
 // columns shown and sized by key, the enum forms of export types, the
 // balance direction and messages.
 #include "control/JournalPrivate.h"
+#include "control/LayoutController.h"
 #include "editing/EditContext.h"
 #include "editing/EditGate.h"
 #include "editing/EditSession.h"
@@ -22,15 +23,22 @@ bool Journal::ExportToFile(const QString &fileName, ExportType type) { return Ex
 
 Journal::BalanceDirection Journal::balanceDirection() const
 {
-    const QString dir = Direction();
-    return dir == u"借" ? DebitDirection : dir == u"贷" ? CreditDirection : NoDirection;
+    switch (d->state.balanceSide()) {
+    case BalanceSide::Debit:
+        return DebitDirection;
+    case BalanceSide::Credit:
+        return CreditDirection;
+    case BalanceSide::None:
+        break;
+    }
+    return NoDirection;
 }
 
 void Journal::setBalanceDirection(BalanceDirection direction)
 {
-    setDirection(direction == DebitDirection    ? QStringLiteral("借")
-                 : direction == CreditDirection ? QStringLiteral("贷")
-                                                : QString());
+    setDirection(balanceSideText(direction == DebitDirection    ? BalanceSide::Debit
+                                 : direction == CreditDirection ? BalanceSide::Credit
+                                                                : BalanceSide::None));
 }
 
 QStringList Journal::enterableKeys() const
@@ -121,7 +129,7 @@ bool Journal::setColumnVisible(const QString &key, bool visible)
     if (!FieldChoice(*d->grid, d->state).setShown(key, visible))
         return false;
     if (visible)
-        d->fitColumns();
+        d->layout->fitColumns();
     Q_EMIT propertyChanged(QStringLiteral("FieldShow"));
     return true;
 }

@@ -17,7 +17,7 @@ JournalMenu::JournalMenu(const CommandRegistry &registry, QWidget *parent) : QMe
         group = command.group;
         QAction *a = addAction(command.text);
         a->setObjectName(command.name);
-        a->setCheckable(bool(command.checked));
+        a->setCheckable(command.checkable);
         if (!command.keys.isEmpty()) {
             // Shown beside the item; the control itself answers the keys, so
             // the item's shortcut works only while the menu is open.
@@ -25,12 +25,12 @@ JournalMenu::JournalMenu(const CommandRegistry &registry, QWidget *parent) : QMe
             a->setShortcutContext(Qt::WidgetShortcut);
             a->setShortcutVisibleInContextMenu(true);
         }
-        const QString name = command.name;
-        connect(a, &QAction::triggered, this, [this, name](bool checked) {
-            // Looked up again: the registry owns the command, the menu only its name.
+        const CommandId id = command.id;
+        connect(a, &QAction::triggered, this, [this, id](bool checked) {
+            // Looked up again: the registry owns the command, the menu only its id.
             const QPointer<JournalMenu> self(this);
-            if (const Command *c = m_registry.byName(name))
-                m_registry.run(*c, c->checked ? (checked ? QStringLiteral("True") : QStringLiteral("False")) : QString());
+            const Command &c = m_registry.command(id);
+            m_registry.run(c, c.checked ? (checked ? QStringLiteral("True") : QStringLiteral("False")) : QString());
             // A host may delete the whole control from an event the command raised.
             if (self)
                 sync();
@@ -42,7 +42,12 @@ JournalMenu::JournalMenu(const CommandRegistry &registry, QWidget *parent) : QMe
 
 QAction *JournalMenu::item(const QString &name) const
 {
-    return findChild<QAction *>(name, Qt::FindDirectChildrenOnly);
+    return name.isEmpty() ? nullptr : findChild<QAction *>(name, Qt::FindDirectChildrenOnly);
+}
+
+QAction *JournalMenu::item(CommandId id) const
+{
+    return item(m_registry.command(id).name);
 }
 
 void JournalMenu::sync()

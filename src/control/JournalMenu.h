@@ -1,10 +1,10 @@
 #pragma once
 
+#include "ledger/CommandRegistry.h"
+
 #include <QMenu>
 
 namespace kx {
-
-class CommandRegistry;
 
 /// The journal's context menu (also opened by the option button), built
 /// from the command registry: an item per command with a name, in registry
@@ -21,6 +21,8 @@ public:
 
     /// The item named \a name (nullptr when there is none).
     QAction *item(const QString &name) const;
+    /// The item of command \a id (nullptr when it has none).
+    QAction *item(CommandId id) const;
     /// Brings every item's enabled and checked state up to date.
     void sync();
 

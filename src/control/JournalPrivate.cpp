@@ -1,14 +1,20 @@
 #include "control/JournalPrivate.h"
 
+#include "control/EditingController.h"
 #include "control/JournalFrame.h"
 #include "control/JournalMenu.h"
+#include "control/LayoutController.h"
+#include "control/OutputController.h"
+#include "control/RowController.h"
+#include "control/VoucherController.h"
 #include "editing/EditSession.h"
+#include "kxjournal/GridView.h"
+#include "ledger/LedgerStep.h"
 #include "kxjournal/EditCycle.h"
 #include "grid/Sheet.h"
 #include "kxjournal/Journal.h"
 
 #include <QCoreApplication>
-#include <QPrinter>
 #include <QGuiApplication>
 
 namespace kx {
@@ -37,7 +43,12 @@ bool hasScreen()
 
 } // namespace
 
-JournalPrivate::JournalPrivate(Journal *journal) : q(journal) {}
+JournalPrivate::JournalPrivate(Journal *journal)
+    : q(journal), editing(std::make_unique<EditingController>(*this)), rows(std::make_unique<RowController>(*this)),
+      vouchers(std::make_unique<VoucherController>(*this)), output(std::make_unique<OutputController>(*this)),
+      layout(std::make_unique<LayoutController>(*this))
+{
+}
 
 JournalPrivate::~JournalPrivate()
 {
@@ -45,7 +56,7 @@ JournalPrivate::~JournalPrivate()
         grid->editCycle()->cancel();
         delete m_keptFrame;
         delete edit;
-        delete printGrid;
+        delete output->printGrid;
         delete grid;
     }
 }
@@ -74,12 +85,10 @@ void JournalPrivate::controlGone()
     frame = nullptr;
     view = nullptr;
     menu = nullptr;
-    accountPicker = nullptr;
-    calculator = nullptr;
-    datePicker = nullptr;
-    voucherPicker = nullptr;
-    findBar = nullptr;
-    fieldMenu = nullptr;
+    editing->forgetWidgets();
+    vouchers->forgetWidgets();
+    output->forgetWidgets();
+    layout->forgetWidgets();
     if (!running) {
         delete edit;
         edit = nullptr;
@@ -87,7 +96,7 @@ void JournalPrivate::controlGone()
     }
     m_kept = true;
     edit->setParent(nullptr);
-    printGrid->setParent(nullptr);
+    output->printGrid->setParent(nullptr);
     grid->setParent(nullptr);
     // This state is let go of once control is back in the event loop (and
     // the operation, which holds it too, has ended).
@@ -99,15 +108,11 @@ void JournalPrivate::controlGone()
 void JournalPrivate::holdWhileCommandsRun()
 {
     const std::weak_ptr<JournalPrivate> self = weak_from_this();
-    QStringList names;
-    for (const Command &command : commands.commands())
-        if (!command.name.isEmpty())
-            names << command.name;
-    for (const QString &name : std::as_const(names)) {
-        Command *command = commands.byName(name);
-        if (!command->run)
+    for (const Command &bound : commands.commands()) {
+        Command &command = commands.command(bound.id);
+        if (!command.run)
             continue;
-        command->run = [self, run = command->run](const QString &parameter) {
+        command.run = [self, run = command.run](const QString &parameter) {
             const std::shared_ptr<JournalPrivate> keep = self.lock();
             if (keep && keep->alive())
                 run(parameter);
@@ -229,6 +234,37 @@ void JournalPrivate::layoutChanged(bool consolidated)
 {
     if (frame)
         frame->setImageKey(consolidated ? QStringLiteral("Jnl1") : QStringLiteral("Jnl"));
+}
+
+bool JournalPrivate::settleEditor()
+{
+    // Rows are about to move under the cell being edited: what was typed
+    // is stored first, or, when it is refused, the operation waits.
+    if (view->activeEditor() && !view->commitEditor())
+        return false;
+    if (grid->editCycle()->isEditing())
+        grid->editCycle()->cancel();
+    editing->closePickers();
+    return true;
+}
+
+bool JournalPrivate::step(const QString &name, const QString &text, const std::function<bool()> &work)
+{
+    return exclusive(name, false, [&] {
+        // Storing the open editor raises events: the control may be gone after it.
+        if (!settleEditor() || !alive())
+            return false;
+        return LedgerStep::record(*grid, state, *this, &edit->history(), text, work);
+    });
+}
+
+void JournalPrivate::dirtyRestored(bool dirty)
+{
+    const std::shared_ptr<JournalPrivate> keep = shared_from_this();
+    if (q)
+        Q_EMIT q->dirtyChanged(dirty);
+    if (dirty && q)
+        Q_EMIT q->DataChanged(grid->colKey(grid->col()));
 }
 
 int JournalPrivate::rowOr(int row) const

@@ -10,28 +10,27 @@
 #include <functional>
 #include <memory>
 
-class QMenu;
-class QPrinter;
-
 namespace kx {
 
-class AccountPicker;
-class CalculatorPopup;
-class DatePicker;
 class EditSession;
-class FindBar;
-class Sheet;
+class EditingController;
 class GridView;
 class Journal;
 class JournalFrame;
 class JournalMenu;
-class VoucherPicker;
+class LayoutController;
+class OutputController;
+class RowController;
+class Sheet;
+class VoucherController;
 
 /// The control's state and the host its ledger classes report to: messages,
 /// questions and progress become the control's events. It also keeps one
 /// operation at a time: a load, save or command asked for while another
 /// runs (a host's event handler may let events run) is refused with a
 /// message, so nothing is freed or rewritten under a running operation.
+/// Each feature's code and widgets live in its own controller (editing,
+/// rows, vouchers, output, layout), which works on this shared state.
 ///
 /// Lifetime: the Journal owns this state through a shared pointer, and every
 /// operation and every event raised holds it too. A host may delete the
@@ -70,7 +69,7 @@ public:
     /// works on (the frame with the grid's view, the grids, the edit session)
     /// stays until it ends and control is back in the event loop.
     void controlGone();
-    /// Makes every named command hold this state while it runs, and run only
+    /// Makes every command hold this state while it runs, and run only
     /// while the control lives.
     void holdWhileCommandsRun();
 
@@ -103,63 +102,11 @@ public:
     void refresh();
     /// Lays the columns down again after asking the host.
     void defaultFormatCommand();
-    /// Sets up editing: the rules on the grid's edit cycle, the pickers, the
-    /// calculator, the keys.
-    void setUpEditing();
-    /// Closes the pickers and the calculator without a pick.
-    void closePickers();
-    /// Opens the picker or calculator of (\a row, \a col) next to the cell.
-    void openPicker(int row, int col, const QString &key);
-    /// Enters \a text chosen in a picker into (\a row, \a col): into the
-    /// open editor when one is open there, else as a whole edit.
-    bool enterChosen(int row, int col, const QString &text);
     /// Stores what the open editor holds and closes the pickers, before rows
     /// move; false when the editor's text was refused (it stays open).
     bool settleEditor();
     /// Runs \a work as operation \a name and as the undo step \a text.
     bool step(const QString &name, const QString &text, const std::function<bool()> &work);
-    /// Sets up row work: dragging rows, the Insert and Delete keys, the clipboard keys.
-    void setUpRows();
-    /// Puts the selected block on the clipboard; \a cut empties it too.
-    void copyToClipboard(bool cut);
-    /// Pastes the clipboard's text at the cursor.
-    void pasteFromClipboard();
-    /// Asks, then empties the selected cells.
-    bool clearCells();
-    /// Sets up voucher work: the picker, the double-click on a voucher cell.
-    void setUpVouchers();
-    /// Opens the voucher picker next to (\a row, \a col), its list read afresh.
-    void openVoucherPicker(int row, int col);
-    /// The voucher menu item: asks the host to show the current row's
-    /// voucher, or makes one of the selected rows when it has none.
-    void lookAtVoucher();
-    /// Sets up output: the print grid, the find bar and its keys.
-    void setUpOutput();
-    /// Exports the book into \a path (\a ask: the asker chooses it); the
-    /// path written, or empty when nothing was.
-    QString exportBook(bool ask, QString path, int type);
-    /// The files of the SQLite database the control works on, which no
-    /// export or print may replace (none for a server database).
-    QStringList databaseFiles();
-    /// Opens the find bar under the grid.
-    void openFindBar();
-    /// Opens a print preview of the book.
-    void printPreview();
-    /// Places \a popup below the cell (\a row, \a col), inside the control.
-    void place(QWidget *popup, int row, int col);
-    /// Sets up the layout: frozen columns, the show-fields list, the keys of
-    /// saving and refreshing, the looks, widths that fit, menu states kept current.
-    void setUpLayout();
-    /// True when the menu item \a name can run now.
-    bool menuAllows(const QString &name) const;
-    /// Opens the show-fields list at the mouse.
-    void openFieldMenu();
-    /// Widens columns to what they show, and freezes the date and number.
-    void fitColumns();
-    /// Brings the looks the host set over to the grid's view.
-    void applyLooks();
-    /// Brings the menu's enabled states up to date once events settle.
-    void syncMenuSoon();
 
     Journal *q;  ///< nullptr once the host deleted the control
     LedgerState state;
@@ -169,25 +116,12 @@ public:
     JournalFrame *frame = nullptr;
     JournalMenu *menu = nullptr;
     EditSession *edit = nullptr;
-    AccountPicker *accountPicker = nullptr;
-    CalculatorPopup *calculator = nullptr;
-    DatePicker *datePicker = nullptr;
-    VoucherPicker *voucherPicker = nullptr;
-    Sheet *printGrid = nullptr;              ///< the lines of the latest print layout
-    FindBar *findBar = nullptr;
-    QMenu *fieldMenu = nullptr;                  ///< the show-fields list
-    bool menuSyncDue = false;
-    int refitFirst = -1;                         ///< rows changed since the widths were last fitted
-    int refitLast = -1;
-    int refitLeft = -1;                          ///< columns changed since the widths were last fitted
-    int refitRight = -1;
-    bool clipboardHasText = false;               ///< as the clipboard said when it last changed
-    std::unique_ptr<QPrinter> printer;           ///< the preview's printer, kept for its settings
-    std::function<QString(const QString &)> fileNameAsker;
-    QString voucherFolder;                        ///< where Make writes (empty: the temporary folder)
-    QString voucherCodec = QStringLiteral("GBK");  ///< the voucher file's code page
-    int pickerRow = -1;  ///< the cell the account picker or calculator was opened for
-    int pickerCol = -1;
+    // Each feature's own code and widgets.
+    std::unique_ptr<EditingController> editing;
+    std::unique_ptr<RowController> rows;
+    std::unique_ptr<VoucherController> vouchers;
+    std::unique_ptr<OutputController> output;
+    std::unique_ptr<LayoutController> layout;
     QString message;
     QString caption;
     bool sidePanel = false;

@@ -3,6 +3,7 @@
 
 #include "control/JournalFrame.h"
 #include "control/JournalPrivate.h"
+#include "control/LayoutController.h"
 #include "kxjournal/GridView.h"
 #include "ledger/ColumnModel.h"
 #include "menu/FieldChoice.h"
@@ -40,9 +41,9 @@ void Journal::setGridColor(const QColor &value) { d->view->setGridColor(value); 
 QColor Journal::GridColorFixed() const { return d->view->gridColorFixed(); }
 void Journal::setGridColorFixed(const QColor &value) { d->view->setGridColorFixed(value); announce(QStringLiteral("GridColorFixed")); }
 QColor Journal::HotBackColor() const { return d->state.looks.hotBackColor; }
-void Journal::setHotBackColor(const QColor &value) { d->state.looks.hotBackColor = value; d->applyLooks(); announce(QStringLiteral("HotBackColor")); }
+void Journal::setHotBackColor(const QColor &value) { d->state.looks.hotBackColor = value; d->layout->applyLooks(); announce(QStringLiteral("HotBackColor")); }
 QColor Journal::WarnBackColor() const { return d->state.looks.warnBackColor; }
-void Journal::setWarnBackColor(const QColor &value) { d->state.looks.warnBackColor = value; d->applyLooks(); announce(QStringLiteral("WarnBackColor")); }
+void Journal::setWarnBackColor(const QColor &value) { d->state.looks.warnBackColor = value; d->layout->applyLooks(); announce(QStringLiteral("WarnBackColor")); }
 QColor Journal::LockedForeColor() const { return d->state.looks.lockedForeColor; }
 void Journal::setLockedForeColor(const QColor &value) { d->state.looks.lockedForeColor = value; announce(QStringLiteral("LockedForeColor")); }
 QColor Journal::ModifiedForeColor() const { return d->state.looks.modifiedForeColor; }
@@ -133,14 +134,14 @@ void Journal::ReadProperties(const PropertyBag &bag)
     d->view->setGridColor(color("GridColor", GridColor()));
     d->view->setGridColorFixed(color("GridColorFixed", GridColorFixed()));
     d->state.looks.lockedForeColor = color("LockedForeColor", LockedForeColor());
-    d->applyLooks();
+    d->layout->applyLooks();
     if (bag.contains(QStringLiteral("FieldShow")) || bag.contains(QStringLiteral("ColumnWidths"))) {
         const QString shown = bag.read(QStringLiteral("FieldShow"), QString()).toString();
         const QString widths = bag.read(QStringLiteral("ColumnWidths"), QString()).toString();
         FieldChoice::read(d->state.columns, shown, widths);
         ColumnModel::applyChoices(*d->grid, d->state);
         // A restored width narrower than today's figures still never cuts one.
-        d->fitColumns();
+        d->layout->fitColumns();
     }
     if (bag.contains(QStringLiteral("LayoutSizes")))
         d->frame->setSizesText(bag.read(QStringLiteral("LayoutSizes"), QString()).toString());

@@ -10,7 +10,7 @@ class JournalPrivate;
 class JournalRowCommands
 {
 public:
-    /// Adds them to \a d's registry.
+    /// Binds them in \a d's registry.
     static void offer(JournalPrivate &d);
 };
 

@@ -9,7 +9,7 @@ class JournalPrivate;
 class JournalVoucherCommands
 {
 public:
-    /// Adds the voucher entries to \a d's command registry.
+    /// Binds the voucher entries in \a d's command registry.
     static void offer(JournalPrivate &d);
 };
 

@@ -31,8 +31,9 @@ QVariant typedLike(const QString &text, const QVariant &like)
 {
     switch (like.typeId()) {
     case QMetaType::QColor: {
+        // Empty: no colour chosen, which is not black.
         const QColor c = QColor::fromString(text);
-        return c.isValid() ? QVariant(c) : QVariant();
+        return c.isValid() || text.isEmpty() ? QVariant(c) : QVariant();
     }
     case QMetaType::QFont: {
         QFont f;
@@ -75,6 +76,8 @@ QVariant SettingsPropertyBag::readable(const QVariant &value)
     switch (value.typeId()) {
     case QMetaType::QColor: {
         const QColor c = value.value<QColor>();
+        if (!c.isValid())
+            return QString();
         return c.alpha() == 255 ? c.name(QColor::HexRgb) : c.name(QColor::HexArgb);
     }
     case QMetaType::QFont:

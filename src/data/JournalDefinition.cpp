@@ -45,7 +45,7 @@ void JournalDefinition::read(int id)
 {
     m_book.docId = id;
     int current = 0;
-    m_book.direction = field(QStringLiteral("ZipCode"), current);
+    m_book.direction = balanceSideOf(field(QStringLiteral("ZipCode"), current));
     m_book.accId = numberAfterBar(field(QStringLiteral("Address"), current));
     m_book.relativeAccId = numberAfterBar(field(QStringLiteral("Header"), current));
     m_book.journalName = fieldOf(QStringLiteral("AssistName"), id);

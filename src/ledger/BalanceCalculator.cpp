@@ -79,8 +79,9 @@ void BalanceCalculator::writeDirection(int row, const Cell *cells)
 {
     if (m_dir < 0 || (m_dirKnown && cells[m_dir] == m_dirCell))
         return;
-    if (m_grid.text(row, m_dir) != m_state.book.direction)
-        m_grid.setText(row, m_dir, m_state.book.direction);
+    const QString direction = balanceSideText(m_state.balanceSide());
+    if (m_grid.text(row, m_dir) != direction)
+        m_grid.setText(row, m_dir, direction);
     // Each text is pooled once, so every row holding the book's direction
     // holds these bits: the rest of the pass compares bits only.
     m_dirCell = m_grid.rowCells(row)[m_dir];
@@ -89,8 +90,8 @@ void BalanceCalculator::writeDirection(int row, const Cell *cells)
 
 void BalanceCalculator::writeBalance(int row, const Cell *cells, const Totals &t)
 {
-    const bool debitBook = m_state.book.direction == u"借";
-    const bool creditBook = m_state.book.direction == u"贷";
+    const bool debitBook = m_state.balanceSide() == BalanceSide::Debit;
+    const bool creditBook = m_state.balanceSide() == BalanceSide::Credit;
     writeDirection(row, cells);
     m_grid.setDerivedAmount(row, m_balance, debitBook || creditBook ? t.balance.abs() : t.balance);
     notePeak(m_peak, row, t.balance);

@@ -4,9 +4,33 @@
 
 namespace kx {
 
-void CommandRegistry::add(Command command)
+CommandRegistry::CommandRegistry()
 {
-    m_commands.push_back(std::move(command));
+    const std::vector<CommandSpec> &lines = table();
+    m_commands.reserve(lines.size());
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const CommandSpec &line = lines[i];
+        Q_ASSERT(std::size_t(line.id) == i);
+        Command c;
+        c.id = line.id;
+        c.name = QString::fromUtf8(line.name);
+        c.command = QString::fromUtf8(line.command);
+        c.text = QString::fromUtf8(line.text);
+        c.group = QString::fromUtf8(line.group);
+        c.keys = QString::fromUtf8(line.keys);
+        c.scope = line.scope;
+        c.condition = line.condition;
+        c.checkable = line.checkable;
+        m_commands.push_back(std::move(c));
+    }
+}
+
+void CommandRegistry::bind(CommandId id, std::function<void(const QString &)> run, std::function<bool()> checked)
+{
+    Command &c = command(id);
+    c.run = std::move(run);
+    if (c.checkable)
+        c.checked = std::move(checked);
 }
 
 const Command *CommandRegistry::byName(const QString &name) const
@@ -17,11 +41,6 @@ const Command *CommandRegistry::byName(const QString &name) const
         if (c.name == name)
             return &c;
     return nullptr;
-}
-
-Command *CommandRegistry::byName(const QString &name)
-{
-    return const_cast<Command *>(std::as_const(*this).byName(name));
 }
 
 const Command *CommandRegistry::byCommand(const QString &command) const

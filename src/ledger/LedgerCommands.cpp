@@ -10,18 +10,15 @@ namespace kx {
 
 void LedgerCommands::offer(CommandRegistry &registry, Sheet &grid, LedgerState &state, LedgerHost &host)
 {
-    const QString group = QStringLiteral("book");
     Sheet *g = &grid;
     LedgerState *s = &state;
     LedgerHost *h = &host;
-    registry.add({QStringLiteral("mnuStatistics"), {}, QStringLiteral("统计"), group,
-                  [g, s, h](const QString &) { h->prompt(SummaryRows(*g, *s, *h).statistics(), true); }, {}, {}});
-    registry.add({QStringLiteral("mnuRecalc"), {}, QStringLiteral("重新计算余额"), group,
-                  [g, s, h](const QString &) {
-                      BalanceCalculator(*g, *s).calculate(g->fixedRows());
-                      h->prompt(QStringLiteral("已经重新计算全部余额。"), false);
-                  },
-                  {}, {}});
+    registry.bind(CommandId::Statistics,
+                  [g, s, h](const QString &) { h->prompt(SummaryRows(*g, *s, *h).statistics(), true); });
+    registry.bind(CommandId::Recalc, [g, s, h](const QString &) {
+        BalanceCalculator(*g, *s).calculate(g->fixedRows());
+        h->prompt(QStringLiteral("已经重新计算全部余额。"), false);
+    });
 }
 
 } // namespace kx

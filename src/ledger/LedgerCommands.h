@@ -12,7 +12,7 @@ struct LedgerState;
 class LedgerCommands
 {
 public:
-    /// Adds the book commands working on \a grid and \a state to \a registry.
+    /// Binds the book commands of \a registry to \a grid and \a state.
     static void offer(CommandRegistry &registry, Sheet &grid, LedgerState &state, LedgerHost &host);
 };
 

@@ -18,10 +18,11 @@ class Sheet;
 /// How the ledger paints the rows it dresses: closed periods, totals,
 /// balances on the book's own side, and the row heights.
 struct RowLooks {
-    QColor lockedForeColor{Qt::black};
-    QColor modifiedForeColor{Qt::black};
-    QColor hotBackColor{Qt::black};
-    QColor warnBackColor{Qt::black};
+    // An invalid colour: the host chose none (black is a colour like any other).
+    QColor lockedForeColor;
+    QColor modifiedForeColor;
+    QColor hotBackColor;
+    QColor warnBackColor;
     QColor highlightForeColor{0x00, 0x3c, 0xb4};  ///< a balance on the book's own side
     QColor summaryForeColor{0x8a, 0x1c, 0x6e};    ///< totals of summary rows
     int rowHeight = 22;        ///< every row
@@ -29,12 +30,8 @@ struct RowLooks {
     int sumRowHeight = 38;     ///< summary rows (two-line totals)
 
     /// The colour closed rows are drawn in: the host's, or a grey that reads
-    /// on light and dark backgrounds while the host set none (black, the
-    /// zero colour).
-    QColor lockedColor() const
-    {
-        return lockedForeColor == QColor(Qt::black) ? QColor(0x80, 0x80, 0x80) : lockedForeColor;
-    }
+    /// on light and dark backgrounds while the host set none.
+    QColor lockedColor() const { return lockedForeColor.isValid() ? lockedForeColor : QColor(0x80, 0x80, 0x80); }
 };
 
 /// The columns as the user arranged them: shown or hidden, and widths
@@ -97,6 +94,8 @@ struct LedgerState {
     int savedDocId() const { return loadedDocId > 0 ? loadedDocId : book.docId; }
     /// True when records may be changed: the host allows it and a book is chosen.
     bool mayModify() const { return allowModify && book.docId >= 1; }
+    /// The side the book keeps its balances on.
+    BalanceSide balanceSide() const { return book.direction; }
     /// True when the consolidated journal is shown (packed and not a bottom book).
     bool isConsolidated() const { return isPacked && !book.isBottomClass; }
     /// The column whose empty cell marks a blank row (OutlineKey, else the date).

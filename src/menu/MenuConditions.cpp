@@ -8,9 +8,7 @@
 #include "ledger/RecordGuard.h"
 #include "voucher/VoucherLink.h"
 
-#include <QHash>
 #include <algorithm>
-#include <functional>
 
 namespace kx {
 
@@ -77,64 +75,59 @@ bool MenuConditions::selectionLinked() const
     });
 }
 
-bool MenuConditions::allows(const QString &item) const
+bool MenuConditions::holds(CommandCondition condition) const
 {
-    using Test = std::function<bool(const MenuConditions &)>;
-    static const QHash<QString, Test> tests = {
-        {QStringLiteral("mnuUndo"), [](const MenuConditions &m) { return m.m_facts.canUndo; }},
-        {QStringLiteral("mnuRedo"), [](const MenuConditions &m) { return m.m_facts.canRedo; }},
-        {QStringLiteral("mnuCopy"), [](const MenuConditions &m) { return m.hasRows(); }},
-        {QStringLiteral("mnuCut"), [](const MenuConditions &m) { return m.selectionEditable(); }},
-        {QStringLiteral("mnuClear"), [](const MenuConditions &m) { return m.selectionEditable(); }},
-        {QStringLiteral("mnuPaste"),
-         [](const MenuConditions &m) { return m.m_facts.clipboardHasText && m.changeable() && m.currentEditable(); }},
-        // The opening row is never inserted above, deleted or renumbered;
-        // nor are records of a closed period or on vouchers (RecordGuard).
-        {QStringLiteral("mnuInsertRows"),
-         [](const MenuConditions &m) { return m.changeable() && m.selectionBelowOpening() && m.insertionOpen(); }},
-        {QStringLiteral("mnuDeleteRows"),
-         [](const MenuConditions &m) { return m.changeable() && m.selectionBelowOpening() && m.selectionDeletable(); }},
-        {QStringLiteral("mnuRenumber"),
-         [](const MenuConditions &m) { return m.changeable() && m.hasRows() && m.selectionRenumberable(); }},
-        {QStringLiteral("mnuDelHistory"), [](const MenuConditions &m) { return m.changeable() && m.hasRecords(); }},
-        {QStringLiteral("mnuSave"), [](const MenuConditions &m) { return m.m_ctx.state.dirty && m.m_ctx.state.mayModify(); }},
-        {QStringLiteral("mnuInsSumRow"),
-         [](const MenuConditions &m) {
-             const int r = m.m_ctx.grid.row();
-             return m.changeable() && r > m.m_ctx.grid.fixedRows() && m.m_ctx.grid.isDataRow(r) &&
-                    BookRow::of(m.m_ctx.grid, m.m_ctx.columns, r).isDated();
-         }},
-        {QStringLiteral("mnuRemoveSumRow"),
-         [](const MenuConditions &m) {
-             const int r = m.m_ctx.grid.row();
-             return m.changeable() && r > m.m_ctx.grid.fixedRows() && m.m_ctx.grid.isDataRow(r) &&
-                    BookRow::of(m.m_ctx.grid, m.m_ctx.columns, r).isSummary();
-         }},
-        {QStringLiteral("mnuCloseBook"), [](const MenuConditions &m) { return m.changeable() && m.hasRecords(); }},
-        {QStringLiteral("mnuCheckBook"), [](const MenuConditions &m) { return m.hasRecords(); }},
-        {QStringLiteral("mnuRecalc"), [](const MenuConditions &m) { return m.hasRecords(); }},
-        {QStringLiteral("mnuStatistics"), [](const MenuConditions &m) { return m.hasRecords(); }},
-        {QStringLiteral("mnuAccDoc"),
-         [](const MenuConditions &m) {
-             // Looks at the row's voucher, or makes one when the row has none.
-             const int r = m.m_ctx.grid.row();
-             if (m.m_ctx.grid.isDataRow(r) && BookRow::of(m.m_ctx.grid, m.m_ctx.columns, r).dirId() > 0)
-                 return true;
-             return !m.m_ctx.state.isConsolidated() && m.selectionLinkable();
-         }},
-        {QStringLiteral("mnuDocSelect"),
-         [](const MenuConditions &m) { return m.m_ctx.state.mayModify() && m.selectionLinkable(); }},
-        {QStringLiteral("mnuRemoveDoc"),
-         [](const MenuConditions &m) { return m.m_ctx.state.mayModify() && m.selectionLinked(); }},
-        {QStringLiteral("mnuMakeDoc"),
-         [](const MenuConditions &m) { return !m.m_ctx.state.isConsolidated() && m.selectionLinkable(); }},
-        {QStringLiteral("mnuFind"), [](const MenuConditions &m) { return m.hasRows(); }},
-        {QStringLiteral("mnuExport"), [](const MenuConditions &m) { return m.hasRows(); }},
-        {QStringLiteral("mnuPrint"), [](const MenuConditions &m) { return m.hasRows(); }},
-        {QStringLiteral("mnuRefresh"), [](const MenuConditions &m) { return m.m_ctx.state.book.docId >= 1; }},
-    };
-    const auto test = tests.constFind(item);
-    return test == tests.constEnd() || (*test)(*this);
+    using C = CommandCondition;
+    const Sheet &g = m_ctx.grid;
+    const LedgerState &state = m_ctx.state;
+    const int row = g.row();
+    switch (condition) {
+    case C::Always:
+        return true;
+    case C::CanUndo:
+        return m_facts.canUndo;
+    case C::CanRedo:
+        return m_facts.canRedo;
+    case C::HasRows:
+        return hasRows();
+    case C::HasRecords:
+        return hasRecords();
+    case C::SelectionEditable:
+        return selectionEditable();
+    case C::PasteTarget:
+        return m_facts.clipboardHasText && changeable() && currentEditable();
+    // The opening row is never inserted above, deleted or renumbered; nor
+    // are records of a closed period or on vouchers (RecordGuard).
+    case C::InsertionOpen:
+        return changeable() && selectionBelowOpening() && insertionOpen();
+    case C::SelectionDeletable:
+        return changeable() && selectionBelowOpening() && selectionDeletable();
+    case C::SelectionRenumberable:
+        return changeable() && hasRows() && selectionRenumberable();
+    case C::ChangeableRecords:
+        return changeable() && hasRecords();
+    case C::Dirty:
+        return state.dirty && state.mayModify();
+    case C::DatedCurrentRow:
+        return changeable() && row > g.fixedRows() && g.isDataRow(row) && BookRow::of(g, m_ctx.columns, row).isDated();
+    case C::SummaryCurrentRow:
+        return changeable() && row > g.fixedRows() && g.isDataRow(row) &&
+               BookRow::of(g, m_ctx.columns, row).isSummary();
+    case C::VoucherToLookAt:
+        // Looks at the row's voucher, or makes one when the row has none.
+        if (g.isDataRow(row) && BookRow::of(g, m_ctx.columns, row).dirId() > 0)
+            return true;
+        return !state.isConsolidated() && selectionLinkable();
+    case C::SelectionLinkable:
+        return state.mayModify() && selectionLinkable();
+    case C::SelectionLinked:
+        return state.mayModify() && selectionLinked();
+    case C::VoucherToMake:
+        return !state.isConsolidated() && selectionLinkable();
+    case C::BookChosen:
+        return state.book.docId >= 1;
+    }
+    return true;
 }
 
 bool MenuConditions::insertionOpen() const

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QString>
+#include "ledger/CommandRegistry.h"
 
 namespace kx {
 
@@ -24,9 +24,9 @@ public:
     /// Conditions on the grid and state of \a ctx, with \a facts from outside.
     MenuConditions(const EditContext &ctx, const MenuFacts &facts);
 
-    /// True when the item named \a item can run; an item without a
-    /// condition of its own can always run.
-    bool allows(const QString &item) const;
+    /// True when \a condition, a command's condition in the command
+    /// table, holds now.
+    bool holds(CommandCondition condition) const;
 
     /// True when the book can be changed at all: changes allowed, a book
     /// chosen, not shown consolidated.

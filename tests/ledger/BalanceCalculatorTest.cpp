@@ -55,7 +55,7 @@ TEST_F(Balances, HeaderOnlyGridIsLeftAlone)
 
 TEST_F(Balances, RunsAcrossBlankAndSummaryRowsWithPeriodAndCumulativeTotals)
 {
-    book.book.direction = QStringLiteral("借");
+    book.book.direction = kx::BalanceSide::Debit;
     add("2026-01-01", "1000", "");                       // 1 opening
     add("2026-01-05", "250.50", "");                     // 2
     add("", "999", "999");                               // 3 blank: no balance, no effect
@@ -84,7 +84,7 @@ TEST_F(Balances, RunsAcrossBlankAndSummaryRowsWithPeriodAndCumulativeTotals)
 
 TEST_F(Balances, StartsAtTheFirstRowOrTheLastSummaryRowNeverBetween)
 {
-    book.book.direction = QStringLiteral("借");
+    book.book.direction = kx::BalanceSide::Debit;
     add("2026-01-01", "100", "");
     add("2026-01-02", "50", "");
     const int sum = add("2026-01-31", "", "", "", "-1");
@@ -121,25 +121,25 @@ TEST_F(Balances, DirectionDecidesSignAndHighlight)
     add("2026-01-01", "", "30");
     add("2026-01-02", "", "20");
     const int bal = grid.colIndex(QStringLiteral("Balance"));
-    book.book.direction = QStringLiteral("贷");
+    book.book.direction = kx::BalanceSide::Credit;
     calculate(1);
     EXPECT_EQ(cell(2, "Balance"), QStringLiteral("50"));
     EXPECT_EQ(cell(2, "Dir"), QStringLiteral("贷"));
     EXPECT_EQ(grid.cellForeColor(2, bal), book.looks.highlightForeColor);
 
-    book.book.direction = QStringLiteral("借");
+    book.book.direction = kx::BalanceSide::Debit;
     calculate(1);
     EXPECT_EQ(cell(2, "Balance"), QStringLiteral("50")) << "the same magnitude";
     EXPECT_FALSE(grid.cellForeColor(2, bal).isValid()) << "in the normal colour";
 
-    book.book.direction = QString();
+    book.book.direction = kx::BalanceSide::None;
     calculate(1);
     EXPECT_EQ(cell(2, "Balance"), QStringLiteral("-50")) << "no fixed direction: signed";
     EXPECT_EQ(cell(2, "Dir"), QString());
 
     grid.setText(1, QStringLiteral("Debit"), QStringLiteral("100"));
     grid.setText(1, QStringLiteral("Credit"), QString());
-    book.book.direction = QStringLiteral("借");
+    book.book.direction = kx::BalanceSide::Debit;
     calculate(1);
     EXPECT_EQ(cell(1, "Balance"), QStringLiteral("100"));
     EXPECT_EQ(grid.cellForeColor(1, bal), book.looks.highlightForeColor);
@@ -147,7 +147,7 @@ TEST_F(Balances, DirectionDecidesSignAndHighlight)
 
 TEST_F(Balances, ForeignAmountsGoToTheirSideAndZeroToCredit)
 {
-    book.book.direction = QStringLiteral("借");
+    book.book.direction = kx::BalanceSide::Debit;
     add("2026-01-01", "710", "", "100");
     add("2026-01-02", "", "71", "-10");
     add("2026-01-03", "5", "", "0");
