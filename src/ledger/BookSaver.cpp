@@ -430,7 +430,9 @@ Result<void> BookSaver::writeRecords()
     if (emptied) {
         BookRow(m_grid, columns, openingRow).setText(JournalColumns::RecID, QStringLiteral("0"));
         m_state.stored.clear();
-    } else if (stampedAfter) {
+    } else if (stampedAfter && stamp.changes > 0) {
+        // A connection that changed nothing yet could be a new one that
+        // happens to look like this one: only a stamp with changes counts.
         m_state.stored.setStamp(stamp);
     }
     m_state.removedRecords.clear();
