@@ -152,7 +152,8 @@ bool BookSaver::anyDatedAfter(int row) const
     return false;
 }
 
-Result<void> BookSaver::checkConflicts(const Database &db, const std::vector<Pending> &pending, RecordPrints &rests)
+Result<void> BookSaver::checkConflicts(const Database &db, const std::vector<Pending> &pending, RecordPrints &rests,
+                                      bool &allCurrent)
 {
     std::vector<int> keys;
     keys.reserve(pending.size() + std::size_t(m_state.removedRecords.size()));
@@ -163,7 +164,7 @@ Result<void> BookSaver::checkConflicts(const Database &db, const std::vector<Pen
         if (key > 0)
             keys.push_back(key);
     QList<int> gone;
-    const Result<QList<int>> changed = ConflictCheck(db, m_state.stored).changedElsewhere(keys, m_state.savedDocId(), &gone, &rests);
+    const Result<QList<int>> changed = ConflictCheck(db, m_state.stored).changedElsewhere(keys, m_state.savedDocId(), &gone, &rests, &allCurrent);
     if (!changed.ok())
         return Error(changed.error());
     if (changed.value().isEmpty() && gone.isEmpty())
@@ -355,8 +356,12 @@ Result<void> BookSaver::writeRecords()
     const bool stamped = writer->changeStamp(stamp);
     const bool current = stamped && m_state.stored.currentAt(stamp);
     RecordPrints readRests;
+    // The stamp stored below stands for every fingerprint remembered: only a
+    // pass that knows them all to be current (the last stamp held, or the
+    // check found the whole book as remembered) may store one.
+    bool allCurrent = current;
     if (!current) {
-        if (const Result<void> checked = checkConflicts(db, pending, readRests); !checked.ok())
+        if (const Result<void> checked = checkConflicts(db, pending, readRests, allCurrent); !checked.ok())
             return checked;
     }
     // A record whose stored fields but its balances are what the database
@@ -430,7 +435,7 @@ Result<void> BookSaver::writeRecords()
     if (emptied) {
         BookRow(m_grid, columns, openingRow).setText(JournalColumns::RecID, QStringLiteral("0"));
         m_state.stored.clear();
-    } else if (stampedAfter && stamp.changes > 0) {
+    } else if (stampedAfter && stamp.changes > 0 && allCurrent) {
         // A connection that changed nothing yet could be a new one that
         // happens to look like this one: only a stamp with changes counts.
         m_state.stored.setStamp(stamp);

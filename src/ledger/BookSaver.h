@@ -59,7 +59,9 @@ private:
     Result<void> writeRecords();
     /// Fails with m_conflicts filled when records were changed elsewhere;
     /// \a rests gets the print without balances of each record found unchanged.
-    Result<void> checkConflicts(const Database &db, const std::vector<Pending> &pending, RecordPrints &rests);
+    /// \a allCurrent tells whether every record remembered was found as remembered.
+    Result<void> checkConflicts(const Database &db, const std::vector<Pending> &pending, RecordPrints &rests,
+                                bool &allCurrent);
     /// Whether \a row holds anything a user enters into a record.
     static bool holdsRecord(const BookRow &row);
     /// The refusal naming rows that hold a record but no date.

@@ -13,8 +13,10 @@
 namespace kx {
 
 Result<QList<int>> ConflictCheck::changedElsewhere(const std::vector<int> &keys, int docId, QList<int> *gone,
-                                                   RecordPrints *rests) const
+                                                   RecordPrints *rests, bool *allCurrent) const
 {
+    if (allCurrent)
+        *allCurrent = false;
     // The keys still to be found, in a flat table: a million of them cost
     // two arrays, not a node each.
     RecordPrints remembered;
@@ -26,9 +28,13 @@ Result<QList<int>> ConflictCheck::changedElsewhere(const std::vector<int> &keys,
     // Most of a book is read faster whole, in one statement, than key by key;
     // what is not found there (moved to another book since) is read by key.
     if (remembered.size() > WholeBookFrom) {
-        const Result<void> read = compare(sqlDialect(m_db).recordsOfBook(docId), remembered, changed, rests);
+        int matched = 0;
+        const Result<void> read =
+            compare(sqlDialect(m_db).recordsOfBook(docId), remembered, changed, rests, allCurrent ? &matched : nullptr);
         if (!read.ok())
             return Error(read.error());
+        if (allCurrent)
+            *allCurrent = changed.isEmpty() && matched == m_stored.count();
     }
     std::vector<int> left;
     for (int key : remembered.keys()) {
@@ -94,14 +100,19 @@ bool ConflictCheck::unchanged(const StoredRecords &stored, const BookRow &row)
 }
 
 Result<void> ConflictCheck::compare(const SqlStatement &statement, RecordPrints &keys, QList<int> &changed,
-                                    RecordPrints *rests) const
+                                    RecordPrints *rests, int *matched) const
 {
     return readStored(m_db, statement, [&](const BookRow &row) {
         // A key found is marked 1 rather than removed: removing one of a
         // run of consecutive keys would shift the rest of the run back.
         quint64 seen = 1;
-        if (!keys.find(row.recId(), seen) || seen != 0)
+        if (!keys.find(row.recId(), seen) || seen != 0) {
+            if (matched && m_stored.knows(row.recId()) && unchanged(m_stored, row))
+                ++*matched;
             return;
+        }
+        if (matched && unchanged(m_stored, row))
+            ++*matched;
         keys.insert(row.recId(), 1);
         if (!unchanged(m_stored, row)) {
             changed << row.recId();

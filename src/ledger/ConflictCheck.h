@@ -32,8 +32,10 @@ public:
     /// given, else counts as no conflict. \a rests, when given, gets for each
     /// record found unchanged the print of it without its balances (see
     /// StoredRecords::fingerprint()).
+    /// \a allCurrent, when given, is set to whether the book was read whole
+    /// and every record remembered was found as remembered.
     Result<QList<int>> changedElsewhere(const std::vector<int> &keys, int docId, QList<int> *gone = nullptr,
-                                        RecordPrints *rests = nullptr) const;
+                                        RecordPrints *rests = nullptr, bool *allCurrent = nullptr) const;
 
     /// Called with each record read back, as a row of a grid of its own
     /// (the visit may change its cells).
@@ -47,8 +49,9 @@ private:
     static constexpr int WholeBookFrom = 2000;
     // Reads \a statement's records; those in \a keys leave it, and join
     // \a changed when they differ from what was remembered.
+    // \a matched, when given, counts every record read that is as remembered.
     Result<void> compare(const SqlStatement &statement, RecordPrints &keys, QList<int> &changed,
-                         RecordPrints *rests) const;
+                         RecordPrints *rests, int *matched = nullptr) const;
 
     const Database &m_db;
     const StoredRecords &m_stored;
