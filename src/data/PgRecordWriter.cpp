@@ -151,7 +151,7 @@ void PgRecordWriter::appendCopyLine(const RecordValues &row, QByteArray &out)
     out += row.withAmounts ? "\tt\n" : "\tf\n";
 }
 
-Result<void> PgRecordWriter::copyRows(const std::vector<RecordValues> &rows)
+Result<void> PgRecordWriter::copyRows(const RecordSource &rows, qsizetype &keyed)
 {
     PGresult *res = PQexec(m_conn, CopyStage);
     const ExecStatusType status = PQresultStatus(res);
@@ -162,8 +162,11 @@ Result<void> PgRecordWriter::copyRows(const std::vector<RecordValues> &rows)
     QByteArray block;
     block.reserve(1 << 20);
     bool sent = true;
+    RecordValues row;
     for (std::size_t i = 0; i < rows.size() && sent; ++i) {
-        appendCopyLine(rows[i], block);
+        rows.fill(i, row);
+        keyed += row.recId > 0 ? 1 : 0;
+        appendCopyLine(row, block);
         if (block.size() >= (1 << 20) || i + 1 == rows.size()) {
             sent = PQputCopyData(m_conn, block.constData(), int(block.size())) == 1;
             block.clear();
@@ -182,21 +185,21 @@ Result<void> PgRecordWriter::copyRows(const std::vector<RecordValues> &rows)
     return {};
 }
 
-Result<QHash<int, int>> PgRecordWriter::write(const std::vector<RecordValues> &rows)
+Result<QHash<int, int>> PgRecordWriter::write(const RecordSource &rows)
 {
     if (!m_conn)
         return Error(QStringLiteral("数据库操作失败：没有 PostgreSQL 连接。"));
     QHash<int, int> added;
-    if (rows.empty())
+    if (rows.size() == 0)
         return added;
     if (const Result<void> created = command(CreateStage); !created.ok())
         return Error(created.error());
-    if (const Result<void> copied = copyRows(rows); !copied.ok())
+    qsizetype keyed = 0;
+    if (const Result<void> copied = copyRows(rows, keyed); !copied.ok())
         return Error(copied.error());
     const Result<int> updated = changed(UpdateFromStage);
     if (!updated.ok())
         return Error(updated.error());
-    const auto keyed = std::count_if(rows.begin(), rows.end(), [](const RecordValues &r) { return r.recId > 0; });
     PGresult *res = PQexec(m_conn, updated.value() == keyed ? InsertNewFromStage : InsertFromStage);
     if (PQresultStatus(res) != PGRES_TUPLES_OK) {
         PQclear(res);

@@ -20,7 +20,8 @@ public:
     explicit PgRecordWriter(const Database &db);
 
     Result<void> remove(int recId) override;
-    Result<QHash<int, int>> write(const std::vector<RecordValues> &rows) override;
+    using RecordWriter::write;
+    Result<QHash<int, int>> write(const RecordSource &rows) override;
 
     /// One row as a line of COPY's text format (appended to \a out).
     static void appendCopyLine(const RecordValues &row, QByteArray &out);
@@ -29,7 +30,8 @@ private:
     Result<void> command(const char *sql);
     /// Runs a statement that returns no rows; gives how many rows it changed.
     Result<int> changed(const char *sql);
-    Result<void> copyRows(const std::vector<RecordValues> &rows);
+    /// Sends \a rows into the temporary table; counts those with a key into \a keyed.
+    Result<void> copyRows(const RecordSource &rows, qsizetype &keyed);
     QString error(const char *what) const;
 
     const Database &m_db;

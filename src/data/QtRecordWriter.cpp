@@ -29,10 +29,12 @@ Result<int> QtRecordWriter::insert(const RecordValues &row)
     return key.value().toInt();
 }
 
-Result<QHash<int, int>> QtRecordWriter::write(const std::vector<RecordValues> &rows)
+Result<QHash<int, int>> QtRecordWriter::write(const RecordSource &rows)
 {
     QHash<int, int> added;
-    for (const RecordValues &row : rows) {
+    RecordValues row;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        rows.fill(i, row);
         if (row.recId > 0) {
             Result<QSqlQuery> r =
                 sqlExec(m_db, sqlDialect(m_db).updateRecord(row.recId, fieldNames(row.withAmounts), bindable(row)));

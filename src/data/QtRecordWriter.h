@@ -13,7 +13,8 @@ public:
     explicit QtRecordWriter(const Database &db);
 
     Result<void> remove(int recId) override;
-    Result<QHash<int, int>> write(const std::vector<RecordValues> &rows) override;
+    using RecordWriter::write;
+    Result<QHash<int, int>> write(const RecordSource &rows) override;
 
 private:
     Result<int> insert(const RecordValues &row);

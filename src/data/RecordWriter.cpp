@@ -11,6 +11,38 @@
 namespace kx {
 
 RecordWriter::~RecordWriter() = default;
+RecordSource::~RecordSource() = default;
+
+namespace {
+
+// Rows already made.
+class Made : public RecordSource
+{
+public:
+    explicit Made(const std::vector<RecordValues> &rows) : m_rows(rows) {}
+    std::size_t size() const override { return m_rows.size(); }
+    void fill(std::size_t i, RecordValues &out) const override { out = m_rows[i]; }
+
+private:
+    const std::vector<RecordValues> &m_rows;
+};
+
+} // namespace
+
+Result<QHash<int, int>> RecordWriter::write(const std::vector<RecordValues> &rows)
+{
+    return write(Made(rows));
+}
+
+bool RecordWriter::changeStamp(ChangeStamp &)
+{
+    return false;
+}
+
+bool RecordWriter::writesBalancesAlone() const
+{
+    return false;
+}
 
 const std::vector<RecordField> &RecordWriter::fields(bool withAmounts)
 {

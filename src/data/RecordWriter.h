@@ -44,14 +44,45 @@ struct RecordValues {
     int gridRow = 0;          ///< its place in the grid, stored as Row
     int recId = 0;            ///< its key; 0 or less for a row never stored
     bool withAmounts = true;  ///< false: Debit, Credit, Rate and Forex keep their stored values
+    /// The record is stored with this Row and DocID already: a writer may
+    /// leave them as they are (an engine then keeps its index on them untouched).
+    bool atPlace = false;
+    /// Only Balance and fxBalance are set, and only they are written: the
+    /// record's other fields are stored as they are (see writesBalancesAlone()).
+    bool balancesOnly = false;
 
     /// Sets the value of \a field.
-    void set(RecordField field, FieldValue value) { m_values[std::size_t(field)] = value; }
+    void set(RecordField field, FieldValue value) { m_values[std::size_t(field)] = std::move(value); }
     /// The value of \a field.
     const FieldValue &operator[](RecordField field) const { return m_values[std::size_t(field)]; }
 
 private:
     std::array<FieldValue, std::size_t(RecordField::Count)> m_values{};
+};
+
+/// The rows a pass writes, each made when the writer takes it, so that a
+/// pass over a million rows never holds them all at once.
+class RecordSource
+{
+public:
+    virtual ~RecordSource();
+    /// How many rows there are.
+    virtual std::size_t size() const = 0;
+    /// Sets \a out to row \a i (below size()); rows are taken in order,
+    /// each as often as a writer needs.
+    virtual void fill(std::size_t i, RecordValues &out) const = 0;
+};
+
+/// What tells whether a database changed since a moment: the same stamp only
+/// while nobody, this connection included, stored anything in between.
+struct ChangeStamp {
+    const void *connection = nullptr;  ///< the connection it was taken on
+    qint64 version = 0;                ///< what the engine counts other connections' commits by
+    qint64 changes = 0;                ///< the rows this connection changed so far
+    bool operator==(const ChangeStamp &o) const
+    {
+        return connection == o.connection && version == o.version && changes == o.changes;
+    }
 };
 
 /// Writes journal records inside the caller's transaction, in the fastest
@@ -75,7 +106,16 @@ public:
     /// Deletes record \a recId.
     virtual Result<void> remove(int recId) = 0;
     /// Writes \a rows; returns the keys of the rows that were added, by grid row.
-    virtual Result<QHash<int, int>> write(const std::vector<RecordValues> &rows) = 0;
+    Result<QHash<int, int>> write(const std::vector<RecordValues> &rows);
+    /// Writes the rows of \a rows, each made as it is written; returns the
+    /// keys of the rows that were added, by grid row.
+    virtual Result<QHash<int, int>> write(const RecordSource &rows) = 0;
+    /// The database's change stamp now, inside the caller's transaction;
+    /// false when the engine cannot tell (then every save reads back what it
+    /// is about to overwrite).
+    virtual bool changeStamp(ChangeStamp &stamp);
+    /// Whether the writer takes rows with only their balances set (RecordValues::balancesOnly).
+    virtual bool writesBalancesAlone() const;
 };
 
 } // namespace kx

@@ -6,13 +6,74 @@
 #include <QStringEncoder>
 #include <sqlite3.h>
 
+#include <memory>
+
 namespace kx {
+
+namespace {
+
+// The temporary table: the key, every stored field in writer order, whether
+// the row brings its amounts (a summary row keeps the stored ones) and what
+// is written of it (Shape). Columns without a type keep each value as it was bound.
+const char *const CreateStage =
+    "CREATE TEMP TABLE kx_stage (RecID, JnlDate, JnlNo, AccID, Explain, Debit, Credit, Rate, Forex, balance, "
+    "fxBalance, Field1, Field2, Field3, Field4, Flag, Remark, Tag, DirID, Row, DocID, amounts, shape)";
+
+enum Shape { Balances, InPlace, Moved };
+
+const char *const FillStage = "INSERT INTO temp.kx_stage VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)";
+const char *const FillStageBalances = "INSERT INTO temp.kx_stage (RecID, balance, fxBalance, shape) VALUES (?,?,?,0)";
+
+// A record whose balances alone moved has only they set.
+const char *const UpdateBalances = "UPDATE kxJournalRecs AS r SET balance=s.balance, fxBalance=s.fxBalance"
+                                   " FROM temp.kx_stage AS s WHERE s.shape = 0 AND r.RecID = s.RecID";
+
+// Row and DocID are set only where they moved: setting them costs the
+// engine a change to the book's index for every record.
+#define KX_SET_FIELDS                                                                                            \
+    "JnlDate=s.JnlDate, JnlNo=s.JnlNo, AccID=s.AccID, Explain=s.Explain, "                                       \
+    "Debit=CASE WHEN s.amounts THEN s.Debit ELSE r.Debit END, "                                                  \
+    "Credit=CASE WHEN s.amounts THEN s.Credit ELSE r.Credit END, "                                               \
+    "Rate=CASE WHEN s.amounts THEN s.Rate ELSE r.Rate END, "                                                     \
+    "Forex=CASE WHEN s.amounts THEN s.Forex ELSE r.Forex END, "                                                  \
+    "balance=s.balance, fxBalance=s.fxBalance, Field1=s.Field1, Field2=s.Field2, Field3=s.Field3, "             \
+    "Field4=s.Field4, Flag=s.Flag, Remark=s.Remark, Tag=s.Tag, DirID=s.DirID"
+
+const char *const UpdateInPlace = "UPDATE kxJournalRecs AS r SET " KX_SET_FIELDS
+                                  " FROM temp.kx_stage AS s WHERE s.shape = 1 AND s.RecID > 0 AND r.RecID = s.RecID";
+
+const char *const UpdateMoved = "UPDATE kxJournalRecs AS r SET " KX_SET_FIELDS ", Row=s.Row, DocID=s.DocID"
+                                " FROM temp.kx_stage AS s WHERE s.shape = 2 AND s.RecID > 0 AND r.RecID = s.RecID";
+#undef KX_SET_FIELDS
+
+#define KX_INSERT_HEAD                                                                                           \
+    "INSERT INTO kxJournalRecs (JnlDate, JnlNo, AccID, Explain, Debit, Credit, Rate, Forex, balance, fxBalance, " \
+    "Field1, Field2, Field3, Field4, Flag, Remark, Tag, DirID, Row, DocID) "                                   \
+    "SELECT JnlDate, JnlNo, AccID, Explain, CASE WHEN amounts THEN Debit END, CASE WHEN amounts THEN Credit END, " \
+    "CASE WHEN amounts THEN Rate END, CASE WHEN amounts THEN Forex END, balance, fxBalance, Field1, Field2, "   \
+    "Field3, Field4, Flag, Remark, Tag, DirID, Row, DocID FROM temp.kx_stage AS s "
+
+// New rows, in grid order, so their keys ascend down the book. Records
+// someone else deleted since they were read are looked for only when the
+// updates found fewer records than were staged with a key.
+const char *const InsertNew = KX_INSERT_HEAD "WHERE s.shape <> 0 AND s.RecID <= 0 ORDER BY s.Row RETURNING RecID, Row";
+const char *const InsertNewOrGone =
+    KX_INSERT_HEAD "WHERE s.shape <> 0 AND (s.RecID <= 0 OR NOT EXISTS "
+                   "(SELECT 1 FROM kxJournalRecs AS r WHERE r.RecID = s.RecID)) ORDER BY s.Row RETURNING RecID, Row";
+#undef KX_INSERT_HEAD
+
+struct Finalize {
+    void operator()(sqlite3_stmt *stmt) const { sqlite3_finalize(stmt); }
+};
+using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
+
+} // namespace
 
 SqliteRecordWriter::SqliteRecordWriter(void *handle) : m_db(static_cast<sqlite3 *>(handle)) {}
 
 SqliteRecordWriter::~SqliteRecordWriter()
 {
-    for (sqlite3_stmt *s : {m_update[0], m_update[1], m_insert[0], m_insert[1]})
+    for (sqlite3_stmt *s : {m_update[0], m_update[1], m_insert[0], m_insert[1], m_balances})
         sqlite3_finalize(s);
 }
 
@@ -35,9 +96,19 @@ sqlite3_stmt *SqliteRecordWriter::prepare(const QString &sql)
 Result<void> SqliteRecordWriter::bindAll(sqlite3_stmt *stmt, const RecordValues &record, int recId)
 {
     sqlite3_reset(stmt);
+    const std::vector<RecordField> &order = fields(record.withAmounts);
+    if (const Result<void> bound = bindFields(stmt, record, order, 1); !bound.ok())
+        return bound;
+    if (recId > 0 && sqlite3_bind_int64(stmt, int(order.size()) + 1, recId) != SQLITE_OK)
+        return Error(error());
+    return {};
+}
+
+Result<void> SqliteRecordWriter::bindFields(sqlite3_stmt *stmt, const RecordValues &record,
+                                            const std::vector<RecordField> &order, int first)
+{
     // All of the row's texts go into one buffer, sized once: the engine then
     // takes them as they are, without a conversion and an allocation each.
-    const std::vector<RecordField> &order = fields(record.withAmounts);
     qsizetype room = 0;
     for (RecordField f : order)
         if (const FieldValue &v = record[f]; v.kind == FieldValue::Text)
@@ -46,7 +117,7 @@ Result<void> SqliteRecordWriter::bindAll(sqlite3_stmt *stmt, const RecordValues 
         m_utf8.resize(room);
     QStringEncoder encoder(QStringEncoder::Utf8);
     char *out = m_utf8.data();
-    int i = 1;
+    int i = first;
     for (RecordField f : order) {
         const FieldValue &v = record[f];
         int rc = SQLITE_OK;
@@ -70,8 +141,6 @@ Result<void> SqliteRecordWriter::bindAll(sqlite3_stmt *stmt, const RecordValues 
             return Error(error());
         ++i;
     }
-    if (recId > 0 && sqlite3_bind_int64(stmt, i, recId) != SQLITE_OK)
-        return Error(error());
     return {};
 }
 
@@ -87,11 +156,128 @@ Result<void> SqliteRecordWriter::remove(int recId)
     return {};
 }
 
-Result<QHash<int, int>> SqliteRecordWriter::write(const std::vector<RecordValues> &rows)
+Result<int> SqliteRecordWriter::run(const char *sql)
+{
+    const Statement stmt(prepare(QString::fromLatin1(sql)));
+    if (!stmt || sqlite3_step(stmt.get()) != SQLITE_DONE)
+        return Error(error());
+    return sqlite3_changes(m_db);
+}
+
+bool SqliteRecordWriter::writesBalancesAlone() const
+{
+    return true;
+}
+
+Result<void> SqliteRecordWriter::updateBalances(const RecordValues &row)
+{
+    if (!m_balances) {
+        m_balances = prepare(QStringLiteral("UPDATE kxJournalRecs SET balance=?, fxBalance=? WHERE RecID=?"));
+        if (!m_balances)
+            return Error(error());
+    }
+    sqlite3_reset(m_balances);
+    static const std::vector<RecordField> balances{RecordField::Balance, RecordField::fxBalance};
+    if (const Result<void> bound = bindFields(m_balances, row, balances, 1); !bound.ok())
+        return bound;
+    if (sqlite3_bind_int64(m_balances, 3, row.recId) != SQLITE_OK || sqlite3_step(m_balances) != SQLITE_DONE)
+        return Error(error());
+    if (sqlite3_changes(m_db) == 0)
+        return Error(QStringLiteral("数据库操作失败：要更新余额的记录已不存在。"));
+    return {};
+}
+
+bool SqliteRecordWriter::changeStamp(ChangeStamp &stamp)
+{
+    // The version moves with every commit of another connection; the count
+    // with every row this one changes, through this writer or any other way.
+    const Statement version(prepare(QStringLiteral("PRAGMA data_version")));
+    if (!version || sqlite3_step(version.get()) != SQLITE_ROW)
+        return false;
+    stamp.connection = m_db;
+    stamp.version = sqlite3_column_int64(version.get(), 0);
+    stamp.changes = sqlite3_total_changes64(m_db);
+    return true;
+}
+
+Result<QHash<int, int>> SqliteRecordWriter::write(const RecordSource &rows)
+{
+    return rows.size() < BulkFrom ? writeEach(rows) : writeBulk(rows);
+}
+
+Result<QHash<int, int>> SqliteRecordWriter::writeBulk(const RecordSource &rows)
+{
+    if (const Result<int> dropped = run("DROP TABLE IF EXISTS temp.kx_stage"); !dropped.ok())
+        return Error(dropped.error());
+    if (const Result<int> created = run(CreateStage); !created.ok())
+        return Error(created.error());
+    const Statement fill(prepare(QString::fromLatin1(FillStage)));
+    const Statement fillBalances(prepare(QString::fromLatin1(FillStageBalances)));
+    if (!fill || !fillBalances)
+        return Error(error());
+    const std::vector<RecordField> &order = fields(true);
+    static const std::vector<RecordField> balances{RecordField::Balance, RecordField::fxBalance};
+    const int amountsAt = int(order.size()) + 2;
+    qsizetype counts[3] = {0, 0, 0};
+    RecordValues row;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        rows.fill(i, row);
+        const Shape shape = row.balancesOnly ? Balances : row.atPlace ? InPlace : Moved;
+        sqlite3_stmt *stmt = shape == Balances ? fillBalances.get() : fill.get();
+        sqlite3_reset(stmt);
+        if (sqlite3_bind_int64(stmt, 1, row.recId) != SQLITE_OK)
+            return Error(error());
+        if (const Result<void> bound = bindFields(stmt, row, shape == Balances ? balances : order, 2); !bound.ok())
+            return Error(bound.error());
+        if (shape != Balances && (sqlite3_bind_int(stmt, amountsAt, row.withAmounts ? 1 : 0) != SQLITE_OK ||
+                                  sqlite3_bind_int(stmt, amountsAt + 1, shape) != SQLITE_OK))
+            return Error(error());
+        if (sqlite3_step(stmt) != SQLITE_DONE)
+            return Error(error());
+        if (row.recId > 0)
+            ++counts[shape];
+    }
+    qsizetype updated = 0;
+    for (const auto &[sql, shape] : {std::pair{UpdateBalances, Balances}, std::pair{UpdateInPlace, InPlace},
+                                     std::pair{UpdateMoved, Moved}}) {
+        if (counts[shape] == 0)
+            continue;
+        const Result<int> done = run(sql);
+        if (!done.ok())
+            return Error(done.error());
+        // Balances alone cannot make a record again.
+        if (shape == Balances && done.value() != counts[shape])
+            return Error(QStringLiteral("数据库操作失败：要更新余额的记录已不存在。"));
+        updated += done.value();
+    }
+    QHash<int, int> added;
+    {
+        const Statement insert(prepare(QString::fromLatin1(updated == counts[Balances] + counts[InPlace] + counts[Moved] ? InsertNew : InsertNewOrGone)));
+        if (!insert)
+            return Error(error());
+        int rc = SQLITE_ROW;
+        while ((rc = sqlite3_step(insert.get())) == SQLITE_ROW)
+            added.insert(sqlite3_column_int(insert.get(), 1), sqlite3_column_int(insert.get(), 0));
+        if (rc != SQLITE_DONE)
+            return Error(error());
+    }
+    if (const Result<int> dropped = run("DROP TABLE temp.kx_stage"); !dropped.ok())
+        return Error(dropped.error());
+    return added;
+}
+
+Result<QHash<int, int>> SqliteRecordWriter::writeEach(const RecordSource &rows)
 {
     const auto dialect = SqlDialect::create(SqlDialect::Sqlite);
     QHash<int, int> added;
-    for (const RecordValues &row : rows) {
+    RecordValues row;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        rows.fill(i, row);
+        if (row.balancesOnly) {
+            if (const Result<void> set = updateBalances(row); !set.ok())
+                return Error(set.error());
+            continue;
+        }
         const int shape = row.withAmounts ? 1 : 0;
         if (row.recId > 0) {
             sqlite3_stmt *&update = m_update[shape];

@@ -12,11 +12,51 @@
 #include "ledger/ConflictMerge.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
+#include "ledger/RecordPrints.h"
 #include "ledger/StoredRecords.h"
 
 #include <cmath>
 
 namespace kx {
+
+namespace {
+
+// The rows a pass writes, each read off the grid as the writer takes it.
+class GridRecords : public RecordSource
+{
+public:
+    GridRecords(Sheet &grid, const JournalColumns &columns, int docId, int first,
+                const std::vector<BookSaver::Pending> &pending)
+        : m_grid(grid), m_columns(columns), m_docId(docId), m_first(first), m_pending(pending)
+    {
+    }
+    std::size_t size() const override { return m_pending.size(); }
+    void fill(std::size_t i, RecordValues &out) const override
+    {
+        const BookSaver::Pending &p = m_pending[i];
+        if (p.balancesOnly) {
+            const BookRow row(m_grid, m_columns, p.gridRow);
+            out.gridRow = p.gridRow;
+            out.recId = p.recId;
+            out.balancesOnly = true;
+            out.set(RecordField::Balance, FieldValue::of(row.amount(JournalColumns::Balance)));
+            out.set(RecordField::fxBalance, FieldValue::of(row.amount(JournalColumns::fxBalance)));
+            return;
+        }
+        out.balancesOnly = false;
+        StoredRecords::fill(BookRow(m_grid, m_columns, p.gridRow), m_docId, p.gridRow, p.gridRow == m_first, out);
+        out.atPlace = p.atPlace;
+    }
+
+private:
+    Sheet &m_grid;
+    const JournalColumns &m_columns;
+    const int m_docId;
+    const int m_first;
+    const std::vector<BookSaver::Pending> &m_pending;
+};
+
+} // namespace
 
 BookSaver::BookSaver(Sheet &grid, LedgerState &state, LedgerHost &host, AccContext *acc)
     : m_grid(grid), m_state(state), m_host(host), m_acc(acc)
@@ -112,23 +152,30 @@ bool BookSaver::anyDatedAfter(int row) const
     return false;
 }
 
-Result<void> BookSaver::checkConflicts(const Database &db, const std::vector<RecordValues> &records)
+Result<void> BookSaver::checkConflicts(const Database &db, const std::vector<Pending> &pending, RecordPrints &rests,
+                                      bool &allCurrent)
 {
-    QList<int> keys;
-    QHash<int, int> rows;
-    for (const RecordValues &rec : records) {
-        if (rec.recId > 0) {
-            keys << rec.recId;
-            rows.insert(rec.recId, rec.gridRow);
-        }
-    }
+    std::vector<int> keys;
+    keys.reserve(pending.size() + std::size_t(m_state.removedRecords.size()));
+    for (const Pending &p : pending)
+        if (p.recId > 0)
+            keys.push_back(p.recId);
     for (int key : std::as_const(m_state.removedRecords))
         if (key > 0)
-            keys << key;
+            keys.push_back(key);
     QList<int> gone;
-    const Result<QList<int>> changed = ConflictCheck(db, m_state.stored).changedElsewhere(keys, m_state.savedDocId(), &gone);
+    const Result<QList<int>> changed = ConflictCheck(db, m_state.stored).changedElsewhere(keys, m_state.savedDocId(), &gone, &rests, &allCurrent);
     if (!changed.ok())
         return Error(changed.error());
+    if (changed.value().isEmpty() && gone.isEmpty())
+        return {};
+    // The grid rows of the keys found, looked up once conflicts are known.
+    QHash<int, int> rows;
+    const QSet<int> found = QSet<int>(changed.value().cbegin(), changed.value().cend()) +
+                            QSet<int>(gone.cbegin(), gone.cend());
+    for (const Pending &p : pending)
+        if (p.recId > 0 && found.contains(p.recId))
+            rows.insert(p.recId, p.gridRow);
     for (int key : changed.value())
         m_conflicts.insert(key, rows.value(key, -1));
     // A record gone that this user removed too is no conflict.
@@ -140,20 +187,15 @@ Result<void> BookSaver::checkConflicts(const Database &db, const std::vector<Rec
     return {};
 }
 
-QString BookSaver::badAmount(const JournalColumns &columns, const BookRow &row, const RecordValues &rec) const
+QString BookSaver::badAmount(const JournalColumns &columns, const BookRow &row) const
 {
-    static const std::tuple<RecordField, JournalColumns::Column, const char16_t *> amounts[] = {
-        {RecordField::Debit, JournalColumns::Debit, u"借方金额"},
-        {RecordField::Credit, JournalColumns::Credit, u"贷方金额"},
-        {RecordField::Rate, JournalColumns::Rate, u"汇率"},
-        {RecordField::Forex, JournalColumns::Forex, u"外币金额"},
-        {RecordField::Balance, JournalColumns::Balance, u"余额"},
-        {RecordField::fxBalance, JournalColumns::fxBalance, u"外币余额"}};
-    for (const auto &[field, column, name] : amounts) {
-        const FieldValue &v = rec[field];
-        if (v.kind != FieldValue::Amount)
-            continue;
-        if (!Currency::fromRaw(v.number).isValid())
+    // The amount fields StoredRecords::recordOf() stores, read as it reads them.
+    static const std::pair<JournalColumns::Column, const char16_t *> amounts[] = {
+        {JournalColumns::Debit, u"借方金额"},   {JournalColumns::Credit, u"贷方金额"},
+        {JournalColumns::Rate, u"汇率"},        {JournalColumns::Forex, u"外币金额"},
+        {JournalColumns::Balance, u"余额"},     {JournalColumns::fxBalance, u"外币余额"}};
+    for (const auto &[column, name] : amounts) {
+        if (!row.amount(column).isValid())
             return QStringLiteral("%1超出了金额的范围").arg(QString::fromUtf16(name));
         // Read as 0 otherwise: a text that is no amount ("100元", "#溢出").
         // A total row's cells hold two lines; the first is its amount.
@@ -223,11 +265,11 @@ Result<void> BookSaver::writeRecords()
 
     // Only what differs from what the database holds is written: new rows,
     // changed ones, and rows whose place (the stored Row) moved.
-    std::vector<RecordValues> records;
-    std::vector<quint64> prints;  // what each written record will be known by
+    std::vector<Pending> pending;
     QList<int> undated;           // rows with a record's content and no date
     int reported = -1;
     const bool shifted = m_grid.rowsShiftedSinceClean();
+    const int docId = m_state.savedDocId();
     // PostgreSQL text cannot hold NUL: it goes before the row is compared or written.
     const bool dropsNul = db.engine() == Database::PostgresEngine;
     for (int r = first; r <= last; ++r) {
@@ -266,14 +308,21 @@ Result<void> BookSaver::writeRecords()
                                   .arg(dropped.join(QStringLiteral("、"))),
                               false);
         }
-        const quint64 print = StoredRecords::fingerprint(row, m_state.savedDocId(), r, r == first);
-        if (row.recId() <= 0 || !m_state.stored.holds(row.recId(), print)) {
-            records.push_back(StoredRecords::recordOf(row, m_state.savedDocId(), r, r == first));
-            prints.push_back(print);
+        const int recId = row.recId();
+        quint64 rest = 0;
+        const quint64 print = StoredRecords::fingerprint(row, docId, r, r == first, &rest);
+        if (recId <= 0 || !m_state.stored.holds(recId, print)) {
             // An amount that is none, or past what money holds, would be
             // stored as some other number: the pass stops before anything is written.
-            if (const QString bad = badAmount(columns, row, records.back()); !bad.isEmpty())
+            if (const QString bad = badAmount(columns, row); !bad.isEmpty())
                 return Error(QStringLiteral("第%1行的%2，不能存储。请改正后再存储。").arg(r).arg(bad));
+            if (pending.empty())
+                pending.reserve(std::size_t(last - r + 1));
+            // A record read or written here with this place keeps its Row and
+            // DocID, which the database's check below makes sure of.
+            const bool atPlace = recId > 0 && m_state.stored.knows(recId) && row.number(JournalColumns::Row) == r &&
+                                 row.number(JournalColumns::DocID) == docId;
+            pending.push_back({r, recId, print, atPlace, rest, false});
         }
     }
 
@@ -298,11 +347,37 @@ Result<void> BookSaver::writeRecords()
             !snapshot.ok())
             return snapshot;
     }
-    // Nothing is written over a change somebody else stored since this
-    // control read the record before it is merged.
-    if (const Result<void> checked = checkConflicts(db, records); !checked.ok())
-        return checked;
     const auto writer = RecordWriter::create(db);
+    // Nothing is written over a change somebody else stored since this
+    // control read the record before it is merged. When the database cannot
+    // have changed since the last save stored what this control remembers,
+    // there is nothing to read back.
+    ChangeStamp stamp;
+    const bool stamped = writer->changeStamp(stamp);
+    const bool current = stamped && m_state.stored.currentAt(stamp);
+    RecordPrints readRests;
+    // The stamp stored below stands for every fingerprint remembered: only a
+    // pass that knows them all to be current (the last stamp held, or the
+    // check found the whole book as remembered) may store one.
+    bool allCurrent = current;
+    if (!current) {
+        if (const Result<void> checked = checkConflicts(db, pending, readRests, allCurrent); !checked.ok())
+            return checked;
+    }
+    // A record whose stored fields but its balances are what the database
+    // holds gets its balances alone written, where the writer can.
+    if (writer->writesBalancesAlone()) {
+        for (Pending &p : pending) {
+            if (p.recId <= 0 || !p.atPlace || p.rest == 0)
+                continue;
+            quint64 stored = 0;
+            if (current)
+                stored = m_state.stored.rest(p.recId);
+            else
+                readRests.find(p.recId, stored);
+            p.balancesOnly = stored == p.rest;
+        }
+    }
     for (int key : m_state.removedRecords) {
         if (key <= 0)
             continue;
@@ -310,7 +385,7 @@ Result<void> BookSaver::writeRecords()
         if (!removed.ok())
             return removed;
     }
-    const Result<QHash<int, int>> written = writer->write(records);
+    const Result<QHash<int, int>> written = writer->write(GridRecords(m_grid, columns, docId, first, pending));
     if (!written.ok())
         return Error(written.error());
 
@@ -330,6 +405,9 @@ Result<void> BookSaver::writeRecords()
             emptied = true;
         }
     }
+    // Taken while this transaction still holds the database, so no other
+    // commit can slip in between the stamp and what it stands for.
+    const bool stampedAfter = writer->changeStamp(stamp);
     const Result<void> committed = tx.commit();
     if (!committed.ok())
         return committed;
@@ -340,23 +418,27 @@ Result<void> BookSaver::writeRecords()
     for (int key : m_state.removedRecords)
         m_state.stored.forget(key);
     const bool anyLocked = m_state.lastSumRow != first;
-    for (std::size_t i = 0; i < records.size(); ++i) {
-        RecordValues &rec = records[i];
-        const BookRow row(m_grid, columns, rec.gridRow);
-        const auto added = keys.constFind(rec.gridRow);
+    for (Pending &p : pending) {
+        const BookRow row(m_grid, columns, p.gridRow);
+        const auto added = keys.constFind(p.gridRow);
         if (added != keys.constEnd()) {
             row.setText(JournalColumns::RecID, QString::number(added.value()));
-            rec.recId = added.value();
+            p.recId = added.value();
         }
-        row.setText(JournalColumns::Row, QString::number(rec.gridRow));
+        if (row.number(JournalColumns::Row) != p.gridRow)
+            row.setText(JournalColumns::Row, QString::number(p.gridRow));
         row.setChangeMark(BookRow::Saved);
-        const bool locked = anyLocked && rec.gridRow <= m_state.lastSumRow;
-        m_grid.setRowForeColor(rec.gridRow, locked ? m_state.looks.lockedColor() : QColor());
-        m_state.stored.remember(rec.recId, prints[i]);
+        const bool locked = anyLocked && p.gridRow <= m_state.lastSumRow;
+        m_grid.setRowForeColor(p.gridRow, locked ? m_state.looks.lockedColor() : QColor());
+        m_state.stored.remember(p.recId, p.print, p.rest);
     }
     if (emptied) {
         BookRow(m_grid, columns, openingRow).setText(JournalColumns::RecID, QStringLiteral("0"));
         m_state.stored.clear();
+    } else if (stampedAfter && stamp.changes > 0 && allCurrent) {
+        // A connection that changed nothing yet could be a new one that
+        // happens to look like this one: only a stamp with changes counts.
+        m_state.stored.setStamp(stamp);
     }
     m_state.removedRecords.clear();
     m_grid.markRowsClean();

@@ -15,7 +15,7 @@ class AccContext;
 class BookRow;
 class JournalColumns;
 class Database;
-struct RecordValues;
+class RecordPrints;
 class Sheet;
 class LedgerHost;
 struct LedgerState;
@@ -42,19 +42,33 @@ public:
     /// True when the save took values other users stored and read the book again.
     bool reloaded() const { return m_reloaded; }
 
+    /// A row a pass writes, and what its record will be known by once stored.
+    struct Pending {
+        int gridRow;
+        int recId;
+        quint64 print;
+        bool atPlace;         ///< stored with this Row and DocID already
+        quint64 rest;         ///< its print without the balances (0: none)
+        bool balancesOnly;    ///< its balances alone differ from what is stored
+    };
+
 private:
     static constexpr int MergeRounds = 20;
     /// Writes the pass. Fails with m_conflicts filled when records it would
     /// write or delete were changed or deleted elsewhere since they were read.
     Result<void> writeRecords();
-    Result<void> checkConflicts(const Database &db, const std::vector<RecordValues> &records);
+    /// Fails with m_conflicts filled when records were changed elsewhere;
+    /// \a rests gets the print without balances of each record found unchanged.
+    /// \a allCurrent tells whether every record remembered was found as remembered.
+    Result<void> checkConflicts(const Database &db, const std::vector<Pending> &pending, RecordPrints &rests,
+                                bool &allCurrent);
     /// Whether \a row holds anything a user enters into a record.
     static bool holdsRecord(const BookRow &row);
     /// The refusal naming rows that hold a record but no date.
     static QString undatedRows(const QList<int> &rows);
-    /// What is wrong with the first amount \a rec would store for \a row
+    /// What is wrong with the first amount a save would store for \a row
     /// ("" when nothing): past the money range, or a text that is no amount.
-    QString badAmount(const JournalColumns &columns, const BookRow &row, const RecordValues &rec) const;
+    QString badAmount(const JournalColumns &columns, const BookRow &row) const;
     bool anyDatedAfter(int row) const;
     /// Whether the database can be reached (opened again when it dropped).
     Result<void> reachDatabase();

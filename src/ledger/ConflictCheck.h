@@ -5,10 +5,12 @@
 #include <QList>
 #include <QSet>
 #include <functional>
+#include <vector>
 
 namespace kx {
 
 class BookRow;
+class RecordPrints;
 class Database;
 class StoredRecords;
 struct SqlStatement;
@@ -27,8 +29,13 @@ public:
     /// The keys among \a keys (records of book \a docId) whose stored record
     /// differs from what was remembered. A key not remembered is no conflict
     /// (a new row); one remembered whose record is gone goes to \a gone when
-    /// given, else counts as no conflict.
-    Result<QList<int>> changedElsewhere(const QList<int> &keys, int docId, QList<int> *gone = nullptr) const;
+    /// given, else counts as no conflict. \a rests, when given, gets for each
+    /// record found unchanged the print of it without its balances (see
+    /// StoredRecords::fingerprint()).
+    /// \a allCurrent, when given, is set to whether the book was read whole
+    /// and every record remembered was found as remembered.
+    Result<QList<int>> changedElsewhere(const std::vector<int> &keys, int docId, QList<int> *gone = nullptr,
+                                        RecordPrints *rests = nullptr, bool *allCurrent = nullptr) const;
 
     /// Called with each record read back, as a row of a grid of its own
     /// (the visit may change its cells).
@@ -42,7 +49,9 @@ private:
     static constexpr int WholeBookFrom = 2000;
     // Reads \a statement's records; those in \a keys leave it, and join
     // \a changed when they differ from what was remembered.
-    Result<void> compare(const SqlStatement &statement, QSet<int> &keys, QList<int> &changed) const;
+    // \a matched, when given, counts every record read that is as remembered.
+    Result<void> compare(const SqlStatement &statement, RecordPrints &keys, QList<int> &changed,
+                         RecordPrints *rests, int *matched = nullptr) const;
 
     const Database &m_db;
     const StoredRecords &m_stored;

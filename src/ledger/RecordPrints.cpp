@@ -15,6 +15,7 @@ void RecordPrints::clear()
 {
     m_keys.clear();
     m_prints.clear();
+    m_rests.clear();
     m_size = 0;
 }
 
@@ -31,12 +32,18 @@ void RecordPrints::grow(std::size_t capacity)
 {
     std::vector<int> keys(capacity, 0);
     std::vector<quint64> prints(capacity, 0);
+    std::vector<quint64> rests(m_rests.empty() ? 0 : capacity, 0);
     keys.swap(m_keys);
     prints.swap(m_prints);
+    rests.swap(m_rests);
     m_size = 0;
-    for (std::size_t i = 0; i < keys.size(); ++i)
-        if (keys[i] != 0)
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        if (keys[i] != 0) {
             insert(keys[i], prints[i]);
+            if (!rests.empty())
+                setRest(keys[i], rests[i]);
+        }
+    }
 }
 
 void RecordPrints::insert(int key, quint64 print)
@@ -48,31 +55,61 @@ void RecordPrints::insert(int key, quint64 print)
         grow(m_keys.empty() ? 16 : m_keys.size() * 2);
     const std::size_t mask = m_keys.size() - 1;
     for (std::size_t i = slotOf(key);; i = (i + 1) & mask) {
-        if (m_keys[i] == key) {
-            m_prints[i] = print;
-            return;
-        }
-        if (m_keys[i] == 0) {
+        if (m_keys[i] == key || m_keys[i] == 0) {
+            m_size += m_keys[i] == 0 ? 1 : 0;
             m_keys[i] = key;
             m_prints[i] = print;
-            ++m_size;
+            if (!m_rests.empty())
+                m_rests[i] = 0;
             return;
         }
     }
 }
 
-bool RecordPrints::find(int key, quint64 &print) const
+std::vector<int> RecordPrints::keys() const
+{
+    std::vector<int> out;
+    out.reserve(std::size_t(m_size));
+    for (int key : m_keys)
+        if (key != 0)
+            out.push_back(key);
+    return out;
+}
+
+std::ptrdiff_t RecordPrints::find(int key) const
 {
     if (key <= 0 || m_keys.empty())
-        return false;
+        return -1;
     const std::size_t mask = m_keys.size() - 1;
-    for (std::size_t i = slotOf(key); m_keys[i] != 0; i = (i + 1) & mask) {
-        if (m_keys[i] == key) {
-            print = m_prints[i];
-            return true;
-        }
-    }
-    return false;
+    for (std::size_t i = slotOf(key); m_keys[i] != 0; i = (i + 1) & mask)
+        if (m_keys[i] == key)
+            return std::ptrdiff_t(i);
+    return -1;
+}
+
+bool RecordPrints::find(int key, quint64 &print) const
+{
+    const std::ptrdiff_t at = find(key);
+    if (at < 0)
+        return false;
+    print = m_prints[std::size_t(at)];
+    return true;
+}
+
+void RecordPrints::setRest(int key, quint64 rest)
+{
+    const std::ptrdiff_t at = find(key);
+    if (at < 0)
+        return;
+    if (m_rests.empty())
+        m_rests.assign(m_keys.size(), 0);
+    m_rests[std::size_t(at)] = rest;
+}
+
+quint64 RecordPrints::rest(int key) const
+{
+    const std::ptrdiff_t at = m_rests.empty() ? -1 : find(key);
+    return at < 0 ? 0 : m_rests[std::size_t(at)];
 }
 
 void RecordPrints::remove(int key)
@@ -95,11 +132,15 @@ void RecordPrints::remove(int key)
         if (movable) {
             m_keys[hole] = m_keys[j];
             m_prints[hole] = m_prints[j];
+            if (!m_rests.empty())
+                m_rests[hole] = m_rests[j];
             hole = j;
         }
     }
     m_keys[hole] = 0;
     m_prints[hole] = 0;
+    if (!m_rests.empty())
+        m_rests[hole] = 0;
     --m_size;
 }
 

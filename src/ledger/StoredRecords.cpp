@@ -47,9 +47,16 @@ bool isAmountField(F f)
 RecordValues StoredRecords::recordOf(const BookRow &row, int docId, int storedRow, bool opening)
 {
     RecordValues rec;
+    fill(row, docId, storedRow, opening, rec);
+    return rec;
+}
+
+void StoredRecords::fill(const BookRow &row, int docId, int storedRow, bool opening, RecordValues &rec)
+{
     rec.gridRow = row.index();
     rec.recId = row.recId();
     rec.withAmounts = writesAmounts(row, opening);
+    rec.atPlace = false;
     for (const Source &s : Sources) {
         switch (s.as) {
         case As::Text: rec.set(s.field, FieldValue::of(row.text(s.column))); break;
@@ -59,7 +66,6 @@ RecordValues StoredRecords::recordOf(const BookRow &row, int docId, int storedRo
     }
     rec.set(F::Row, FieldValue::of(storedRow));
     rec.set(F::DocID, FieldValue::of(docId));
-    return rec;
 }
 
 QStringList StoredRecords::dropNul(const BookRow &row)
@@ -79,30 +85,37 @@ QStringList StoredRecords::dropNul(const BookRow &row)
     return changed;
 }
 
-quint64 StoredRecords::fingerprint(const BookRow &row, int docId, int storedRow, bool opening)
+quint64 StoredRecords::fingerprint(const BookRow &row, int docId, int storedRow, bool opening, quint64 *rest)
 {
     // Texts by their text (one encoding in the grid, so as exact as comparing
     // them, with no text made); amounts and numbers by the value recordOf()
-    // writes, so an empty cell and a stored 0 are the same record.
-    static const auto columnsOf = [](bool withAmounts, As as) {
+    // writes, so an empty cell and a stored 0 are the same record. A record
+    // that writes its amounts is printed without its balances first, then
+    // with them: the first print tells a record whose balances alone moved.
+    static const auto columnsOf = [](As as, bool balances) {
         std::vector<C::Column> columns;
         for (const Source &s : Sources)
-            if (s.as == as && (withAmounts || !isAmountField(s.field)))
+            if (s.as == as && (s.field == F::Balance || s.field == F::fxBalance) == balances)
                 columns.push_back(s.column);
         return columns;
     };
-    static const std::vector<C::Column> texts = columnsOf(true, As::Text);
-    static const std::vector<C::Column> numbers = columnsOf(true, As::Number);
-    static const std::vector<C::Column> amounts = columnsOf(true, As::Amount);
-    static const std::vector<C::Column> balances = columnsOf(false, As::Amount);
+    static const std::vector<C::Column> texts = columnsOf(As::Text, false);
+    static const std::vector<C::Column> numbers = columnsOf(As::Number, false);
+    static const std::vector<C::Column> amounts = columnsOf(As::Amount, false);
+    static const std::vector<C::Column> balances = columnsOf(As::Amount, true);
     const bool withAmounts = writesAmounts(row, opening);
     quint64 h = hashMix(withAmounts ? 1 : 2, row.textsHash(texts.data(), int(texts.size())));
     for (C::Column c : numbers)
         h = hashMix(h, quint64(row.number(c)));
-    for (C::Column c : withAmounts ? amounts : balances)
+    if (withAmounts)
+        for (C::Column c : amounts)
+            h = hashMix(h, quint64(row.amount(c).raw()));
+    h = hashMix(hashMix(h, quint64(storedRow)), quint64(docId));
+    if (rest)
+        *rest = withAmounts ? (h | 1) : 0;
+    for (C::Column c : balances)
         h = hashMix(h, quint64(row.amount(c).raw()));
-    h = hashMix(h, quint64(storedRow));
-    return hashMix(h, quint64(docId));
+    return h;
 }
 
 const std::vector<StoredRecords::Entered> &StoredRecords::entered()

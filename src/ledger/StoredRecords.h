@@ -22,12 +22,16 @@ public:
     /// The values a save writes for \a row of book \a docId, stored as row
     /// \a storedRow; \a opening: the book's first row (it always writes its amounts).
     static RecordValues recordOf(const BookRow &row, int docId, int storedRow, bool opening);
+    /// Sets \a out to what recordOf() gives, reusing its storage.
+    static void fill(const BookRow &row, int docId, int storedRow, bool opening, RecordValues &out);
     /// Takes NUL characters out of \a row's stored texts (an engine that
     /// cannot store them); gives the headers of the columns it changed.
     static QStringList dropNul(const BookRow &row);
     /// The fingerprint of the fields recordOf() would give for the same
-    /// arguments, read straight off the cells (no text is made).
-    static quint64 fingerprint(const BookRow &row, int docId, int storedRow, bool opening);
+    /// arguments, read straight off the cells (no text is made). \a rest,
+    /// when given, is set to the print of those fields without the balances
+    /// (0 when the row keeps its stored amounts: then none is made).
+    static quint64 fingerprint(const BookRow &row, int docId, int storedRow, bool opening, quint64 *rest = nullptr);
 
     /// A field a user enters (balances, worked out by the control, are not).
     struct Entered {
@@ -50,9 +54,24 @@ public:
     static bool writes(const BookRow &row, const Entered &field, bool opening);
 
     /// Forgets everything (a new book is loaded).
-    void clear() { m_prints.clear(); }
+    void clear()
+    {
+        m_prints.clear();
+        m_stamped = false;
+    }
     /// Remembers that the database holds a record with fingerprint \a print under key \a recId.
     void remember(int recId, quint64 print) { m_prints.insert(recId, print); }
+    /// Remembers as above, with \a rest, the print of the record without
+    /// its balances (see fingerprint()).
+    void remember(int recId, quint64 print, quint64 rest)
+    {
+        m_prints.insert(recId, print);
+        if (rest != 0)
+            m_prints.setRest(recId, rest);
+    }
+    /// The print of record \a recId without its balances, as last stored
+    /// by a save (0: unknown).
+    quint64 rest(int recId) const { return m_prints.rest(recId); }
     /// Forgets record \a recId (it was deleted).
     void forget(int recId) { m_prints.remove(recId); }
     /// True when a fingerprint is remembered for record \a recId.
@@ -69,8 +88,22 @@ public:
     /// Makes room for \a records records.
     void reserve(int records) { m_prints.reserve(records); }
 
+    /// Notes that every fingerprint remembered is what the database held
+    /// when it had change stamp \a stamp (taken inside the transaction that
+    /// stored them).
+    void setStamp(const ChangeStamp &stamp)
+    {
+        m_stamp = stamp;
+        m_stamped = true;
+    }
+    /// True when the database, now at \a now, cannot have changed since the
+    /// fingerprints were noted as current: then it still holds what they say.
+    bool currentAt(const ChangeStamp &now) const { return m_stamped && m_stamp == now; }
+
 private:
     RecordPrints m_prints;
+    ChangeStamp m_stamp;
+    bool m_stamped = false;
 };
 
 } // namespace kx

@@ -1,0 +1,326 @@
+// A save that moves thousands of records goes in bulk; what it stores is read
+// back with plain SQL and compared with values the test works out itself.
+#include "QtPrinters.h"
+#include "support/TestDatabase.h"
+
+#include "data/JournalDefinition.h"
+#include "data/SqlAccess.h"
+#include "ledger/BalanceCalculator.h"
+#include "ledger/BookLoader.h"
+#include "ledger/BookRow.h"
+#include "ledger/BookSaver.h"
+#include "ledger/LedgerHost.h"
+#include "ledger/LedgerState.h"
+
+#include "grid/Sheet.h"
+#include <kxjournal/SqlAccContext.h>
+
+#include <QSqlQuery>
+#include <gtest/gtest.h>
+#include <map>
+
+using kxtest::Engine;
+using C = kx::JournalColumns;
+
+namespace {
+
+struct Messages : kx::LedgerHost {
+    void prompt(const QString &text, bool) override { said << text; }
+    void failure(const QString &text, bool) override { failed << text; }
+    QStringList said;
+    QStringList failed;
+};
+
+// One stored record, as plain SQL reads it.
+struct Stored {
+    int row = 0;
+    int tag = 0;
+    QString explain;
+    kx::Currency debit, credit, balance;
+    QString rest;  // every other stored field, as text
+    bool operator==(const Stored &o) const
+    {
+        return row == o.row && tag == o.tag && explain == o.explain && debit == o.debit && credit == o.credit &&
+               balance == o.balance && rest == o.rest;
+    }
+};
+
+std::string describe(const Stored &s)
+{
+    return QStringLiteral("row %1 tag %2 %3 debit %4 credit %5 balance %6 [%7]")
+        .arg(s.row)
+        .arg(s.tag)
+        .arg(s.explain, s.debit.toString(), s.credit.toString(), s.balance.toString(), s.rest)
+        .toStdString();
+}
+
+kx::Currency amountOf(const QVariant &v)
+{
+    return v.isNull() ? kx::Currency() : kx::Currency::fromText(v.toString()).valueOr(kx::Currency::fromRaw(-1));
+}
+
+class BulkSave : public ::testing::TestWithParam<Engine>
+{
+protected:
+    void SetUp() override
+    {
+        testDb = std::make_unique<kxtest::TestDatabase>(GetParam());
+        kx::Database db = testDb->open();
+        docId = kxtest::fillSampleBooks(db, 3000, 1);
+        ASSERT_GT(docId, 0);
+        acc = std::make_unique<kx::SqlAccContext>(testDb->open());
+        kx::JournalDefinition(acc->Connection(), state.book).read(docId);
+        state.fields.accountFormat = QStringLiteral("0.00");
+        ASSERT_EQ(kx::BookLoader(grid, state, kx::LedgerHost::none(), acc.get()).load(0), kx::BookLoader::Loaded);
+    }
+
+    bool save()
+    {
+        state.dirty = true;
+        return kx::BookSaver(grid, state, host, acc.get()).save(QStringLiteral("测试"), 1);
+    }
+
+    // The book's records by key, straight from the table.
+    std::map<int, Stored> storedRecords() const
+    {
+        std::map<int, Stored> out;
+        QSqlQuery q(acc->Connection().handle());
+        // An empty text is stored as NULL by some writers and as '' by
+        // others, and an absent amount as NULL or 0: the control reads both
+        // alike, so they are read alike here.
+        q.prepare(QStringLiteral("SELECT RecID, Row, Tag, COALESCE(Explain, ''), Debit, Credit, balance, JnlDate, "
+                                 "COALESCE(JnlNo, ''), AccID, Rate, Forex, fxBalance, COALESCE(Field1, ''), "
+                                 "COALESCE(Field2, ''), COALESCE(Field3, ''), COALESCE(Field4, ''), Flag, "
+                                 "COALESCE(Remark, ''), DirID FROM kxJournalRecs WHERE DocID = ?"));
+        q.addBindValue(docId);
+        EXPECT_TRUE(q.exec());
+        while (q.next()) {
+            Stored s;
+            s.row = q.value(1).toInt();
+            s.tag = q.value(2).toInt();
+            s.explain = q.value(3).toString();
+            s.debit = amountOf(q.value(4));
+            s.credit = amountOf(q.value(5));
+            s.balance = amountOf(q.value(6));
+            QStringList rest;
+            for (int i = 7; i < 20; ++i)
+                rest << (i >= 10 && i <= 12 ? amountOf(q.value(i)).toString() : q.value(i).toString());
+            s.rest = rest.join(QLatin1Char('|'));
+            out.emplace(q.value(0).toInt(), s);
+        }
+        return out;
+    }
+
+    // +1 when a debit raises the balance, -1 when it lowers it.
+    int sign() const { return state.book.direction == QStringLiteral("贷") ? -1 : 1; }
+
+    // Types \a debit as the amount of \a row and works the balances out again.
+    void typeDebit(int row, const QString &debit)
+    {
+        const C columns(grid);
+        kx::BookRow(grid, columns, row).setText(C::Debit, debit);
+        kx::BookRow(grid, columns, row).setText(C::Credit, QString());
+        kx::BalanceCalculator(grid, state).calculate(grid.fixedRows());
+    }
+
+    std::unique_ptr<kxtest::TestDatabase> testDb;
+    std::unique_ptr<kx::SqlAccContext> acc;
+    int docId = 0;
+    kx::Sheet grid;
+    kx::LedgerState state;
+    Messages host;
+};
+
+} // namespace
+
+// One amount near the top moves every balance below it: each stored balance
+// must move by exactly the change, and nothing else may change. Saved twice,
+// so the second pass starts from what the first one stored.
+TEST_P(BulkSave, MovedBalancesAreStoredExactly)
+{
+    const C columns(grid);
+    const int row = grid.fixedRows() + 1;
+    const int key = kx::BookRow(grid, columns, row).recId();
+    ASSERT_GT(key, 0);
+    std::map<int, Stored> expected = storedRecords();
+    ASSERT_GT(expected.size(), 2500u);
+    for (const QString &debit : {QStringLiteral("12345.67"), QStringLiteral("0.01")}) {
+        Stored &changed = expected.at(key);
+        const kx::Currency typed = kx::Currency::fromText(debit).value();
+        const kx::Currency shift = kx::Currency::fromRaw(sign() * (typed.raw() - changed.debit.raw() + changed.credit.raw()));
+        ASSERT_FALSE(shift.isZero());
+        int moved = 0;
+        for (auto &[k, s] : expected) {
+            if (s.row >= changed.row) {
+                s.balance = kx::Currency::fromRaw(s.balance.raw() + shift.raw());
+                ++moved;
+            }
+        }
+        ASSERT_GT(moved, 2500);
+        changed.debit = typed;
+        changed.credit = kx::Currency();
+
+        typeDebit(row, debit);
+        ASSERT_TRUE(save()) << host.failed.join(QLatin1Char('\n')).toStdString();
+        const std::map<int, Stored> now = storedRecords();
+        ASSERT_EQ(now.size(), expected.size());
+        for (const auto &[k, s] : expected) {
+            const Stored &got = now.at(k);
+            EXPECT_TRUE(got == s) << "record " << k << ": stored " << describe(got) << ", expected " << describe(s);
+        }
+        EXPECT_FALSE(state.dirty);
+    }
+}
+
+// A record the database refuses halfway through the pass: nothing of the
+// pass stays stored, the book stays dirty and the refusal is reported; once
+// the cause is gone, the same save stores everything.
+TEST_P(BulkSave, FailingPassLeavesNothingStored)
+{
+    const C columns(grid);
+    const std::map<int, Stored> before = storedRecords();
+    const int failAt = grid.rows() - 10;
+    kx::Database &db = acc->Connection();
+    if (GetParam() == Engine::Sqlite) {
+        ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("CREATE TRIGGER kx_refuse BEFORE UPDATE ON kxJournalRecs "
+                                                   "WHEN OLD.Row = %1 BEGIN SELECT RAISE(ABORT, 'refused'); END")
+                                        .arg(failAt),
+                                    {}})
+                        .ok());
+    } else {
+        ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("CREATE FUNCTION kx_refuse() RETURNS trigger AS $$ BEGIN "
+                                                   "IF OLD.Row = %1 THEN RAISE EXCEPTION 'refused'; END IF; "
+                                                   "RETURN NEW; END $$ LANGUAGE plpgsql")
+                                        .arg(failAt),
+                                    {}})
+                        .ok());
+        ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("CREATE TRIGGER kx_refuse BEFORE UPDATE ON kxJournalRecs "
+                                                   "FOR EACH ROW EXECUTE FUNCTION kx_refuse()"),
+                                    {}})
+                        .ok());
+    }
+    // New rows and changed ones in the same pass.
+    const int at = grid.fixedRows() + 5;
+    grid.insertRowAt(at);
+    const kx::BookRow fresh(grid, columns, at);
+    fresh.setText(C::JnlDate, kx::BookRow(grid, columns, at + 1).dateText());
+    fresh.setText(C::Explain, QStringLiteral("不该存储的新行"));
+    typeDebit(grid.fixedRows() + 1, QStringLiteral("777.77"));
+
+    EXPECT_FALSE(save());
+    ASSERT_FALSE(host.failed.isEmpty());
+    EXPECT_TRUE(host.failed.last().contains(QStringLiteral("refused"))) << host.failed.last().toStdString();
+    EXPECT_TRUE(state.dirty);
+    EXPECT_TRUE(storedRecords() == before);
+    EXPECT_LE(kx::BookRow(grid, columns, at).recId(), 0);
+
+    if (GetParam() == Engine::Sqlite)
+        ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("DROP TRIGGER kx_refuse"), {}}).ok());
+    else
+        ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("DROP TRIGGER kx_refuse ON kxJournalRecs"), {}}).ok());
+    ASSERT_TRUE(save()) << host.failed.join(QLatin1Char('\n')).toStdString();
+    const std::map<int, Stored> after = storedRecords();
+    EXPECT_EQ(after.size(), before.size() + 1);
+    const int added = kx::BookRow(grid, columns, at).recId();
+    ASSERT_GT(added, 0);
+    EXPECT_EQ(after.at(added).explain, QStringLiteral("不该存储的新行"));
+    EXPECT_EQ(after.at(added).row, at);
+}
+
+// Rows typed in between stored ones and stored ones changed, in one pass:
+// the new records get their keys and places, every record below them its new
+// place, and the stored balances follow each other by the stored amounts.
+TEST_P(BulkSave, NewAndChangedRowsInOnePass)
+{
+    const C columns(grid);
+    const std::size_t storedBefore = storedRecords().size();
+    constexpr int Added = 80;
+    std::map<int, std::pair<QString, kx::Currency>> typed;  // grid row → explanation, debit
+    for (int i = 0; i < Added; ++i) {
+        const int at = grid.fixedRows() + 3 + i * 30;
+        grid.insertRowAt(at);
+        const kx::BookRow fresh(grid, columns, at);
+        fresh.setText(C::JnlDate, kx::BookRow(grid, columns, at + 1).dateText());
+        fresh.setText(C::Explain, QStringLiteral("新增第%1行").arg(i));
+        fresh.setText(C::Debit, QStringLiteral("%1.25").arg(i + 1));
+    }
+    for (int r = grid.fixedRows() + 2; r < grid.rows(); r += 7) {
+        const kx::BookRow row(grid, columns, r);
+        if (row.isDated() && !row.isSummary() && row.recId() > 0)
+            row.setText(C::Explain, QStringLiteral("改过第%1行").arg(r));
+    }
+    kx::BalanceCalculator(grid, state).calculate(grid.fixedRows());
+    for (int r = grid.fixedRows(); r < grid.rows(); ++r) {
+        const kx::BookRow row(grid, columns, r);
+        if (row.recId() <= 0 && row.isDated())
+            typed[r] = {row.text(C::Explain), row.debit()};
+    }
+    ASSERT_EQ(typed.size(), std::size_t(Added));
+
+    ASSERT_TRUE(save()) << host.failed.join(QLatin1Char('\n')).toStdString();
+    const std::map<int, Stored> now = storedRecords();
+    EXPECT_EQ(now.size(), storedBefore + Added);
+    std::map<int, const Stored *> byRow;
+    for (const auto &[k, s] : now)
+        byRow[s.row] = &s;
+    ASSERT_EQ(byRow.size(), now.size()) << "two records share a place";
+    for (const auto &[r, what] : typed) {
+        const int key = kx::BookRow(grid, columns, r).recId();
+        ASSERT_GT(key, 0) << "row " << r;
+        EXPECT_EQ(now.at(key).row, r);
+        EXPECT_EQ(now.at(key).explain, what.first);
+        EXPECT_EQ(now.at(key).debit, what.second);
+    }
+    // Each stored record at the place its grid row has, with its explanation.
+    for (int r = grid.fixedRows(); r < grid.rows(); ++r) {
+        const kx::BookRow row(grid, columns, r);
+        if (!row.isDated())
+            continue;
+        ASSERT_TRUE(now.count(row.recId())) << "row " << r;
+        EXPECT_EQ(now.at(row.recId()).row, r);
+        EXPECT_EQ(now.at(row.recId()).explain, row.text(C::Explain));
+    }
+    // Down the book, each record's balance is the one before it plus its own amounts.
+    const Stored *previous = nullptr;
+    int checked = 0;
+    for (const auto &[r, s] : byRow) {
+        if (s->tag < 0)
+            continue;
+        if (previous) {
+            const qint64 want = previous->balance.raw() + sign() * (s->debit.raw() - s->credit.raw());
+            EXPECT_EQ(s->balance.raw(), want) << "row " << r;
+            ++checked;
+        }
+        previous = s;
+    }
+    EXPECT_GT(checked, 2500);
+}
+
+// After a save, what somebody else stores (on another connection, or on this
+// one past the control) is still seen by the next save: it is kept, not
+// overwritten with what the grid held.
+TEST_P(BulkSave, ChangeStoredAfterASaveIsKept)
+{
+    const C columns(grid);
+    const int row = grid.fixedRows() + 1;
+    typeDebit(row, QStringLiteral("500"));
+    ASSERT_TRUE(save()) << host.failed.join(QLatin1Char('\n')).toStdString();
+    kx::Database other = testDb->open();
+    for (kx::Database *db : {&other, &acc->Connection()}) {
+        const int target = kx::BookRow(grid, columns, row + 40 + int(db == &other)).recId();
+        ASSERT_GT(target, 0);
+        const QString theirs = db == &other ? QStringLiteral("另一个连接改的") : QStringLiteral("同一个连接改的");
+        ASSERT_TRUE(kx::sqlRun(*db, {QStringLiteral("UPDATE kxJournalRecs SET Explain = ? WHERE RecID = ?"),
+                                     {theirs, target}})
+                        .ok());
+        typeDebit(row, db == &other ? QStringLiteral("600") : QStringLiteral("700"));
+        ASSERT_TRUE(save()) << host.failed.join(QLatin1Char('\n')).toStdString();
+        const std::map<int, Stored> now = storedRecords();
+        EXPECT_EQ(now.at(target).explain, theirs);
+        EXPECT_EQ(now.at(kx::BookRow(grid, columns, row).recId()).debit,
+                  kx::Currency::fromText(db == &other ? QStringLiteral("600") : QStringLiteral("700")).value());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, BulkSave, ::testing::Values(Engine::Sqlite, Engine::Postgres),
+                         [](const auto &info) { return kxtest::engineName(info.param); });
