@@ -112,7 +112,7 @@ protected:
     }
 
     // +1 when a debit raises the balance, -1 when it lowers it.
-    int sign() const { return state.book.direction == QStringLiteral("贷") ? -1 : 1; }
+    int sign() const { return state.book.direction == kx::BalanceSide::Credit ? -1 : 1; }
 
     // Types \a debit as the amount of \a row and works the balances out again.
     void typeDebit(int row, const QString &debit)
