@@ -80,19 +80,26 @@ void LayoutController::setUp()
             return;
         }
         refit->setInterval(0);
-        const int first = m_refitFirst, last = m_refitLast, left = m_refitLeft, right = m_refitRight;
-        m_refitFirst = m_refitLast = m_refitLeft = m_refitRight = -1;
-        if (first >= 0)
-            ColumnFit(*d.grid, d.state, measureText).fitFigures(first, last, left, right);
+        const std::vector<std::pair<int, int>> changed = std::exchange(m_refitRows, {});
+        ColumnFit fit(*d.grid, d.state, measureText);
+        for (int col = 0; col < int(changed.size()) && col < d.grid->cols(); ++col) {
+            if (changed[std::size_t(col)].first >= 0)
+                fit.fitFigures(changed[std::size_t(col)].first, changed[std::size_t(col)].second, col, col);
+        }
     });
     QObject::connect(d.grid, &QAbstractItemModel::dataChanged, refit,
                      [this, refit](const QModelIndex &from, const QModelIndex &to) {
                          const int a = d.grid->gridRow(from), b = d.grid->gridRow(to);
-                         m_refitFirst = m_refitFirst < 0 ? a : std::min(m_refitFirst, a);
-                         m_refitLast = std::max(m_refitLast, b);
                          const int l = d.grid->gridCol(from), r = d.grid->gridCol(to);
-                         m_refitLeft = m_refitLeft < 0 ? l : std::min(m_refitLeft, l);
-                         m_refitRight = std::max(m_refitRight, r);
+                         if (a < 0 || l < 0)
+                             return;
+                         if (m_refitRows.size() <= std::size_t(r))
+                             m_refitRows.resize(std::size_t(r) + 1, {-1, -1});
+                         for (int col = l; col <= r; ++col) {
+                             std::pair<int, int> &rows = m_refitRows[std::size_t(col)];
+                             rows.first = rows.first < 0 ? a : std::min(rows.first, a);
+                             rows.second = std::max(rows.second, b);
+                         }
                          refit->start();
                      });
 

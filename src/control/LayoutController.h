@@ -1,5 +1,8 @@
 #pragma once
 
+#include <utility>
+#include <vector>
+
 #include "ledger/CommandRegistry.h"
 
 class QMenu;
@@ -37,10 +40,10 @@ public:
 private:
     JournalPrivate &d;
     bool m_menuSyncDue = false;
-    int m_refitFirst = -1;  ///< rows changed since the widths were last fitted
-    int m_refitLast = -1;
-    int m_refitLeft = -1;   ///< columns changed since the widths were last fitted
-    int m_refitRight = -1;
+    /// Per grid column, the rows changed since the widths were last fitted
+    /// ((-1, -1): none). Kept apart per column: one amount typed beside a
+    /// pass over a whole balance column asks for one row of the amount's.
+    std::vector<std::pair<int, int>> m_refitRows;
 };
 
 } // namespace kx
