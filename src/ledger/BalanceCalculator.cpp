@@ -162,6 +162,8 @@ void BalanceCalculator::calculate(int startRow)
     }
     const int last = m_grid.rows();
     RowAmounts read(m_grid, m_state);
+    for (int col : {m_dir, m_balance, m_fxBalance})
+        read.readAhead(col);
     for (; row < last; ++row) {
         const RowAmounts::Kind kind = read.read(row);
         if (kind == RowAmounts::Blank) {

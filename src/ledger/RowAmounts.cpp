@@ -5,6 +5,8 @@
 #include "ledger/JournalColumns.h"
 #include "ledger/LedgerState.h"
 
+#include <iterator>
+
 namespace kx {
 
 RowAmounts::RowAmounts(const Sheet &grid, const LedgerState &state) : m_grid(grid)
@@ -15,6 +17,27 @@ RowAmounts::RowAmounts(const Sheet &grid, const LedgerState &state) : m_grid(gri
     forexCol = columns[JournalColumns::Forex];
     tagCol = columns[JournalColumns::Tag];
     outlineCol = state.outlineColumn(grid);
+    for (int col : {outlineCol, tagCol, debitCol, creditCol, forexCol})
+        readAhead(col);
+}
+
+void RowAmounts::readAhead(int col)
+{
+    if (col >= 0 && m_aheadCount < int(std::size(m_ahead)))
+        m_ahead[m_aheadCount++] = col;
+}
+
+void RowAmounts::fetchAhead(int row) const
+{
+#if defined(__GNUC__)
+    if (row >= m_grid.rows())
+        return;
+    const Cell *cells = m_grid.rowCells(row);
+    for (int i = 0; i < m_aheadCount; ++i)
+        __builtin_prefetch(cells + m_ahead[i]);
+#else
+    Q_UNUSED(row);
+#endif
 }
 
 Currency RowAmounts::amountAt(Cell c, int row, int col) const
@@ -26,6 +49,7 @@ Currency RowAmounts::amountAt(Cell c, int row, int col) const
 
 RowAmounts::Kind RowAmounts::read(int row)
 {
+    fetchAhead(row + Ahead);
     m_cells = m_grid.rowCells(row);
     if (cell(outlineCol).kind() == Cell::Empty)
         return Blank;

@@ -22,6 +22,9 @@ public:
 
     /// What \a row is; for a record, its amounts are read too.
     Kind read(int row);
+    /// Also asks for column \a col of the rows ahead of each read, for a
+    /// pass that writes it.
+    void readAhead(int col);
     /// The cells of the row last read.
     const Cell *cells() const { return m_cells; }
 
@@ -35,8 +38,15 @@ public:
     int debitCol, creditCol, forexCol, tagCol, outlineCol;
 
 private:
+    // Rows are apart in memory: a pass asks for the cells it will need a few
+    // rows ahead, so that their loads overlap instead of waiting one by one.
+    static constexpr int Ahead = 16;
+    void fetchAhead(int row) const;
+
     const Sheet &m_grid;
     const Cell *m_cells = nullptr;
+    int m_ahead[8] = {};
+    int m_aheadCount = 0;
 };
 
 } // namespace kx
