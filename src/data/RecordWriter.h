@@ -77,11 +77,13 @@ public:
 /// while nobody, this connection included, stored anything in between.
 struct ChangeStamp {
     const void *connection = nullptr;  ///< the connection it was taken on
+    QString connectionName;            ///< its name: never given to two connections of a process
     qint64 version = 0;                ///< what the engine counts other connections' commits by
     qint64 changes = 0;                ///< the rows this connection changed so far
     bool operator==(const ChangeStamp &o) const
     {
-        return connection == o.connection && version == o.version && changes == o.changes;
+        return connection == o.connection && connectionName == o.connectionName && version == o.version &&
+               changes == o.changes;
     }
 };
 

@@ -69,7 +69,10 @@ using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
 
 } // namespace
 
-SqliteRecordWriter::SqliteRecordWriter(void *handle) : m_db(static_cast<sqlite3 *>(handle)) {}
+SqliteRecordWriter::SqliteRecordWriter(void *handle, const QString &connectionName)
+    : m_db(static_cast<sqlite3 *>(handle)), m_connectionName(connectionName)
+{
+}
 
 SqliteRecordWriter::~SqliteRecordWriter()
 {
@@ -195,6 +198,7 @@ bool SqliteRecordWriter::changeStamp(ChangeStamp &stamp)
     if (!version || sqlite3_step(version.get()) != SQLITE_ROW)
         return false;
     stamp.connection = m_db;
+    stamp.connectionName = m_connectionName;
     stamp.version = sqlite3_column_int64(version.get(), 0);
     stamp.changes = sqlite3_total_changes64(m_db);
     return true;

@@ -20,8 +20,9 @@ namespace kx {
 class SqliteRecordWriter : public RecordWriter
 {
 public:
-    /// Writes through the engine handle \a handle (a sqlite3*).
-    explicit SqliteRecordWriter(void *handle);
+    /// Writes through the engine handle \a handle (a sqlite3*) of the
+    /// connection named \a connectionName.
+    explicit SqliteRecordWriter(void *handle, const QString &connectionName = QString());
     ~SqliteRecordWriter() override;
 
     Result<void> remove(int recId) override;
@@ -47,6 +48,7 @@ private:
     QString error() const;
 
     sqlite3 *m_db;
+    QString m_connectionName;
     sqlite3_stmt *m_update[2] = {nullptr, nullptr};
     sqlite3_stmt *m_insert[2] = {nullptr, nullptr};
     sqlite3_stmt *m_balances = nullptr;

@@ -2,6 +2,7 @@
 
 #include "data/JournalDefinition.h"
 #include "data/RecordFetcher.h"
+#include "data/RecordWriter.h"
 #include "grid/GridBusy.h"
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Database.h"
@@ -114,9 +115,16 @@ BookLoader::Outcome BookLoader::load(int docId)
     const SqlStatement query = consolidated ? sqlDialect(db).loadConsolidated(definition.subordinateIds())
                                             : sqlDialect(db).loadBook(book.docId);
     // Rows are held by pointer, so the array grows cheaply without a count first.
+    // Rows read while the database's change stamp held still are what it
+    // held at that stamp: a first save need not read them back to find
+    // other users' changes unless the stamp has moved since.
+    const auto stamps = RecordWriter::create(db);
+    ChangeStamp stamp, stampAfter;
+    const bool stampedBefore = stamps->changeStamp(stamp);
     Result<FetchedRows> fetched = RecordFetcher::fetch(db, query, amountFields(), 0, m_grid.fixedCols());
     if (!fetched.ok())
         return fail(fetched.error());
+    const bool readUnderStamp = stampedBefore && stamps->changeStamp(stampAfter) && stampAfter == stamp;
     FetchedRows rows = fetched.takeValue();
     if (const QString key = oversizedKey(rows); !key.isEmpty())
         return fail(QStringLiteral("记录编号 %1 超出了能处理的范围，不能读入这本日记账（存储时会重复这条记录）。").arg(key));
@@ -148,6 +156,8 @@ BookLoader::Outcome BookLoader::load(int docId)
         // A book's own records are remembered as stored in the same pass,
         // each just before dressing changes its looks.
         dressRows(consolidated ? nullptr : &unstored);
+        if (!consolidated && readUnderStamp)
+            m_state.stored.setStamp(stamp);
         if (!consolidated)
             labelRows();
         m_host.progress(100);
@@ -200,9 +210,14 @@ void BookLoader::rememberStored(const BookRow &row, std::vector<int> &unstored)
     const int storedRow = int(row.number(JournalColumns::Row));
     if (recId <= 0 || storedRow != r)
         unstored.push_back(r);
-    if (recId > 0)
-        m_state.stored.remember(recId, StoredRecords::fingerprint(row, int(row.number(JournalColumns::DocID)),
-                                                                  storedRow, r == m_grid.fixedRows()));
+    if (recId > 0) {
+        // With the print without balances, a save finds a record whose
+        // balances alone moved without reading it back.
+        quint64 rest = 0;
+        const quint64 print = StoredRecords::fingerprint(row, int(row.number(JournalColumns::DocID)), storedRow,
+                                                         r == m_grid.fixedRows(), &rest);
+        m_state.stored.remember(recId, print, rest);
+    }
 }
 
 void BookLoader::markUnstoredRows()

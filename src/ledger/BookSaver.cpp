@@ -435,9 +435,7 @@ Result<void> BookSaver::writeRecords()
     if (emptied) {
         BookRow(m_grid, columns, openingRow).setText(JournalColumns::RecID, QStringLiteral("0"));
         m_state.stored.clear();
-    } else if (stampedAfter && stamp.changes > 0 && allCurrent) {
-        // A connection that changed nothing yet could be a new one that
-        // happens to look like this one: only a stamp with changes counts.
+    } else if (stampedAfter && allCurrent) {
         m_state.stored.setStamp(stamp);
     }
     m_state.removedRecords.clear();

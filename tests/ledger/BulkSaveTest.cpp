@@ -322,5 +322,35 @@ TEST_P(BulkSave, ChangeStoredAfterASaveIsKept)
     }
 }
 
+// The first save after a load does not read back a book nobody changed since
+// it was read; a change stored after the load, on another connection or on
+// this one past the control, must still be seen: a record changed on both
+// sides keeps their field and ours.
+TEST_P(BulkSave, ChangeStoredAfterTheLoadIsKept)
+{
+    const C columns(grid);
+    const int row = grid.fixedRows() + 1;
+    kx::Database other = testDb->open();
+    for (kx::Database *db : {&other, &acc->Connection()}) {
+        ASSERT_EQ(kx::BookLoader(grid, state, kx::LedgerHost::none(), acc.get()).load(0), kx::BookLoader::Loaded);
+        const int targetRow = row + 40 + int(db == &other);
+        const int target = kx::BookRow(grid, columns, targetRow).recId();
+        ASSERT_GT(target, 0);
+        const QString theirs = db == &other ? QStringLiteral("另一个连接改的") : QStringLiteral("同一个连接改的");
+        ASSERT_TRUE(kx::sqlRun(*db, {QStringLiteral("UPDATE kxJournalRecs SET Explain = ? WHERE RecID = ?"),
+                                     {theirs, target}})
+                        .ok());
+        const QString ours = db == &other ? QStringLiteral("我们的备注一") : QStringLiteral("我们的备注二");
+        kx::BookRow(grid, columns, targetRow).setText(C::Remark, ours);
+        typeDebit(row, db == &other ? QStringLiteral("600") : QStringLiteral("700"));
+        ASSERT_TRUE(save()) << host.failed.join(QLatin1Char('\n')).toStdString();
+        const std::map<int, Stored> now = storedRecords();
+        EXPECT_EQ(now.at(target).explain, theirs);
+        EXPECT_NE(now.at(target).rest.indexOf(ours), -1) << now.at(target).rest.toStdString();
+        EXPECT_EQ(now.at(kx::BookRow(grid, columns, row).recId()).debit,
+                  kx::Currency::fromText(db == &other ? QStringLiteral("600") : QStringLiteral("700")).value());
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Engines, BulkSave, ::testing::Values(Engine::Sqlite, Engine::Postgres),
                          [](const auto &info) { return kxtest::engineName(info.param); });
