@@ -54,18 +54,6 @@ bool canonicalDay(QStringView t, QDate &out)
 
 } // namespace
 
-Cell Cell::amount(Currency value, bool *fits)
-{
-    const bool ok = value.isValid() && value.raw() < Limit && value.raw() > -Limit;
-    if (fits)
-        *fits = ok;
-    if (!ok)
-        return Cell();
-    if (value.raw() % Currency::Scale == 0)
-        return number(value.raw() / Currency::Scale);
-    return Cell(Amount, value.raw());
-}
-
 Cell Cell::day(const QDate &date)
 {
     return date.isValid() && date.year() >= 1 && date.year() <= 9999 ? Cell(Day, date.toJulianDay()) : Cell();
@@ -122,18 +110,6 @@ QString Cell::typedText() const
         break;
     }
     return QString();
-}
-
-Currency Cell::typedAmount() const
-{
-    switch (kind()) {
-    case Number:
-        return Currency::fromUnits(payload());
-    case Amount:
-        return Currency::fromRaw(payload());
-    default:
-        return Currency();
-    }
 }
 
 } // namespace kx

@@ -45,7 +45,17 @@ public:
     /// The canonical cell of an amount: whole amounts are numbers, so "100"
     /// is one cell whether it was written as text or as an amount. An
     /// invalid amount or one out of range gives Empty with \a fits false.
-    static Cell amount(Currency value, bool *fits = nullptr);
+    static Cell amount(Currency value, bool *fits = nullptr)
+    {
+        const bool ok = value.isValid() && value.raw() < Limit && value.raw() > -Limit;
+        if (fits)
+            *fits = ok;
+        if (!ok)
+            return Cell();
+        if (value.raw() % Currency::Scale == 0)
+            return number(value.raw() / Currency::Scale);
+        return Cell(Amount, value.raw());
+    }
     /// A day; an invalid date gives Empty.
     static Cell day(const QDate &date);
 
@@ -56,9 +66,16 @@ public:
     /// The canonical text of a typed cell (empty for Empty and Text).
     QString typedText() const;
     /// The amount a typed cell stands for (zero for Empty, Day and Text).
-    Currency typedAmount() const;
+    Currency typedAmount() const
+    {
+        // A number's payload is below Limit: as units it may still be past
+        // what money holds, which fromUnits() tells.
+        const Kind k = kind();
+        return k == Amount ? Currency::fromRaw(payload()) : k == Number ? numberAmount() : Currency();
+    }
 
 private:
+    Currency numberAmount() const { return Currency::fromUnits(payload()); }
     constexpr Cell(Kind kind, std::int64_t payload) : m_bits((std::uint64_t(payload) << 3) | kind) {}
     std::uint64_t m_bits = 0;
 };

@@ -141,6 +141,14 @@ public:
     bool rowFlag(int row, RowFlag flag) const { return row >= 0 && row < rows() && (m_rows[std::size_t(row)].flags & flag); }
     /// Sets or clears \a flag on \a row.
     void setRowFlag(int row, RowFlag flag, bool on);
+    /// Sets or clears Marked on \a row (it shapes nothing, so no count moves).
+    void setMarked(int row, bool on)
+    {
+        if (row < 0 || row >= rows())
+            return;
+        std::uint8_t &flags = m_rows[std::size_t(row)].flags;
+        flags = on ? std::uint8_t(flags | Marked) : std::uint8_t(flags & ~Marked);
+    }
     /// Clears Touched on every row; every row becomes Pristine: the first
     /// change of a kept column from now on keeps the text it replaces.
     void markAllClean();

@@ -365,6 +365,11 @@ const Cell *Sheet::rowCells(int row) const
     return d->store.rowCells(row);
 }
 
+const CellStore &Sheet::cellStore() const
+{
+    return d->store;
+}
+
 qint64 Sheet::number(int row, int col) const
 {
     return d->store.number(row, col);

@@ -46,7 +46,7 @@ QColor GridModel::cellForeColor(int row, int col) const
 
 void Sheet::setDerivedMark(int row, bool on)
 {
-    d->store.setRowFlag(row, CellStore::Marked, on);
+    d->store.setMarked(row, on);
 }
 
 void Sheet::setDerivedMarkColumn(int col, const QColor &color)

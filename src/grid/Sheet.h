@@ -10,6 +10,8 @@
 
 namespace kx {
 
+class CellStore;
+
 /// The grid as the library itself writes it: a GridModel with the
 /// operations hosts do not get — typed cells (amounts, whole numbers, days)
 /// read and written without text, text hashes for change checks, row marks
@@ -57,6 +59,9 @@ public:
     /// The typed cells of \a row, cols() of them, for passes over the whole
     /// book (a text's cell names its pooled text; read it with text()).
     const Cell *rowCells(int row) const;
+    /// The typed cells themselves, for passes that read a million rows
+    /// without a call a cell.
+    const CellStore &cellStore() const;
     /// The cell as a whole number: 0 for empty or non-numeric text; an
     /// amount's whole part.
     qint64 number(int row, int col) const;

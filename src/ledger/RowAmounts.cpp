@@ -1,5 +1,6 @@
 #include "ledger/RowAmounts.h"
 
+#include "grid/CellStore.h"
 #include "grid/Sheet.h"
 #include "ledger/BookRow.h"
 #include "ledger/JournalColumns.h"
@@ -9,7 +10,7 @@
 
 namespace kx {
 
-RowAmounts::RowAmounts(const Sheet &grid, const LedgerState &state) : m_grid(grid)
+RowAmounts::RowAmounts(const Sheet &grid, const LedgerState &state) : m_grid(grid), m_store(grid.cellStore())
 {
     const JournalColumns columns(grid);
     debitCol = columns[JournalColumns::Debit];
@@ -30,9 +31,9 @@ void RowAmounts::readAhead(int col)
 void RowAmounts::fetchAhead(int row) const
 {
 #if defined(__GNUC__)
-    if (row >= m_grid.rows())
+    if (row >= m_store.rows())
         return;
-    const Cell *cells = m_grid.rowCells(row);
+    const Cell *cells = m_store.rowCells(row);
     for (int i = 0; i < m_aheadCount; ++i)
         __builtin_prefetch(cells + m_ahead[i]);
 #else
@@ -40,17 +41,15 @@ void RowAmounts::fetchAhead(int row) const
 #endif
 }
 
-Currency RowAmounts::amountAt(Cell c, int row, int col) const
+Currency RowAmounts::textAmount(int row, int col) const
 {
-    if (c.kind() == Cell::Number || c.kind() == Cell::Amount)
-        return c.typedAmount();
-    return c.kind() == Cell::Empty ? Currency() : m_grid.amount(row, col);
+    return m_grid.amount(row, col);
 }
 
 RowAmounts::Kind RowAmounts::read(int row)
 {
     fetchAhead(row + Ahead);
-    m_cells = m_grid.rowCells(row);
+    m_cells = m_store.rowCells(row);
     if (cell(outlineCol).kind() == Cell::Empty)
         return Blank;
     const Cell tag = cell(tagCol);

@@ -5,6 +5,7 @@
 
 namespace kx {
 
+class CellStore;
 class Sheet;
 struct LedgerState;
 
@@ -31,7 +32,13 @@ public:
     Currency debit, credit, forex;
 
     /// The amount in \a cell of \a row, column \a col (zero when empty).
-    Currency amountAt(Cell cell, int row, int col) const;
+    Currency amountAt(Cell cell, int row, int col) const
+    {
+        const Cell::Kind kind = cell.kind();
+        if (kind == Cell::Number || kind == Cell::Amount)
+            return cell.typedAmount();
+        return kind == Cell::Empty ? Currency() : textAmount(row, col);
+    }
     /// The cell of column \a col of the row last read (empty for -1).
     Cell cell(int col) const { return col < 0 ? Cell() : m_cells[col]; }
 
@@ -42,8 +49,10 @@ private:
     // rows ahead, so that their loads overlap instead of waiting one by one.
     static constexpr int Ahead = 16;
     void fetchAhead(int row) const;
+    Currency textAmount(int row, int col) const;
 
     const Sheet &m_grid;
+    const CellStore &m_store;
     const Cell *m_cells = nullptr;
     int m_ahead[8] = {};
     int m_aheadCount = 0;
