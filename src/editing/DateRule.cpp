@@ -1,5 +1,7 @@
 #include "editing/DateRule.h"
 
+#include "ledger/BalanceCalculator.h"
+
 #include "editing/BalanceReach.h"
 #include "editing/DateEntry.h"
 #include "editing/EditContext.h"
@@ -121,8 +123,16 @@ void DateRule::setRowDate(EditContext &ctx, int row, const QDate &date)
 void DateRule::afterEdit(EditContext &ctx, int row, int col)
 {
     const QDate date = QDate::fromString(ctx.grid.text(row, col), Qt::ISODate);
-    if (date.isValid())
-        setRowDate(ctx, row, date);
+    if (!date.isValid())
+        return;
+    setRowDate(ctx, row, date);
+    // A row with amounts typed before its date becomes a record now: its
+    // balance and those below move (a paste works them out once at its end).
+    const BookRow line(ctx.grid, ctx.columns, row);
+    const bool holdsAmount = !line.text(JournalColumns::Debit).isEmpty() || !line.text(JournalColumns::Credit).isEmpty() ||
+                             !line.text(JournalColumns::Forex).isEmpty();
+    if (holdsAmount && !ctx.batch)
+        BalanceCalculator(ctx.grid, ctx.state).calculate(row);
 }
 
 } // namespace kx

@@ -292,3 +292,21 @@ TEST_P(AmountEntry, AmountsAndBalancesTheEngineCannotHoldExactlyAreRefused)
 
 INSTANTIATE_TEST_SUITE_P(Engines, AmountEntry, ::testing::Values(kxtest::Engine::Sqlite, kxtest::Engine::Postgres),
                          [](const auto &info) { return kxtest::engineName(info.param); });
+
+// A row whose amount is typed before its date becomes a record when the date
+// comes: its balance, and those of the records below, follow at once.
+TEST(EditRules, ARowDatedAfterItsAmountGetsItsBalance)
+{
+    EditingBook b;
+    kxtest::runMenuItem(*b.journal, "mnuRecalc");
+    const int last = b.grid->rows() - 1;
+    const kx::Currency before = b.grid->amount(last - 1, b.col("Balance"));
+    ASSERT_TRUE(b.type(last, "Debit", QStringLiteral("100")));
+    EXPECT_TRUE(b.text(last, "Balance").isEmpty()) << "an undated row has no balance";
+    ASSERT_TRUE(b.type(last, "ShowName", QStringLiteral("0131")));
+    ASSERT_EQ(b.text(last, "JnlDate"), QStringLiteral("2025-01-31"));
+    const int sign = b.journal->Direction() == QStringLiteral("贷") ? -1 : 1;
+    EXPECT_EQ(b.grid->amount(last, b.col("Balance")),
+              kx::Currency::fromRaw(before.raw() + sign * kx::Currency::fromUnits(100).raw()))
+        << b.text(last, "Balance").toStdString();
+}
