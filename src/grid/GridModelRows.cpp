@@ -153,6 +153,8 @@ void GridModel::insertRowsAt(int row, int count)
     const int cursorCol = col();
     beginInsertRows({}, row - d->fixedRows, row + count - 1 - d->fixedRows);
     d->store.insertRows(row, count);
+    // Rows moved under it: the widest figure noted is sought again.
+    d->derivedPeaks.clear();
     d->styles.insertRows(row, count);
     endInsertRows();
     restoreCursor(cursorRow >= row ? cursorRow + count : cursorRow, cursorCol);
@@ -179,6 +181,8 @@ void GridModel::removeRowsAt(int row, int count)
     const int cursorCol = col();
     beginRemoveRows({}, row - d->fixedRows, row + count - 1 - d->fixedRows);
     d->store.removeRows(row, count);
+    // Rows moved under it: the widest figure noted is sought again.
+    d->derivedPeaks.clear();
     d->styles.removeRows(row, count);
     endRemoveRows();
     // The cursor stays on its row when that row stays, else where the block was.
@@ -197,6 +201,8 @@ void GridModel::moveRowTo(int from, int to)
     const int dest = (to > from ? to + 1 : to) - d->fixedRows;
     beginMoveRows({}, from - d->fixedRows, from - d->fixedRows, {}, dest);
     d->store.moveRow(from, to);
+    // Rows moved under it: the widest figure noted is sought again.
+    d->derivedPeaks.clear();
     d->styles.moveRow(from, to);
     endMoveRows();
 }

@@ -6,6 +6,8 @@
 #include "ledger/LedgerState.h"
 #include "ledger/RowAmounts.h"
 
+#include <algorithm>
+
 namespace kx {
 
 namespace {
@@ -108,6 +110,30 @@ void BalanceCalculator::notePeak(Peak &peak, int row, Currency value)
         peak = {row, size, value.sign() < 0};
 }
 
+void BalanceCalculator::keepPeak(int col, const Peak &peak, int startRow)
+{
+    if (col < 0)
+        return;
+    if (startRow <= m_grid.fixedRows()) {
+        m_grid.setDerivedPeak(col, peak.row);
+        return;
+    }
+    // The rows above the pass kept their figures: the figure noted there
+    // stands unless this pass found a wider one. A figure noted among the
+    // rows just worked out may have shrunk, and what is widest above is not
+    // known: nothing is noted, and a fit reads the column.
+    const int noted = m_grid.derivedPeak(col);
+    if (noted < 0 || noted >= startRow) {
+        m_grid.setDerivedPeak(col, -1);
+        return;
+    }
+    const Currency there = m_grid.amount(noted, col);
+    Peak kept{noted, there.abs(), there.sign() < 0};
+    if (peak.row >= 0 && (kept.size < peak.size || (kept.size == peak.size && peak.negative && !kept.negative)))
+        kept = peak;
+    m_grid.setDerivedPeak(col, kept.row);
+}
+
 void BalanceCalculator::clearBalance(int row, const Cell *cells)
 {
     if (cellOf(cells, m_dir).kind() != Cell::Empty)
@@ -192,13 +218,18 @@ void BalanceCalculator::calculate(int startRow)
         writeBalance(row, read.cells(), t);
     }
     m_grid.setTag(tag);
-    if (m_peak.row >= 0)
-        m_grid.setDerivedPeak(m_balance, m_peak.row);
-    if (m_fxPeak.row >= 0)
-        m_grid.setDerivedPeak(m_fxBalance, m_fxPeak.row);
-    const int left = std::min({m_dir, m_balance, m_fxBalance});
-    const int right = std::max({m_dir, m_balance, m_fxBalance});
-    m_grid.announceDerived(startRow, left < 0 ? right : left, last - 1, right);
+    keepPeak(m_balance, m_peak, startRow);
+    keepPeak(m_fxBalance, m_fxPeak, startRow);
+    // The worked-out columns this grid has, wherever they sit.
+    int left = -1, right = -1;
+    for (int col : {m_dir, m_balance, m_fxBalance}) {
+        if (col < 0)
+            continue;
+        left = left < 0 ? col : std::min(left, col);
+        right = std::max(right, col);
+    }
+    if (left >= 0)
+        m_grid.announceDerived(startRow, left, last - 1, right);
 }
 
 } // namespace kx

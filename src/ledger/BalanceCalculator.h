@@ -60,6 +60,9 @@ private:
         bool negative = false;
     };
     static void notePeak(Peak &peak, int row, Currency value);
+    /// Notes \a peak as the widest figure of column \a col for views to fit
+    /// to; a pass from row \a startRow saw only the rows from there down.
+    void keepPeak(int col, const Peak &peak, int startRow);
     QString pair(Currency first, Currency second) const;
 
     Sheet &m_grid;

@@ -2,6 +2,7 @@
 
 #include "ledger/LedgerState.h"
 #include "ledger/BalanceCalculator.h"
+#include "ledger/ColumnFit.h"
 #include "ledger/ColumnModel.h"
 
 #include "grid/Sheet.h"
@@ -9,6 +10,7 @@
 
 #include <QAction>
 #include <QMenu>
+#include <QSignalSpy>
 #include <gtest/gtest.h>
 
 using kx::Sheet;
@@ -114,6 +116,58 @@ TEST_F(Balances, StartsAtTheFirstRowOrTheLastSummaryRowNeverBetween)
     book.lastSumRow = 0;
     calculate(4); // no anchor: from the first data row
     EXPECT_EQ(cell(5, "Balance"), QStringLiteral("7104"));
+}
+
+// A long balance column is fitted at the widest figure the last pass noted:
+// a pass from the last summary row sees only the rows below it, and rows
+// inserted above move the figure away from the row noted. Neither may leave
+// a wider figure above to be cut.
+TEST_F(Balances, TheWidestBalanceNotedStandsForTheWholeColumn)
+{
+    book.book.direction = kx::BalanceSide::None;  // signed, so a negative figure is the widest
+    add("2026-01-01", "100", "");
+    const int wide = add("2026-01-02", "", "99999999.99");
+    add("2026-01-03", "99999999.99", "");
+    for (int i = 0; i < kx::ColumnFit::PeakRange + 100; ++i)
+        add("2026-01-10", "1", "");
+    const int sum = add("2026-01-31", "", "", "", "-1");
+    for (int i = 0; i < 10; ++i)
+        add("2026-02-01", "1", "");
+    calculate(1);
+    book.lastSumRow = sum;
+    const int col = grid.colIndex(QStringLiteral("Balance"));
+    ASSERT_EQ(cell(wide, "Balance"), QStringLiteral("-99999899.99"));
+    const kx::ColumnFit fit(grid, book, [](const QString &text, const QFont &) { return int(text.size()) * 7; });
+    const int widest = fit.figureWidth(col, wide, wide);
+    EXPECT_EQ(fit.figureWidth(col), widest) << "after a pass over the whole book";
+
+    grid.setText(sum + 2, QStringLiteral("Debit"), QStringLiteral("2"));
+    calculate(sum + 2);
+    ASSERT_EQ(cell(sum + 2, "Balance"), QStringLiteral("%1").arg(100 + kx::ColumnFit::PeakRange + 100 + 3));
+    EXPECT_EQ(fit.figureWidth(col), widest) << "after a pass from the summary row";
+
+    grid.insertRowAt(2);
+    ASSERT_EQ(cell(wide + 1, "Balance"), QStringLiteral("-99999899.99"));
+    EXPECT_EQ(fit.figureWidth(col), widest) << "after a row was inserted above the widest figure";
+}
+
+// A pass tells views about every worked-out column the grid has, in one
+// signal, also on a grid that lacks one of them.
+TEST_F(Balances, APassAnnouncesTheBalanceColumnsItWrote)
+{
+    grid.setColKey(grid.colIndex(QStringLiteral("Dir")), QStringLiteral("NoDirection"));
+    add("2026-01-01", "100", "");
+    add("2026-01-02", "5", "");
+    QSignalSpy changed(&grid, &QAbstractItemModel::dataChanged);
+    calculate(1);
+    ASSERT_EQ(changed.count(), 1);
+    const int balance = grid.colIndex(QStringLiteral("Balance"));
+    const int fx = grid.colIndex(QStringLiteral("fxBalance"));
+    const QModelIndex from = changed.at(0).at(0).toModelIndex(), to = changed.at(0).at(1).toModelIndex();
+    EXPECT_LE(grid.gridCol(from), std::min(balance, fx));
+    EXPECT_GE(grid.gridCol(to), std::max(balance, fx));
+    EXPECT_LE(grid.gridRow(from), 1);
+    EXPECT_GE(grid.gridRow(to), 2);
 }
 
 TEST_F(Balances, DirectionDecidesSignAndHighlight)
