@@ -112,8 +112,8 @@ void EditSession::onEnded(int row, int col, bool stored)
     if (m_dropStep || changes.isEmpty())
         return;
     if (!stored) {
-        // A refused or abandoned edit leaves nothing behind (the account
-        // check writes the id it found before it refuses).
+        // A refused or abandoned edit leaves nothing behind: whatever the
+        // edit wrote on its way is put back.
         if (!changes.isComplete()) {
             m_history.clear();
             return;

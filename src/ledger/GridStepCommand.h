@@ -24,9 +24,9 @@ struct LedgerMarks {
 };
 
 /// One undoable step of the grid: every change it made (cells, looks, row
-/// marks, rows inserted, removed and moved, balances) and the ledger marks
-/// before and after. Undo puts the grid back and returns the cursor to the
-/// cell; redo makes the changes again.
+/// marks, rows inserted, removed and moved) and the ledger marks before and
+/// after. Balances are not among them: undo and redo put the changes back
+/// and work the balances out again. Undo returns the cursor to the cell.
 class GridStepCommand : public QUndoCommand
 {
 public:
