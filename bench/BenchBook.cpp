@@ -46,4 +46,15 @@ std::unique_ptr<Opened> sqliteBook(int records, const QString &name)
     return openBook(QStringLiteral("sqlite:") + path, records, true);
 }
 
+long long residentBytes()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray &line : status.readAll().split('\n'))
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).trimmed().split(' ').value(0).toLongLong() * 1024;
+    return 0;
+}
+
 } // namespace kxbench

@@ -24,4 +24,7 @@ std::unique_ptr<Opened> openBook(const QString &url, int records, bool fresh);
 /// folder (\a name tells the benchmarks' files apart), read into a grid.
 std::unique_ptr<Opened> sqliteBook(int records, const QString &name = QStringLiteral("save"));
 
+/// Resident memory of this process in bytes (0 where /proc is not there).
+long long residentBytes();
+
 } // namespace kxbench

@@ -3,6 +3,7 @@
 // painted again (every balance below moves), and the undo of that amount.
 // Beside them, the floor: one pass of running sums over the book's amounts
 // held in a plain array.
+#include "BenchBook.h"
 #include "SampleBooks.h"
 #include "data/SqlAccess.h"
 
@@ -21,17 +22,6 @@
 #include <vector>
 
 namespace {
-
-long long residentBytes()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : status.readAll().split('\n'))
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').value(0).toLongLong() * 1024;
-    return 0;
-}
 
 struct ControlBook {
     std::unique_ptr<kx::SqlAccContext> acc;
@@ -68,7 +58,7 @@ ControlBook *openControlBook(int records)
     b->acc->setPeriodStart(QDate(2025, 12, 1));
     b->acc->setPeriodEnd(QDate(2025, 12, 31));
     b->acc->setBeginDate(QDate(2025, 1, 1));
-    const long long before = residentBytes();
+    const long long before = kxbench::residentBytes();
     b->journal = std::make_unique<kx::Journal>();
     b->journal->resize(1100, 640);
     b->journal->setAcc(b->acc.get());
@@ -77,7 +67,7 @@ ControlBook *openControlBook(int records)
     if (!b->journal->Load())
         return nullptr;
     QApplication::processEvents();
-    b->residentPerRecord = double(residentBytes() - before) / records;
+    b->residentPerRecord = double(kxbench::residentBytes() - before) / records;
     kx::GridModel *grid = b->journal->Grid();
     b->debit = grid->colIndex(QStringLiteral("Debit"));
     const int dirId = grid->colIndex(QStringLiteral("DirID"));

@@ -2,6 +2,7 @@
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "data/JournalDefinition.h"
+#include "BenchBook.h"
 #include "SampleBooks.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookLoader.h"
@@ -178,17 +179,6 @@ void BM_LoadBesideFetch(benchmark::State &state)
     state.counters["ratio"] = fetchNs > 0 ? loadNs / fetchNs : 0;
 }
 
-long long residentBytes()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : status.readAll().split('\n'))
-        if (line.startsWith("VmRSS:"))
-            return line.mid(6).trimmed().split(' ').value(0).toLongLong() * 1024;
-    return 0;
-}
-
 // A million records: the load beside the bare fetch once each, and what the
 // loaded book adds to the process (resident) and what the grid's store holds.
 void BM_LoadMillion(benchmark::State &state)
@@ -203,13 +193,13 @@ void BM_LoadMillion(benchmark::State &state)
         clock.start();
         bareFetch(f);
         fetchMs = double(clock.nsecsElapsed()) / 1e6;
-        const long long before = residentBytes();
+        const long long before = kxbench::residentBytes();
         auto grid = std::make_unique<kx::Sheet>();
         clock.restart();
         if (kx::BookLoader(*grid, book, kx::LedgerHost::none(), f.acc.get()).load(0) != kx::BookLoader::Loaded)
             state.SkipWithError("load failed");
         loadMs = double(clock.nsecsElapsed()) / 1e6;
-        resident = double(residentBytes() - before) / records;
+        resident = double(kxbench::residentBytes() - before) / records;
         store = double(grid->storeBytes()) / records;
     }
     state.counters["fetch_ms"] = fetchMs;
