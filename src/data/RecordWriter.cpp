@@ -104,8 +104,7 @@ std::unique_ptr<RecordWriter> RecordWriter::create(const Database &db)
     if (db.engine() == Database::SqliteEngine && db.handle().driver()) {
         const QVariant h = db.handle().driver()->handle();
         if (h.isValid() && qstrcmp(h.typeName(), "sqlite3*") == 0)
-            return std::make_unique<SqliteRecordWriter>(*static_cast<void *const *>(h.constData()),
-                                                        db.handle().connectionName());
+            return std::make_unique<SqliteRecordWriter>(*static_cast<void *const *>(h.constData()));
     }
     if (db.engine() == Database::PostgresEngine)
         return std::make_unique<PgRecordWriter>(db);

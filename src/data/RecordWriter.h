@@ -77,13 +77,14 @@ public:
 /// while nobody, this connection included, stored anything in between.
 struct ChangeStamp {
     const void *connection = nullptr;  ///< the connection it was taken on
-    QString connectionName;            ///< its name: never given to two connections of a process
+    qint64 session = 0;                ///< a number no other connection of this process carries
     qint64 version = 0;                ///< what the engine counts other connections' commits by
     qint64 changes = 0;                ///< the rows this connection changed so far
+    /// Taken inside a transaction: what was read may still be rolled back.
+    bool inTransaction = false;
     bool operator==(const ChangeStamp &o) const
     {
-        return connection == o.connection && connectionName == o.connectionName && version == o.version &&
-               changes == o.changes;
+        return connection == o.connection && session == o.session && version == o.version && changes == o.changes;
     }
 };
 

@@ -3,6 +3,7 @@
 #include "data/SqlDialect.h"
 #include "kxjournal/Currency.h"
 
+#include <QAtomicInteger>
 #include <QStringEncoder>
 #include <sqlite3.h>
 
@@ -39,11 +40,15 @@ const char *const UpdateBalances = "UPDATE kxJournalRecs AS r SET balance=s.bala
     "balance=s.balance, fxBalance=s.fxBalance, Field1=s.Field1, Field2=s.Field2, Field3=s.Field3, "             \
     "Field4=s.Field4, Flag=s.Flag, Remark=s.Remark, Tag=s.Tag, DirID=s.DirID"
 
+// Whether a record stands where the grid has it is the database's to say: a
+// place another user changed, merged since, is written back as a move.
 const char *const UpdateInPlace = "UPDATE kxJournalRecs AS r SET " KX_SET_FIELDS
-                                  " FROM temp.kx_stage AS s WHERE s.shape = 1 AND s.RecID > 0 AND r.RecID = s.RecID";
+                                  " FROM temp.kx_stage AS s WHERE s.shape = 1 AND s.RecID > 0 AND r.RecID = s.RecID"
+                                  " AND r.Row IS s.Row AND r.DocID IS s.DocID";
 
 const char *const UpdateMoved = "UPDATE kxJournalRecs AS r SET " KX_SET_FIELDS ", Row=s.Row, DocID=s.DocID"
-                                " FROM temp.kx_stage AS s WHERE s.shape = 2 AND s.RecID > 0 AND r.RecID = s.RecID";
+                                " FROM temp.kx_stage AS s WHERE s.shape IN (1, 2) AND s.RecID > 0 AND r.RecID = s.RecID"
+                                " AND (s.shape = 2 OR r.Row IS NOT s.Row OR r.DocID IS NOT s.DocID)";
 #undef KX_SET_FIELDS
 
 #define KX_INSERT_HEAD                                                                                           \
@@ -69,10 +74,7 @@ using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
 
 } // namespace
 
-SqliteRecordWriter::SqliteRecordWriter(void *handle, const QString &connectionName)
-    : m_db(static_cast<sqlite3 *>(handle)), m_connectionName(connectionName)
-{
-}
+SqliteRecordWriter::SqliteRecordWriter(void *handle) : m_db(static_cast<sqlite3 *>(handle)) {}
 
 SqliteRecordWriter::~SqliteRecordWriter()
 {
@@ -198,9 +200,24 @@ bool SqliteRecordWriter::changeStamp(ChangeStamp &stamp)
     if (!version || sqlite3_step(version.get()) != SQLITE_ROW)
         return false;
     stamp.connection = m_db;
-    stamp.connectionName = m_connectionName;
     stamp.version = sqlite3_column_int64(version.get(), 0);
     stamp.changes = sqlite3_total_changes64(m_db);
+    stamp.inTransaction = sqlite3_get_autocommit(m_db) == 0;
+    // A connection closed and opened again may come back at the same
+    // address, counting from the start again. Its temporary schema does not
+    // come back: a number kept there names this connection alone. Setting
+    // it counts as no change and moves no version.
+    const Statement session(prepare(QStringLiteral("PRAGMA temp.user_version")));
+    if (!session || sqlite3_step(session.get()) != SQLITE_ROW)
+        return false;
+    stamp.session = sqlite3_column_int64(session.get(), 0);
+    if (stamp.session == 0) {
+        static QAtomicInteger<int> sessions;
+        stamp.session = sessions.fetchAndAddRelaxed(1) + 1;
+        const Statement name(prepare(QStringLiteral("PRAGMA temp.user_version = %1").arg(stamp.session)));
+        if (!name || sqlite3_step(name.get()) != SQLITE_DONE)
+            return false;
+    }
     return true;
 }
 
@@ -244,7 +261,8 @@ Result<QHash<int, int>> SqliteRecordWriter::writeBulk(const RecordSource &rows)
     qsizetype updated = 0;
     for (const auto &[sql, shape] : {std::pair{UpdateBalances, Balances}, std::pair{UpdateInPlace, InPlace},
                                      std::pair{UpdateMoved, Moved}}) {
-        if (counts[shape] == 0)
+        // In-place rows found moved are written with the moved ones.
+        if (counts[shape] == 0 && !(shape == Moved && counts[InPlace] > 0))
             continue;
         const Result<int> done = run(sql);
         if (!done.ok())

@@ -20,9 +20,8 @@ namespace kx {
 class SqliteRecordWriter : public RecordWriter
 {
 public:
-    /// Writes through the engine handle \a handle (a sqlite3*) of the
-    /// connection named \a connectionName.
-    explicit SqliteRecordWriter(void *handle, const QString &connectionName = QString());
+    /// Writes through the engine handle \a handle (a sqlite3*).
+    explicit SqliteRecordWriter(void *handle);
     ~SqliteRecordWriter() override;
 
     Result<void> remove(int recId) override;
@@ -48,7 +47,6 @@ private:
     QString error() const;
 
     sqlite3 *m_db;
-    QString m_connectionName;
     sqlite3_stmt *m_update[2] = {nullptr, nullptr};
     sqlite3_stmt *m_insert[2] = {nullptr, nullptr};
     sqlite3_stmt *m_balances = nullptr;

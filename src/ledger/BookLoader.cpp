@@ -124,7 +124,10 @@ BookLoader::Outcome BookLoader::load(int docId)
     Result<FetchedRows> fetched = RecordFetcher::fetch(db, query, amountFields(), 0, m_grid.fixedCols());
     if (!fetched.ok())
         return fail(fetched.error());
-    const bool readUnderStamp = stampedBefore && stamps->changeStamp(stampAfter) && stampAfter == stamp;
+    // Rows read inside a transaction someone else opened on this connection
+    // may never be committed.
+    const bool readUnderStamp =
+        stampedBefore && !stamp.inTransaction && stamps->changeStamp(stampAfter) && stampAfter == stamp;
     FetchedRows rows = fetched.takeValue();
     if (const QString key = oversizedKey(rows); !key.isEmpty())
         return fail(QStringLiteral("记录编号 %1 超出了能处理的范围，不能读入这本日记账（存储时会重复这条记录）。").arg(key));
