@@ -16,6 +16,7 @@
 #include "ledger/StoredRecords.h"
 
 #include <cmath>
+#include <functional>
 
 namespace kx {
 
@@ -251,78 +252,105 @@ Result<void> BookSaver::writeRecords()
         return connected;
 
     const JournalColumns columns(m_grid);
-    const int first = m_grid.fixedRows();
-    const int last = m_grid.rows() - 1;
-    const int rows = m_grid.rows();
-    // A book whose first row was never stored is written out whole. The
-    // grid itself changes only once the pass is stored, so a pass that
-    // fails leaves the undo history fitting the grid.
-    bool writeAll = false;
-    if (last >= first) {
-        const BookRow opening(m_grid, columns, first);
-        writeAll = opening.number(JournalColumns::Row) == opening.recId();
-    }
-
-    // Only what differs from what the database holds is written: new rows,
-    // changed ones, and rows whose place (the stored Row) moved.
-    std::vector<Pending> pending;
-    QList<int> undated;           // rows with a record's content and no date
-    int reported = -1;
-    const bool shifted = m_grid.rowsShiftedSinceClean();
     const int docId = m_state.savedDocId();
     // PostgreSQL text cannot hold NUL: it goes before the row is compared or written.
     const bool dropsNul = db.engine() == Database::PostgresEngine;
-    for (int r = first; r <= last; ++r) {
-        const int percent = int(std::round(double(r) / rows * 100.0));
-        if (percent != reported) {
-            reported = percent;
-            m_host.progress(percent);
+    int first = 0, last = 0;
+    // Only what differs from what the database holds is written: new rows,
+    // changed ones, and rows whose place (the stored Row) moved.
+    std::vector<Pending> pending;
+    QList<int> undated;  // rows with a record's content and no date
+    // The pass reports its progress and what it corrects as it goes: a host
+    // that changes the grid meanwhile sends it back to the top, so no row it
+    // has gone by is left unseen (and none is marked clean unstored).
+    // Tells the host something; true when it changed the grid meanwhile.
+    const auto told = [this](const std::function<void()> &tell) {
+        const quint64 before = m_grid.revision();
+        tell();
+        return m_grid.revision() != before;
+    };
+    bool planned = false;
+    for (int attempt = 0; !planned; ++attempt) {
+        if (attempt == MaxPlans)
+            return Error(QStringLiteral("存储时表格一直在被改动，没有存储任何记录。请稍后再存储。"));
+        planned = true;
+        pending.clear();
+        undated.clear();
+        m_notStored.clear();
+        first = m_grid.fixedRows();
+        last = m_grid.rows() - 1;
+        const int rows = m_grid.rows();
+        // A book whose first row was never stored is written out whole. The
+        // grid itself changes only once the pass is stored, so a pass that
+        // fails leaves the undo history fitting the grid.
+        bool writeAll = false;
+        if (last >= first) {
+            const BookRow opening(m_grid, columns, first);
+            writeAll = opening.number(JournalColumns::Row) == opening.recId();
         }
-        // A row nobody touched, still at the place it is stored at, is what the
-        // database holds (a load or save leaves every other row touched).
-        const bool touched = writeAll || m_grid.isRowTouched(r);
-        if (!touched && !shifted)
-            continue;
-        const BookRow row(m_grid, columns, r);
-        if (!touched && row.number(JournalColumns::Row) == r && row.recId() > 0)
-            continue;
-        // Rows without a date are never stored: blank rows and the empty row
-        // at the bottom; one that holds anything else stops the save.
-        if (!row.isDated()) {
-            // A stored record nobody touched here stays as it is stored.
-            if (holdsRecord(row) && (m_grid.isRowTouched(r) || row.recId() <= 0))
-                undated << r;
-            continue;
-        }
-        // Nor are records holding values this control cannot hold.
-        if (m_state.unwritable.contains(row.recId())) {
-            if (m_grid.isRowTouched(r))
-                m_notStored << r;
-            continue;
-        }
-        if (dropsNul) {
-            const QStringList dropped = StoredRecords::dropNul(row);
-            if (!dropped.isEmpty())
-                m_host.prompt(QStringLiteral("第%1行的%2含有数据库不能存储的空字符，已将它去掉。")
-                                  .arg(r)
-                                  .arg(dropped.join(QStringLiteral("、"))),
-                              false);
-        }
-        const int recId = row.recId();
-        quint64 rest = 0;
-        const quint64 print = StoredRecords::fingerprint(row, docId, r, r == first, &rest);
-        if (recId <= 0 || !m_state.stored.holds(recId, print)) {
-            // An amount that is none, or past what money holds, would be
-            // stored as some other number: the pass stops before anything is written.
-            if (const QString bad = badAmount(columns, row); !bad.isEmpty())
-                return Error(QStringLiteral("第%1行的%2，不能存储。请改正后再存储。").arg(r).arg(bad));
-            if (pending.empty())
-                pending.reserve(std::size_t(last - r + 1));
-            // A record read or written here with this place keeps its Row and
-            // DocID, which the database's check below makes sure of.
-            const bool atPlace = recId > 0 && m_state.stored.knows(recId) && row.number(JournalColumns::Row) == r &&
-                                 row.number(JournalColumns::DocID) == docId;
-            pending.push_back({r, recId, print, atPlace, rest, false});
+        int reported = -1;
+        const bool shifted = m_grid.rowsShiftedSinceClean();
+        for (int r = first; r <= last && planned; ++r) {
+            const int percent = int(std::round(double(r) / rows * 100.0));
+            if (percent != reported) {
+                reported = percent;
+                if (told([&] { m_host.progress(percent); })) {
+                    planned = false;
+                    break;
+                }
+                if (m_host.stopped() || !m_acc)
+                    return Error(QStringLiteral("没有连接到账套。"));
+            }
+            // A row nobody touched, still at the place it is stored at, is what the
+            // database holds (a load or save leaves every other row touched).
+            const bool touched = writeAll || m_grid.isRowTouched(r);
+            if (!touched && !shifted)
+                continue;
+            const BookRow row(m_grid, columns, r);
+            if (!touched && row.number(JournalColumns::Row) == r && row.recId() > 0)
+                continue;
+            // Rows without a date are never stored: blank rows and the empty row
+            // at the bottom; one that holds anything else stops the save.
+            if (!row.isDated()) {
+                // A stored record nobody touched here stays as it is stored.
+                if (holdsRecord(row) && (m_grid.isRowTouched(r) || row.recId() <= 0))
+                    undated << r;
+                continue;
+            }
+            // Nor are records holding values this control cannot hold.
+            if (m_state.unwritable.contains(row.recId())) {
+                if (m_grid.isRowTouched(r))
+                    m_notStored << r;
+                continue;
+            }
+            if (dropsNul) {
+                const QStringList dropped = StoredRecords::dropNul(row);
+                if (!dropped.isEmpty() && told([&] {
+                        m_host.prompt(QStringLiteral("第%1行的%2含有数据库不能存储的空字符，已将它去掉。")
+                                          .arg(r)
+                                          .arg(dropped.join(QStringLiteral("、"))),
+                                      false);
+                    })) {
+                    planned = false;
+                    break;
+                }
+            }
+            const int recId = row.recId();
+            quint64 rest = 0;
+            const quint64 print = StoredRecords::fingerprint(row, docId, r, r == first, &rest);
+            if (recId <= 0 || !m_state.stored.holds(recId, print)) {
+                // An amount that is none, or past what money holds, would be
+                // stored as some other number: the pass stops before anything is written.
+                if (const QString bad = badAmount(columns, row); !bad.isEmpty())
+                    return Error(QStringLiteral("第%1行的%2，不能存储。请改正后再存储。").arg(r).arg(bad));
+                if (pending.empty())
+                    pending.reserve(std::size_t(last - r + 1));
+                // A record read or written here with this place keeps its Row and
+                // DocID, which the database's check below makes sure of.
+                const bool atPlace = recId > 0 && m_state.stored.knows(recId) && row.number(JournalColumns::Row) == r &&
+                                     row.number(JournalColumns::DocID) == docId;
+                pending.push_back({r, recId, print, atPlace, rest, false});
+            }
         }
     }
 

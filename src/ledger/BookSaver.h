@@ -43,6 +43,9 @@ public:
     bool reloaded() const { return m_reloaded; }
 
     /// A row a pass writes, and what its record will be known by once stored.
+    /// How often a pass starts over when the host keeps changing the grid
+    /// while it reports.
+    static constexpr int MaxPlans = 3;
     struct Pending {
         int gridRow;
         int recId;

@@ -187,5 +187,83 @@ TEST_P(PartialSave, AnotherUsersChangeToAnUntouchedRowSurvives)
               state.stored.count());
 }
 
+// A host that writes into the grid from a progress report of a save (here,
+// halfway, into a record the pass has already gone by untouched) loses
+// nothing: the change is stored, or the book stays dirty with it.
+TEST_P(PartialSave, AChangeMadeWhileTheSaveReportsProgressIsNotLost)
+{
+    const C columns(grid);
+    // A record in the first half, which the pass has gone by at halfway.
+    int target = grid.fixedRows() + 1;
+    while (!kx::BookRow(grid, columns, target).isDated() || kx::BookRow(grid, columns, target).isSummary())
+        ++target;
+    ASSERT_LT(target, grid.rows() / 2);
+    const int key = kx::BookRow(grid, columns, target).recId();
+    ASSERT_GT(key, 0);
+    struct Meddling : Messages {
+        kx::Sheet *grid = nullptr;
+        int row = 0;
+        bool done = false;
+        void progress(int percent) override
+        {
+            if (percent >= 50 && !done) {
+                done = true;
+                const C columns(*grid);
+                kx::BookRow(*grid, columns, row).setText(C::Explain, QStringLiteral("进度里改的"));
+            }
+        }
+    } meddling;
+    meddling.grid = &grid;
+    meddling.row = target;
+    // Something to save further down, so the pass has work past the middle.
+    kx::BookRow(grid, columns, grid.rows() - 2).setText(C::Remark, QStringLiteral("最后一行的备注"));
+    state.dirty = true;
+    const bool saved = kx::BookSaver(grid, state, meddling, acc.get()).save(QStringLiteral("测试"), 1);
+    ASSERT_TRUE(meddling.done);
+    const QString stored = kx::sqlScalar(acc->Connection(), {QStringLiteral("Select Explain From kxJournalRecs Where RecID=?"), {key}})
+                               .valueOr(QVariant())
+                               .toString();
+    if (stored != QStringLiteral("进度里改的")) {
+        EXPECT_TRUE(state.dirty) << "saved " << saved;
+        EXPECT_TRUE(grid.isRowTouched(target));
+        state.dirty = true;
+        ASSERT_TRUE(save());
+        EXPECT_EQ(kx::sqlScalar(acc->Connection(), {QStringLiteral("Select Explain From kxJournalRecs Where RecID=?"), {key}})
+                      .valueOr(QVariant())
+                      .toString(),
+                  QStringLiteral("进度里改的"));
+    }
+
+    // A host that never stops changing the grid gets a save that stores
+    // nothing and says so, the book left dirty.
+    struct Restless : Messages {
+        kx::Sheet *grid = nullptr;
+        int row = 0;
+        int told = 0;
+        void failure(const QString &text, bool) override { said << text; }
+        void progress(int percent) override
+        {
+            if (percent > 0) {
+                const C columns(*grid);
+                kx::BookRow(*grid, columns, row).setText(C::Remark, QStringLiteral("第%1次").arg(++told));
+            }
+        }
+    } restless;
+    restless.grid = &grid;
+    restless.row = target;
+    const QString before = kx::sqlScalar(acc->Connection(), {QStringLiteral("Select Remark From kxJournalRecs Where RecID=?"), {key}})
+                               .valueOr(QVariant())
+                               .toString();
+    state.dirty = true;
+    EXPECT_FALSE(kx::BookSaver(grid, state, restless, acc.get()).save(QStringLiteral("测试"), 1));
+    EXPECT_TRUE(restless.said.contains(QStringLiteral("存储时表格一直在被改动，没有存储任何记录。请稍后再存储。")))
+        << restless.said.join(QLatin1Char('\n')).toStdString();
+    EXPECT_TRUE(state.dirty);
+    EXPECT_EQ(kx::sqlScalar(acc->Connection(), {QStringLiteral("Select Remark From kxJournalRecs Where RecID=?"), {key}})
+                  .valueOr(QVariant())
+                  .toString(),
+              before);
+}
+
 INSTANTIATE_TEST_SUITE_P(Engines, PartialSave, ::testing::Values(Engine::Sqlite, Engine::Postgres),
                          [](const auto &info) { return kxtest::engineName(info.param); });
