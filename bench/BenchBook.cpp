@@ -19,18 +19,11 @@ std::unique_ptr<Opened> openBook(const QString &url, int records, bool fresh)
     kx::Database db = kx::Database::open(url);
     if (!db.isOpen())
         return nullptr;
-    if (fresh) {
-        kx::SampleOptions options;
-        options.records = records;
-        options.books = 1;
-        options.year = 2025;
-        if (!kx::SampleBooks::create(db, options).ok())
-            return nullptr;
-    }
-    const int docId =
-        kx::sqlScalar(db, {QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("020101")}})
-            .value()
-            .toInt();
+    if (fresh && !fillSample(db, records))
+        return nullptr;
+    const int docId = sampleBookId(db);
+    if (docId <= 0)
+        return nullptr;
     o->acc = std::make_unique<kx::SqlAccContext>(std::move(db));
     kx::JournalDefinition(o->acc->Connection(), o->book.book).read(docId);
     if (kx::BookLoader(o->grid, o->book, kx::LedgerHost::none(), o->acc.get()).load(0) != kx::BookLoader::Loaded)
@@ -40,10 +33,31 @@ std::unique_ptr<Opened> openBook(const QString &url, int records, bool fresh)
 
 std::unique_ptr<Opened> sqliteBook(int records, const QString &name)
 {
+    return openBook(QStringLiteral("sqlite:") + freshFilePath(name, records), records, true);
+}
+
+bool fillSample(kx::Database &db, int records)
+{
+    kx::SampleOptions options;
+    options.records = records;
+    options.books = 1;
+    options.year = 2025;
+    return db.isOpen() && kx::SampleBooks::create(db, options).ok();
+}
+
+QString freshFilePath(const QString &name, int records)
+{
     const QString path = QDir::tempPath() + QStringLiteral("/kxjournal-%1-%2.db").arg(name).arg(records);
     for (const char *suffix : {"", "-wal", "-shm"})
         QFile::remove(path + QLatin1String(suffix));
-    return openBook(QStringLiteral("sqlite:") + path, records, true);
+    return path;
+}
+
+int sampleBookId(const kx::Database &db)
+{
+    return kx::sqlScalar(db, {QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("020101")}})
+        .valueOr(QVariant())
+        .toInt();
 }
 
 long long residentBytes()

@@ -34,20 +34,10 @@ struct ControlBook {
 
 ControlBook *openControlBook(int records)
 {
-    const QString path = QDir::tempPath() + QStringLiteral("/kxjournal-control-%1.db").arg(records);
-    for (const char *suffix : {"", "-wal", "-shm"})
-        QFile::remove(path + QLatin1String(suffix));
-    kx::Database db = kx::Database::open(QStringLiteral("sqlite:") + path);
-    kx::SampleOptions options;
-    options.records = records;
-    options.books = 1;
-    options.year = 2025;
-    if (!db.isOpen() || !kx::SampleBooks::create(db, options).ok())
+    kx::Database db = kx::Database::open(QStringLiteral("sqlite:") + kxbench::freshFilePath(QStringLiteral("control"), records));
+    if (!kxbench::fillSample(db, records))
         return nullptr;
-    const int docId =
-        kx::sqlScalar(db, {QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("020101")}})
-            .valueOr(QVariant())
-            .toInt();
+    const int docId = kxbench::sampleBookId(db);
     // No month closed yet: every record is open, and a change on the second
     // moves every balance below it.
     if (!kx::sqlExec(db, {QStringLiteral("Delete From kxJournalRecs Where Tag<0"), {}}).ok())

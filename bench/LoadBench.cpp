@@ -58,20 +58,10 @@ Fixture &fixture(int records)
     Fixture &f = fixtures()[records];
     if (f.acc)
         return f;
-    const QString path = QDir::tempPath() + QStringLiteral("/kxjournal-bench-%1.db").arg(records);
-    for (const char *suffix : {"", "-wal", "-shm"})
-        QFile::remove(path + QLatin1String(suffix));
-    kx::Database db = kx::Database::open(QStringLiteral("sqlite:") + path);
-    kx::SampleOptions options;
-    options.records = records;
-    options.books = 1;
-    options.year = 2025;
-    if (!kx::SampleBooks::create(db, options).ok())
+    kx::Database db = kx::Database::open(QStringLiteral("sqlite:") + kxbench::freshFilePath(QStringLiteral("bench"), records));
+    if (!kxbench::fillSample(db, records))
         std::abort();
-    f.docId =
-        kx::sqlScalar(db, {QStringLiteral("Select asID From kxJournal Where AssistCode=?"), {QStringLiteral("020101")}})
-            .value()
-            .toInt();
+    f.docId = kxbench::sampleBookId(db);
     f.acc = std::make_unique<kx::SqlAccContext>(std::move(db));
     return f;
 }
