@@ -54,6 +54,11 @@ bool BlockPaste::paste(const QString &text)
     }
 
     const int count = int(block.size());
+    const bool big = count >= 200;
+    if (big)
+        m_ctx.host.progress(0);
+    if (m_ctx.host.stopped())
+        return false;
     if (top + count > grid.rows()) {
         const int old = grid.rows();
         grid.setRows(top + count);
@@ -61,18 +66,18 @@ bool BlockPaste::paste(const QString &text)
             grid.setRowData(r, int(BookRow::Unchanged));
     }
     EditPipeline pipeline(m_ctx, m_rules);
-    const bool big = count >= 200;
     int reported = -1;
-    if (big)
-        m_ctx.host.progress(0);
     bool changed = false;
+    // A host may change the grid from a progress report: rows moved under
+    // the paste are no longer the ones it was given, so it stops there.
+    int stoppedAt = -1;
     {
         const int amountCols[] = {m_ctx.columns[JournalColumns::Debit], m_ctx.columns[JournalColumns::Credit],
                                   m_ctx.columns[JournalColumns::Forex], m_ctx.columns[JournalColumns::Rate]};
         QString heldAmounts[4];
         QList<int> amountsEntered;
         BalanceReach reach(m_ctx);
-        for (int i = 0; i < count; ++i) {
+        for (int i = 0; i < count && stoppedAt < 0; ++i) {
             const int row = top + i;
             const QStringList &cells = block.at(i);
             const BalanceReach::Share before = reach.share(row);
@@ -110,7 +115,10 @@ bool BlockPaste::paste(const QString &text)
             const int percent = int(qint64(i + 1) * 100 / count);
             if (big && percent != reported && percent < 100) {
                 reported = percent;
+                const quint64 revision = grid.revision();
                 m_ctx.host.progress(percent);
+                if (grid.revision() != revision || m_ctx.host.stopped())
+                    stoppedAt = i + 1;
             }
         }
     }
@@ -119,6 +127,8 @@ bool BlockPaste::paste(const QString &text)
                 targets.isEmpty() ? grid.col() : targets.at(std::min(int(targets.size()), int(block.first().size())) - 1));
     if (big)
         m_ctx.host.progress(-1);
+    if (stoppedAt >= 0 && stoppedAt < count && !m_ctx.host.stopped())
+        m_ctx.host.prompt(QStringLiteral("粘贴时表格被改动，只粘贴了前 %1 行。").arg(stoppedAt), true);
     if (!m_rejected.isEmpty()) {
         QStringList shown = m_rejected.mid(0, 20);
         if (m_rejected.size() > 20)

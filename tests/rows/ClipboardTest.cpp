@@ -77,6 +77,49 @@ TEST(Clipboard, AThousandRowsPasteWithTheTwoBadCellsNamed)
     EXPECT_EQ(b.text(5, "Explain"), QStringLiteral("导入0")) << "a paste is one undo step";
 }
 
+// A host that inserts a row from a progress report of a long paste moves
+// the rows under it: the paste stops there and says so, rather than going on
+// into rows that are no longer the ones it was given; what it pasted is one
+// undo step still.
+TEST(Clipboard, ALongPasteStopsWhenTheHostMovesRowsUnderIt)
+{
+    EditingBook b;
+    QStringList lines;
+    for (int i = 0; i < 400; ++i)
+        lines << pasteLine(b, {{QStringLiteral("ShowName"), QStringLiteral("2025-01-20")},
+                               {QStringLiteral("AccName"), QStringLiteral("1122")},
+                               {QStringLiteral("Explain"), QStringLiteral("粘贴%1").arg(i)}});
+    const int rows = b.grid->rows();
+    const QString above = b.text(4, "Explain");
+    bool inserted = false;
+    QObject::connect(b.journal.get(), &kx::Journal::Process, [&](int p) {
+        if (p >= 50 && !inserted) {
+            inserted = true;
+            b.grid->insertRowAt(4);
+        }
+    });
+    b.grid->setCursor(5, b.col("ShowName"));
+    b.journal->pasteText(lines.join(QStringLiteral("\r\n")));
+    ASSERT_TRUE(inserted);
+    EXPECT_TRUE(b.boxes.join(QLatin1Char('\n')).contains(QStringLiteral("粘贴时表格被改动")))
+        << qPrintable(b.boxes.join(QLatin1Char('\n')) + b.said.join(QLatin1Char('\n')));
+    int pasted = 0;
+    for (int r = b.grid->fixedRows(); r < b.grid->rows(); ++r)
+        pasted += b.text(r, "Explain").startsWith(QStringLiteral("粘贴")) ? 1 : 0;
+    EXPECT_GT(pasted, 0);
+    EXPECT_LT(pasted, 400) << "nothing was pasted after the rows moved";
+    // Each pasted line is where the paste put it: in order, one after another.
+    int expected = 0;
+    for (int r = b.grid->fixedRows(); r < b.grid->rows(); ++r) {
+        if (b.text(r, "Explain").startsWith(QStringLiteral("粘贴")))
+            EXPECT_EQ(b.text(r, "Explain"), QStringLiteral("粘贴%1").arg(expected++)) << "row " << r;
+    }
+    EXPECT_EQ(b.text(4, "Explain"), QString()) << "the host's row";
+    EXPECT_EQ(b.text(5, "Explain"), above);
+    ASSERT_TRUE(b.journal->undo());
+    EXPECT_EQ(b.grid->rows(), rows);
+}
+
 TEST(Clipboard, ClosedAndSummaryRowsAreNeverWritten)
 {
     EditingBook b;
