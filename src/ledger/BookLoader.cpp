@@ -133,6 +133,11 @@ BookLoader::Outcome BookLoader::load(int docId)
         return fail(QStringLiteral("记录编号 %1 超出了能处理的范围，不能读入这本日记账（存储时会重复这条记录）。").arg(key));
     m_host.captionChanged(definition.caption(consolidated));
     m_host.progress(20);
+    // The reports below come before the grid changes and after it is done:
+    // a handler that writes into the grid never meets a book half laid down,
+    // nor a write of its own taken for what is stored.
+    if (!m_host.stopped() && m_acc)
+        m_host.progress(30);
     if (m_host.stopped() || !m_acc)
         return fail(QStringLiteral("没有连接到账套。"));
     m_state.removedRecords.clear();
@@ -145,6 +150,7 @@ BookLoader::Outcome BookLoader::load(int docId)
     m_state.unwritable.clear();
     Outcome outcome = Loaded;
     std::vector<int> unstored;
+    QString unreadable;  // said once the book is in
     if (rows.cells.rows() == 0) {
         fillEmptyBook();
         outcome = Empty;
@@ -155,19 +161,14 @@ BookLoader::Outcome BookLoader::load(int docId)
             m_grid.setColKey(m_grid.fixedCols() + i, names.at(i));
         if (consolidated)
             mergeMonths();
-        m_host.progress(30);
         // A book's own records are remembered as stored in the same pass,
         // each just before dressing changes its looks.
-        dressRows(consolidated ? nullptr : &unstored);
+        unreadable = dressRows(consolidated ? nullptr : &unstored);
         if (!consolidated && readUnderStamp)
             m_state.stored.setStamp(stamp);
         if (!consolidated)
             labelRows();
-        m_host.progress(100);
         m_host.layoutChanged(consolidated);
-        m_host.prompt(QStringLiteral("已读入“") + book.journalName + QStringLiteral("”") + suffix +
-                          QStringLiteral("的记录。"),
-                      false);
         ColumnModel::define(m_grid, m_state);
     }
     ColumnModel::applyFormats(m_grid, m_state);
@@ -186,6 +187,14 @@ BookLoader::Outcome BookLoader::load(int docId)
     }
     // The grid shows what is stored: nothing is left to save.
     m_state.dirty = false;
+    if (outcome == Loaded) {
+        m_host.progress(100);
+        if (!unreadable.isEmpty())
+            m_host.prompt(unreadable, true);
+        m_host.prompt(QStringLiteral("已读入“") + book.journalName + QStringLiteral("”") + suffix +
+                          QStringLiteral("的记录。"),
+                      false);
+    }
     m_host.progress(-1);
     return outcome;
 }
@@ -274,7 +283,7 @@ void BookLoader::mergeMonths()
     BalanceCalculator(m_grid, m_state).calculate(m_grid.fixedRows());
 }
 
-void BookLoader::dressRows(std::vector<int> *unstored)
+QString BookLoader::dressRows(std::vector<int> *unstored)
 {
     const int first = m_grid.fixedRows();
     const int last = m_grid.rows() - 1;
@@ -303,7 +312,6 @@ void BookLoader::dressRows(std::vector<int> *unstored)
     const QString creditSide = QStringLiteral("贷");
     const QString even = QStringLiteral("平");
     const QString broken = QStringLiteral("#错误的凭证链接#");
-    int reported = 30;
     QStringList odd;
     for (int r = first; r <= last; ++r) {
         const BookRow row(m_grid, columns, r);
@@ -338,17 +346,12 @@ void BookLoader::dressRows(std::vector<int> *unstored)
         const bool locked = summary || r == first || r <= lastSum || unreadable;
         if (locked)
             RowLook::setLocked(m_grid, columns, m_state.looks, r, true);
-        const int percent = 30 + int(70LL * (r - first + 1) / (last - first + 1));
-        if (percent > reported) {
-            reported = percent;
-            m_host.progress(percent);
-        }
     }
-    if (!odd.isEmpty())
-        m_host.prompt(QStringLiteral("以下 %1 条记录含有不能识别的日期或金额，已设为只读，存储时不会改写它们：\n")
-                              .arg(m_state.unwritable.size()) +
-                          odd.join(QLatin1Char('\n')),
-                      true);
+    if (odd.isEmpty())
+        return {};
+    return QStringLiteral("以下 %1 条记录含有不能识别的日期或金额，已设为只读，存储时不会改写它们：\n")
+               .arg(m_state.unwritable.size()) +
+           odd.join(QLatin1Char('\n'));
 }
 
 void BookLoader::labelRows()

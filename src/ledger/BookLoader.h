@@ -46,7 +46,9 @@ private:
     void markUnstoredRows();
     void mergeMonths();
     /// Dresses every row; with \a unstored, remembers each as stored first.
-    void dressRows(std::vector<int> *unstored);
+    /// Gives what is to be said of rows whose stored values the control
+    /// cannot hold ("" when there are none).
+    QString dressRows(std::vector<int> *unstored);
     void labelRows();
 
     Sheet &m_grid;

@@ -133,6 +133,29 @@ TEST_P(Loading, BookDefinitionIdsAndCaption)
     EXPECT_EQ(def.subordinateList(), QString());
 }
 
+// A host that writes into the grid from the load's reports (its progress,
+// its message) writes either into the book being replaced, which the load
+// then shows as stored, or into the book as loaded, where the change stays
+// a change: never a value shown as stored that is not.
+TEST_P(Loading, WhatAHostWritesWhileALoadReportsIsNeverTakenForStored)
+{
+    ASSERT_TRUE(journal->Load(low1));
+    const QString stored2 = cell(2, "Explain"), stored3 = cell(3, "Explain");
+    kx::Sheet *grid = kx::Sheet::of(journal->Grid());
+    ASSERT_NE(grid, nullptr);
+    QObject::connect(journal.get(), &kx::Journal::Process, [&](int n) {
+        if (n > 20 && n < 100)
+            grid->setText(2, grid->colIndex(QStringLiteral("Explain")), QStringLiteral("进度里改的%1").arg(n));
+    });
+    QObject::connect(journal.get(), &kx::Journal::Notify, [&](const QString &m, bool) {
+        if (m.startsWith(QStringLiteral("已读入")))
+            grid->setText(3, grid->colIndex(QStringLiteral("Explain")), QStringLiteral("消息里改的"));
+    });
+    ASSERT_TRUE(journal->Load(low1));
+    EXPECT_TRUE(cell(2, "Explain") == stored2 || grid->isRowTouched(2)) << cell(2, "Explain").toStdString();
+    EXPECT_TRUE(cell(3, "Explain") == stored3 || grid->isRowTouched(3)) << cell(3, "Explain").toStdString();
+}
+
 TEST_P(Loading, SingleBookInStoredOrderDressedAndLabelled)
 {
     QStringList said;
