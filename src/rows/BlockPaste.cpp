@@ -55,10 +55,19 @@ bool BlockPaste::paste(const QString &text)
 
     const int count = int(block.size());
     const bool big = count >= 200;
-    if (big)
+    if (big) {
+        // The report lets the user interface catch up: what runs then may
+        // change the grid the paste was laid out on.
+        const quint64 revision = grid.revision();
         m_ctx.host.progress(0);
-    if (m_ctx.host.stopped())
-        return false;
+        if (m_ctx.host.stopped())
+            return false;
+        if (grid.revision() != revision) {
+            m_ctx.host.progress(-1);
+            m_ctx.host.prompt(QStringLiteral("粘贴时表格被改动，没有粘贴。"), true);
+            return false;
+        }
+    }
     if (top + count > grid.rows()) {
         const int old = grid.rows();
         grid.setRows(top + count);

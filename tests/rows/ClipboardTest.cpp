@@ -118,6 +118,20 @@ TEST(Clipboard, ALongPasteStopsWhenTheHostMovesRowsUnderIt)
     EXPECT_EQ(b.text(5, "Explain"), above);
     ASSERT_TRUE(b.journal->undo());
     EXPECT_EQ(b.grid->rows(), rows);
+
+    // Changed at the first report, before a line went in: nothing is pasted.
+    QObject::disconnect(b.journal.get(), &kx::Journal::Process, nullptr, nullptr);
+    QObject::connect(b.journal.get(), &kx::Journal::Process, [&](int p) {
+        if (p == 0)
+            b.grid->insertRowAt(4);
+    });
+    b.boxes.clear();
+    b.grid->setCursor(5, b.col("ShowName"));
+    EXPECT_FALSE(b.journal->pasteText(lines.join(QStringLiteral("\r\n"))));
+    EXPECT_EQ(b.boxes, QStringList{QStringLiteral("粘贴时表格被改动，没有粘贴。")});
+    EXPECT_EQ(b.grid->rows(), rows + 1) << "the host's row alone";
+    for (int r = b.grid->fixedRows(); r < b.grid->rows(); ++r)
+        EXPECT_FALSE(b.text(r, "Explain").startsWith(QStringLiteral("粘贴"))) << "row " << r;
 }
 
 TEST(Clipboard, ClosedAndSummaryRowsAreNeverWritten)
