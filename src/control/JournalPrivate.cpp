@@ -218,7 +218,7 @@ void JournalPrivate::saved()
 {
     const std::shared_ptr<JournalPrivate> keep = shared_from_this();
     if (q)
-        Q_EMIT q->dirtyChanged(false);
+        Q_EMIT q->dirtyChanged(state.dirty);
     if (q)
         Q_EMIT q->AfterSaved();
 }

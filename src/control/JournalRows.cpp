@@ -48,8 +48,15 @@ QString Journal::copyText() const { return GridClipboard::selectedText(*d->grid)
 bool Journal::pasteText(const QString &text)
 {
     JournalPrivate *const p = d.get();
-    return p->step(QStringLiteral("Paste"), QStringLiteral("粘贴"),
-                   [p, &text] { return BlockPaste(p->edit->context(), p->edit->rules()).paste(text); });
+    // A long paste reports its start before its undo step begins: what the
+    // host changes then is its own change, not part of the paste.
+    if (!p->mayStart())
+        return false;
+    BlockPaste paste(p->edit->context(), p->edit->rules());
+    const std::shared_ptr<JournalPrivate> keep = d;
+    if (!paste.begin(text) || !keep->q)
+        return false;
+    return p->step(QStringLiteral("Paste"), QStringLiteral("粘贴"), [&paste, &text] { return paste.paste(text); });
 }
 
 } // namespace kx

@@ -113,7 +113,6 @@ bool BookSaver::save(const QString &caption, int instance)
         m_host.failure(reachable.error(), false);
         return false;
     }
-    m_state.dirty = false;
     if (m_readAgain) {
         // Values taken from other users show with their names and labels.
         const int row = m_grid.row();
@@ -468,6 +467,8 @@ Result<void> BookSaver::writeRecords()
     }
     m_state.removedRecords.clear();
     m_grid.markRowsClean();
+    // Clean before the last report: what a handler changes from it stays a change.
+    m_state.dirty = false;
     m_host.progress(-1);
     return {};
 }

@@ -1,5 +1,7 @@
 #include "rows/BlockPaste.h"
 
+#include <utility>
+
 #include "editing/BalanceReach.h"
 #include "editing/EditContext.h"
 #include "editing/EditPipeline.h"
@@ -29,6 +31,26 @@ void BlockPaste::finish(int firstRow, bool changed)
     EditPipeline(m_ctx, m_rules).markBook();
 }
 
+bool BlockPaste::begin(const QString &text)
+{
+    m_begun = false;
+    if (GridClipboard::parse(text).size() < LongFrom)
+        return true;
+    // The report lets the user interface catch up: what runs then may
+    // change the grid the paste is to be laid out on.
+    const quint64 revision = m_ctx.grid.revision();
+    m_ctx.host.progress(0);
+    if (m_ctx.host.stopped())
+        return false;
+    if (m_ctx.grid.revision() != revision) {
+        m_ctx.host.progress(-1);
+        m_ctx.host.prompt(QStringLiteral("粘贴时表格被改动，没有粘贴。"), true);
+        return false;
+    }
+    m_begun = true;
+    return true;
+}
+
 bool BlockPaste::paste(const QString &text)
 {
     m_rejected.clear();
@@ -54,20 +76,10 @@ bool BlockPaste::paste(const QString &text)
     }
 
     const int count = int(block.size());
-    const bool big = count >= 200;
-    if (big) {
-        // The report lets the user interface catch up: what runs then may
-        // change the grid the paste was laid out on.
-        const quint64 revision = grid.revision();
-        m_ctx.host.progress(0);
-        if (m_ctx.host.stopped())
-            return false;
-        if (grid.revision() != revision) {
-            m_ctx.host.progress(-1);
-            m_ctx.host.prompt(QStringLiteral("粘贴时表格被改动，没有粘贴。"), true);
-            return false;
-        }
-    }
+    const bool big = count >= LongFrom;
+    if (big && !std::exchange(m_begun, false) && !begin(text))
+        return false;
+    const int rowsBefore = grid.rows();
     if (top + count > grid.rows()) {
         const int old = grid.rows();
         grid.setRows(top + count);
@@ -131,8 +143,14 @@ bool BlockPaste::paste(const QString &text)
             }
         }
     }
+    // Rows grown for lines a stopped paste never reached go again (the last
+    // rows: a host's change above them moved them all alike).
+    const int unfilled = stoppedAt >= 0 ? top + count - std::max(rowsBefore, top + stoppedAt) : 0;
+    if (unfilled > 0 && !m_ctx.host.stopped())
+        grid.setRows(grid.rows() - unfilled);
+    const int pastedRows = stoppedAt >= 0 ? stoppedAt : count;
     finish(top, changed);
-    grid.select(top, targets.isEmpty() ? grid.col() : targets.first(), top + count - 1,
+    grid.select(top, targets.isEmpty() ? grid.col() : targets.first(), top + pastedRows - 1,
                 targets.isEmpty() ? grid.col() : targets.at(std::min(int(targets.size()), int(block.first().size())) - 1));
     if (big)
         m_ctx.host.progress(-1);

@@ -30,7 +30,14 @@ class BlockPaste
 public:
     /// Enters through the edit pipeline with \a rules on what \a ctx holds.
     BlockPaste(EditContext &ctx, const EditRules &rules);
-    /// Pastes \a text at the cursor. True when a cell changed.
+    /// Reports the start of a long paste of \a text, before anything
+    /// changes and before the change is recorded for undo: the report lets
+    /// the user interface catch up, and what changes the grid then is the
+    /// host's own. False, with a message, when the grid changed meanwhile or
+    /// the control is gone: nothing is to be pasted then.
+    bool begin(const QString &text);
+    /// Pastes \a text at the cursor. True when a cell changed. Without
+    /// begin() first, a long paste reports its start itself.
     bool paste(const QString &text);
     /// Empties the editable cells of the selected block (dates and accounts
     /// stay: a record needs both). True when a cell changed.
@@ -40,12 +47,15 @@ public:
 
 private:
     void finish(int firstRow, bool changed);
+    /// From how many lines a paste reports its progress.
+    static constexpr int LongFrom = 200;
     // Why \a block cannot land as the user sees it from row \a top on the
     // columns \a targets (empty when it can).
     QString misplaced(const QList<QStringList> &block, int top, const QList<int> &targets) const;
     EditContext &m_ctx;
     const EditRules &m_rules;
     QStringList m_rejected;
+    bool m_begun = false;  ///< begin() reported the start
 };
 
 } // namespace kx

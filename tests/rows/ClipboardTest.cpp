@@ -8,6 +8,9 @@
 #include <kxjournal/Journal.h>
 
 #include <QRandomGenerator>
+#include <QPointer>
+#include <QCoreApplication>
+#include <algorithm>
 #include <gtest/gtest.h>
 
 using kxtest::EditingBook;
@@ -280,4 +283,187 @@ TEST(Clipboard, LineBreaksAndTabsInsideAPastedCellBecomeBlanks)
     EXPECT_EQ(b.text(2, "Explain"), QStringLiteral("收到 货款"));
     EXPECT_EQ(b.text(3, "Explain"), QStringLiteral("付 材料 款"));
     EXPECT_EQ(b.journal->ExplainHistory(), QString()) << "the typed list is not filled by a paste";
+}
+
+// A long paste the host stops halfway leaves no rows it grew the
+// grid by for lines it never pasted, and its selection is the rows it filled.
+TEST(Clipboard, AStoppedPasteLeavesNoEmptyRowsOfItsOwn)
+{
+    EditingBook b;
+    QStringList lines;
+    for (int i = 0; i < 400; ++i)
+        lines << pasteLine(b, {{QStringLiteral("ShowName"), QStringLiteral("2025-01-20")},
+                               {QStringLiteral("AccName"), QStringLiteral("1122")},
+                               {QStringLiteral("Explain"), QStringLiteral("粘贴%1").arg(i)}});
+    const int before = b.grid->rows();
+    bool inserted = false;
+    QObject::connect(b.journal.get(), &kx::Journal::Process, [&](int p) {
+        if (p >= 50 && !inserted) {
+            inserted = true;
+            b.grid->insertRowAt(4);
+        }
+    });
+    b.grid->setCursor(5, b.col("ShowName"));
+    b.journal->pasteText(lines.join(QStringLiteral("\r\n")));
+    ASSERT_TRUE(inserted);
+    int lastPasted = -1;
+    for (int r = b.grid->fixedRows(); r < b.grid->rows(); ++r)
+        if (b.text(r, "Explain").startsWith(QStringLiteral("粘贴")))
+            lastPasted = r;
+    ASSERT_GT(lastPasted, 0);
+    EXPECT_LE(b.grid->rows(), std::max(before + 1, lastPasted + 2))
+        << "rows the paste added for lines it never pasted are left behind";
+}
+
+// An edit a host makes from the save's last progress report, or from
+// its "已存储" message, is stored or leaves the book dirty, and the last
+// dirtyChanged the host hears says what IsDirty() says.
+TEST(Clipboard, AnEditAtTheEndOfASaveIsNotTakenForStored)
+{
+    for (int when = 0; when < 2; ++when) {
+        SCOPED_TRACE(when == 0 ? "at Process(-1)" : "at the 已存储 message");
+        EditingBook b;
+        ASSERT_TRUE(b.type(3, "Explain", QStringLiteral("先改的")));
+        ASSERT_TRUE(b.journal->IsDirty());
+        const int key = b.text(2, "RecID").toInt();
+        ASSERT_GT(key, 0);
+        bool done = false, typed = false;
+        const auto meddle = [&] {
+            if (done)
+                return;
+            done = true;
+            typed = b.type(2, "Explain", QStringLiteral("存储结束时改的"));
+        };
+        QObject::connect(b.journal.get(), &kx::Journal::Process, [&](int p) {
+            if (when == 0 && p == -1)
+                meddle();
+        });
+        QObject::connect(b.journal.get(), &kx::Journal::Notify, [&](const QString &m, bool) {
+            if (when == 1 && m.startsWith(QStringLiteral("已存储")))
+                meddle();
+        });
+        QList<bool> heard;
+        QObject::connect(b.journal.get(), &kx::Journal::dirtyChanged, [&](bool d) { heard << d; });
+        ASSERT_TRUE(b.journal->Save());
+        ASSERT_TRUE(done);
+        ASSERT_TRUE(typed);
+        const QString stored =
+            kx::sqlScalar(b.acc->Connection(), {QStringLiteral("Select Explain From kxJournalRecs Where RecID=?"), {key}})
+                .valueOr(QVariant())
+                .toString();
+        EXPECT_TRUE(stored == QStringLiteral("存储结束时改的") || b.journal->IsDirty())
+            << "the edit is neither stored nor does the book say it is dirty";
+        ASSERT_FALSE(heard.isEmpty());
+        EXPECT_EQ(heard.last(), b.journal->IsDirty()) << "the host was last told something else than IsDirty()";
+    }
+}
+
+// An edit a host makes from a load's reports after the book is in
+// (progress 100, "已读入", -1) stays a change the book says it holds.
+TEST(Clipboard, AnEditAtTheEndOfALoadKeepsTheBookDirty)
+{
+    for (int when = 0; when < 3; ++when) {
+        SCOPED_TRACE(when);
+        EditingBook b;
+        bool done = false, typed = false;
+        const auto meddle = [&] {
+            if (done)
+                return;
+            done = true;
+            typed = b.type(2, "Explain", QStringLiteral("读入时改的"));
+        };
+        QObject::connect(b.journal.get(), &kx::Journal::Process, [&](int p) {
+            if ((when == 0 && p == 100) || (when == 2 && p == -1))
+                meddle();
+        });
+        QObject::connect(b.journal.get(), &kx::Journal::Notify, [&](const QString &m, bool) {
+            if (when == 1 && m.startsWith(QStringLiteral("已读入")))
+                meddle();
+        });
+        QList<bool> heard;
+        QObject::connect(b.journal.get(), &kx::Journal::dirtyChanged, [&](bool d) { heard << d; });
+        ASSERT_TRUE(b.journal->Load(b.book));
+        ASSERT_TRUE(done);
+        if (b.text(2, "Explain") == QStringLiteral("读入时改的")) {
+            EXPECT_TRUE(b.journal->IsDirty());
+            EXPECT_TRUE(b.grid->isRowTouched(2));
+            if (!heard.isEmpty())
+                EXPECT_TRUE(heard.last());
+        }
+    }
+}
+
+// A paste that pasted nothing because the host changed the grid at
+// its first report leaves no "粘贴" undo step that takes the host's change away.
+TEST(Clipboard, ANoPasteLeavesNoUndoStepOfTheHostsChange)
+{
+    EditingBook b;
+    QStringList lines;
+    for (int i = 0; i < 400; ++i)
+        lines << pasteLine(b, {{QStringLiteral("ShowName"), QStringLiteral("2025-01-20")},
+                               {QStringLiteral("AccName"), QStringLiteral("1122")},
+                               {QStringLiteral("Explain"), QStringLiteral("粘贴%1").arg(i)}});
+    const int rows = b.grid->rows();
+    QObject::connect(b.journal.get(), &kx::Journal::Process, [&](int p) {
+        if (p == 0)
+            b.grid->insertRowAt(4);
+    });
+    b.grid->setCursor(5, b.col("ShowName"));
+    EXPECT_FALSE(b.journal->pasteText(lines.join(QStringLiteral("\r\n"))));
+    ASSERT_EQ(b.grid->rows(), rows + 1);
+    if (b.journal->undo())
+        EXPECT_EQ(b.grid->rows(), rows + 1) << "undoing the paste that pasted nothing took the host's row away";
+}
+
+// The host deletes the control from a report in the middle or at
+// the end of a long paste, a save and a load (run under ASan).
+TEST(Clipboard, TheHostMayDeleteTheControlFromAnyReport)
+{
+    struct Run {
+        const char *what;
+        int at;
+    };
+    for (const Run run : {Run{"paste", 0}, Run{"paste", 50}, Run{"paste", -1}, Run{"save", 0}, Run{"save", 50},
+                          Run{"save", -1}, Run{"load", 30}, Run{"load", 100}, Run{"load", -1}, Run{"loadmsg", 0},
+                          Run{"savemsg", 0}}) {
+        SCOPED_TRACE(std::string(run.what) + " " + std::to_string(run.at));
+        EditingBook b;
+        QStringList lines;
+        for (int i = 0; i < 400; ++i)
+            lines << pasteLine(b, {{QStringLiteral("ShowName"), QStringLiteral("2025-01-20")},
+                                   {QStringLiteral("AccName"), QStringLiteral("1122")},
+                                   {QStringLiteral("Explain"), QStringLiteral("粘贴%1").arg(i)}});
+        const std::string what = run.what;
+        if (what.rfind("save", 0) == 0) {
+            b.grid->setCursor(5, b.col("ShowName"));
+            ASSERT_TRUE(b.journal->pasteText(lines.join(QStringLiteral("\r\n"))));
+        }
+        QPointer<kx::Journal> j = b.journal.release();
+        bool fired = false;
+        QObject::connect(j.data(), &kx::Journal::Process, [&](int p) {
+            if (!fired && p == run.at && what.find("msg") == std::string::npos) {
+                fired = true;
+                delete j.data();
+            }
+        });
+        QObject::connect(j.data(), &kx::Journal::Notify, [&](const QString &m, bool) {
+            if (!fired && ((what == "loadmsg" && m.startsWith(QStringLiteral("已读入"))) ||
+                           (what == "savemsg" && m.startsWith(QStringLiteral("已存储"))))) {
+                fired = true;
+                delete j.data();
+            }
+        });
+        if (what == "paste") {
+            kx::Sheet::of(j->Grid())->setCursor(5, b.col("ShowName"));
+            j->pasteText(lines.join(QStringLiteral("\r\n")));
+        } else if (what.rfind("save", 0) == 0) {
+            j->Save();
+        } else {
+            j->Load(b.book);
+        }
+        EXPECT_TRUE(fired);
+        EXPECT_TRUE(j.isNull());
+        delete j.data();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
 }
