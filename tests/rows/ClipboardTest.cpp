@@ -19,6 +19,21 @@ using kxtest::Engine;
 using kxtest::pasteLine;
 using kxtest::pasteLineFrom;
 
+namespace {
+
+// Four hundred dated lines, "粘贴0" … "粘贴399": a paste long enough to report its progress.
+QStringList longPaste(const EditingBook &b)
+{
+    QStringList lines;
+    for (int i = 0; i < 400; ++i)
+        lines << pasteLine(b, {{QStringLiteral("ShowName"), QStringLiteral("2025-01-20")},
+                               {QStringLiteral("AccName"), QStringLiteral("1122")},
+                               {QStringLiteral("Explain"), QStringLiteral("粘贴%1").arg(i)}});
+    return lines;
+}
+
+} // namespace
+
 TEST(Clipboard, AThousandRowsPasteWithTheTwoBadCellsNamed)
 {
     EditingBook b;
@@ -87,11 +102,7 @@ TEST(Clipboard, AThousandRowsPasteWithTheTwoBadCellsNamed)
 TEST(Clipboard, ALongPasteStopsWhenTheHostMovesRowsUnderIt)
 {
     EditingBook b;
-    QStringList lines;
-    for (int i = 0; i < 400; ++i)
-        lines << pasteLine(b, {{QStringLiteral("ShowName"), QStringLiteral("2025-01-20")},
-                               {QStringLiteral("AccName"), QStringLiteral("1122")},
-                               {QStringLiteral("Explain"), QStringLiteral("粘贴%1").arg(i)}});
+    const QStringList lines = longPaste(b);
     const int rows = b.grid->rows();
     const QString above = b.text(4, "Explain");
     bool inserted = false;
@@ -290,11 +301,7 @@ TEST(Clipboard, LineBreaksAndTabsInsideAPastedCellBecomeBlanks)
 TEST(Clipboard, AStoppedPasteLeavesNoEmptyRowsOfItsOwn)
 {
     EditingBook b;
-    QStringList lines;
-    for (int i = 0; i < 400; ++i)
-        lines << pasteLine(b, {{QStringLiteral("ShowName"), QStringLiteral("2025-01-20")},
-                               {QStringLiteral("AccName"), QStringLiteral("1122")},
-                               {QStringLiteral("Explain"), QStringLiteral("粘贴%1").arg(i)}});
+    const QStringList lines = longPaste(b);
     const int before = b.grid->rows();
     bool inserted = false;
     QObject::connect(b.journal.get(), &kx::Journal::Process, [&](int p) {
@@ -398,11 +405,7 @@ TEST(Clipboard, AnEditAtTheEndOfALoadKeepsTheBookDirty)
 TEST(Clipboard, ANoPasteLeavesNoUndoStepOfTheHostsChange)
 {
     EditingBook b;
-    QStringList lines;
-    for (int i = 0; i < 400; ++i)
-        lines << pasteLine(b, {{QStringLiteral("ShowName"), QStringLiteral("2025-01-20")},
-                               {QStringLiteral("AccName"), QStringLiteral("1122")},
-                               {QStringLiteral("Explain"), QStringLiteral("粘贴%1").arg(i)}});
+    const QStringList lines = longPaste(b);
     const int rows = b.grid->rows();
     QObject::connect(b.journal.get(), &kx::Journal::Process, [&](int p) {
         if (p == 0)
@@ -428,11 +431,7 @@ TEST(Clipboard, TheHostMayDeleteTheControlFromAnyReport)
                           Run{"savemsg", 0}}) {
         SCOPED_TRACE(std::string(run.what) + " " + std::to_string(run.at));
         EditingBook b;
-        QStringList lines;
-        for (int i = 0; i < 400; ++i)
-            lines << pasteLine(b, {{QStringLiteral("ShowName"), QStringLiteral("2025-01-20")},
-                                   {QStringLiteral("AccName"), QStringLiteral("1122")},
-                                   {QStringLiteral("Explain"), QStringLiteral("粘贴%1").arg(i)}});
+        const QStringList lines = longPaste(b);
         const std::string what = run.what;
         if (what.rfind("save", 0) == 0) {
             b.grid->setCursor(5, b.col("ShowName"));
