@@ -165,13 +165,13 @@ Result<FetchedRows> PgRowReader::read(pg_conn *conn, const SqlStatement &stateme
     out.cells.reserveRows(std::max(rows, expectedRows));
     CellArrayData &block = out.cells.data();
     for (int r = 0; r < rows; ++r) {
-        Cell *cells = block.rowCells(out.cells.appendRow()) + leadingCols;
+        const int row = out.cells.appendRow();
         for (int c = 0; c < n; ++c) {
             // Every value comes as text; its column's type says what it is.
             const FetchedCell::Raw value = PQgetisnull(res, r, c)
                                                ? FetchedCell::Raw::null()
                                                : FetchedCell::Raw::text(PQgetvalue(res, r, c), PQgetlength(res, r, c));
-            cells[c] = FetchedCell::of(block, leadingCols + c, declared[std::size_t(c)], value);
+            block.fill(row, leadingCols + c, FetchedCell::of(block, leadingCols + c, declared[std::size_t(c)], value));
         }
     }
     return Result<FetchedRows>(std::move(out));

@@ -201,7 +201,7 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
         std::size_t type = 0, number = 0, real = 0, text = 0;
         const char *bytes = raw.bytes.data();
         for (int r = 0; r < raw.rows; ++r) {
-            Cell *cells = block.rowCells(out.cells.appendRow()) + leadingCols;
+            const int row = out.cells.appendRow();
             for (int c = 0; c < n; ++c) {
                 FetchedCell::Raw value;
                 switch (raw.types[type++]) {
@@ -220,7 +220,7 @@ Result<FetchedRows> RecordFetcher::fetchSqlite(void *handle, const SqlStatement 
                     break;
                 }
                 }
-                cells[c] = FetchedCell::of(block, leadingCols + c, declared[std::size_t(c)], value);
+                block.fill(row, leadingCols + c, FetchedCell::of(block, leadingCols + c, declared[std::size_t(c)], value));
             }
         }
         queue.recycle(std::move(raw));
@@ -252,10 +252,10 @@ Result<FetchedRows> RecordFetcher::fetchQt(const Database &db, const SqlStatemen
     out.cells = CellArray(0, leadingCols + n);
     CellArrayData &block = out.cells.data();
     while (q.next()) {
-        Cell *cells = block.rowCells(out.cells.appendRow()) + leadingCols;
+        const int row = out.cells.appendRow();
         for (int c = 0; c < n; ++c) {
             const QtValue value = qtValue(q.value(c), declared[std::size_t(c)]);
-            cells[c] = FetchedCell::of(block, leadingCols + c, value.declared, value.raw);
+            block.fill(row, leadingCols + c, FetchedCell::of(block, leadingCols + c, value.declared, value.raw));
         }
     }
     return Result<FetchedRows>(std::move(out));

@@ -6,38 +6,65 @@
 
 namespace kx {
 
-CellArrayData::CellArrayData(int rowCount, int colCount) : cols(std::max(colCount, 0))
+CellArrayData::CellArrayData(int rowCount, int colCount)
+    : cols(std::max(colCount, 0)), columns(std::size_t(std::max(colCount, 0))), m_rows(std::max(rowCount, 0))
 {
-    rows.resize(std::size_t(std::max(rowCount, 0)));
-    for (auto &row : rows)
-        row = std::make_unique<Cell[]>(std::size_t(cols));
 }
 
-CellArrayData::CellArrayData(const CellArrayData &other) : cols(other.cols)
+CellArrayData::CellArrayData(const CellArrayData &other)
+    : cols(other.cols), columns(other.columns.size()), m_rows(other.m_rows), m_reserved(other.m_reserved)
 {
-    rows.reserve(other.rows.size());
-    for (const auto &src : other.rows) {
-        rows.push_back(std::make_unique<Cell[]>(std::size_t(cols)));
-        for (int c = 0; c < cols; ++c) {
-            const Cell cell = src[std::size_t(c)];
-            rows.back()[std::size_t(c)] =
-                cell.kind() == Cell::Text ? Cell::text(pool.intern(other.pool.text(std::uint32_t(cell.payload())))) : cell;
-        }
+    for (std::size_t c = 0; c < columns.size(); ++c) {
+        columns[c] = other.columns[c];
+        for (Cell &cell : columns[c])
+            if (cell.kind() == Cell::Text)
+                cell = Cell::text(pool.intern(other.pool.text(std::uint32_t(cell.payload()))));
     }
 }
 
-void CellArrayData::clearCell(Cell &cell)
+void CellArrayData::allocate(std::vector<Cell> &column)
 {
-    if (cell.kind() == Cell::Text)
-        pool.release(std::uint32_t(cell.payload()));
-    cell = Cell();
+    column.reserve(std::max(m_reserved, std::size_t(m_rows)));
+    column.resize(std::size_t(m_rows));
 }
 
 void CellArrayData::put(int row, int col, Cell cell)
 {
-    Cell &slot = rows[std::size_t(row)][std::size_t(col)];
-    clearCell(slot);
+    std::vector<Cell> &column = columns[std::size_t(col)];
+    if (column.empty()) {
+        fill(row, col, cell);
+        return;
+    }
+    Cell &slot = column[std::size_t(row)];
+    if (slot.kind() == Cell::Text)
+        pool.release(std::uint32_t(slot.payload()));
     slot = cell;
+}
+
+int CellArrayData::appendRow()
+{
+    for (std::vector<Cell> &column : columns)
+        if (!column.empty())
+            column.emplace_back();
+    return m_rows++;
+}
+
+void CellArrayData::reserveRows(int rows)
+{
+    if (rows <= 0)
+        return;
+    m_reserved = std::size_t(rows);
+    for (std::vector<Cell> &column : columns)
+        if (!column.empty())
+            column.reserve(m_reserved);
+}
+
+void CellArrayData::clear()
+{
+    columns.assign(columns.size(), {});
+    pool = TextPool();
+    m_rows = 0;
+    m_reserved = 0;
 }
 
 Cell CellArrayData::utf8Cell(int col, const char *bytes, int size)
@@ -100,7 +127,7 @@ CellArray::~CellArray() = default;
 
 int CellArray::rows() const
 {
-    return int(d->rows.size());
+    return d->rowCount();
 }
 
 int CellArray::cols() const
@@ -110,7 +137,7 @@ int CellArray::cols() const
 
 QString CellArray::text(int row, int col) const
 {
-    const Cell cell = d->rows[std::size_t(row)][std::size_t(col)];
+    const Cell cell = d->at(row, col);
     return cell.kind() == Cell::Text ? d->pool.text(std::uint32_t(cell.payload())) : cell.typedText();
 }
 
@@ -143,14 +170,12 @@ void CellArray::setUtf8(int row, int col, const char *bytes, int size)
 
 int CellArray::appendRow()
 {
-    d->rows.push_back(std::make_unique<Cell[]>(std::size_t(d->cols)));
-    return int(d->rows.size()) - 1;
+    return d->appendRow();
 }
 
 void CellArray::reserveRows(int rows)
 {
-    if (rows > 0)
-        d->rows.reserve(std::size_t(rows));
+    d->reserveRows(rows);
 }
 
 } // namespace kx

@@ -10,7 +10,7 @@ namespace kx {
 
 class CellArrayData;
 
-/// A rectangular block of cells, row-major: the form in which a whole result
+/// A rectangular block of cells, kept column by column: the form in which a whole result
 /// set is handed to Sheet::loadArray() in one call. Cells are kept typed
 /// (numbers, amounts, days, pooled texts) exactly as the grid keeps them, so
 /// the grid takes the block over without converting a cell.

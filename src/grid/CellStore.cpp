@@ -47,80 +47,78 @@ int movedIndex(int i, int from, int to)
 
 CellStore::~CellStore() = default;
 
-CellStore::Row CellStore::makeRow() const
-{
-    Row row;
-    row.cells = std::make_unique<Cell[]>(std::size_t(m_cols));
-    return row;
-}
-
 void CellStore::release(Cell cell)
 {
     if (cell.kind() == Cell::Text)
         m_pool.release(std::uint32_t(cell.payload()));
 }
 
-void CellStore::releaseRow(Row &row)
+void CellStore::releaseRows(int first, int last)
 {
-    countIrregular(row, -1);
-    if (!row.cells)
-        return;
-    for (int c = 0; c < m_cols; ++c)
-        release(row.cells[std::size_t(c)]);
+    for (int r = first; r < last; ++r)
+        countIrregular(m_rows[std::size_t(r)], -1);
+    for (const std::vector<Cell> &column : m_columns)
+        if (!column.empty())
+            for (int r = first; r < last; ++r)
+                release(column[std::size_t(r)]);
 }
 
 void CellStore::resizeRows(int n)
 {
+    ++m_layout;
     n = std::max(n, 0);
-    if (n < rows() / 2) {
+    if (n < rows() / 2)
         keepPooledTextsOf(n);
-    } else {
-        for (int r = n; r < rows(); ++r)
-            releaseRow(m_rows[std::size_t(r)]);
-    }
-    const int old = rows();
+    else
+        releaseRows(n, rows());
     m_rows.resize(std::size_t(n));
-    for (int r = old; r < n; ++r)
-        m_rows[std::size_t(r)] = makeRow();
+    for (std::vector<Cell> &column : m_columns) {
+        if (n == 0)
+            std::vector<Cell>().swap(column);
+        else if (!column.empty())
+            column.resize(std::size_t(n));
+    }
 }
 
 void CellStore::keepPooledTextsOf(int n)
 {
+    ++m_layout;
     // Most rows go: a new pool with the texts of the rows that stay is
     // cheaper than releasing the others text by text.
     TextPool pool;
-    for (int r = 0; r < n; ++r)
-        for (int c = 0; c < m_cols; ++c) {
-            Cell &cell = m_rows[std::size_t(r)].cells[std::size_t(c)];
+    for (std::vector<Cell> &column : m_columns)
+        for (int r = 0; r < n && r < int(column.size()); ++r) {
+            Cell &cell = column[std::size_t(r)];
             if (cell.kind() == Cell::Text)
                 cell = Cell::text(pool.intern(m_pool.text(std::uint32_t(cell.payload()))));
         }
     for (int r = n; r < rows(); ++r)
         countIrregular(m_rows[std::size_t(r)], -1);
     m_rows.resize(std::size_t(n));
+    for (std::vector<Cell> &column : m_columns)
+        if (!column.empty())
+            column.resize(std::size_t(n));
     m_pool = std::move(pool);
 }
 
 void CellStore::resizeCols(int n)
 {
+    ++m_layout;
     n = std::max(n, 0);
     if (n == m_cols)
         return;
+    for (int c = n; c < m_cols; ++c)
+        for (Cell cell : m_columns[std::size_t(c)])
+            release(cell);
+    m_columns.resize(std::size_t(n));
     for (Row &row : m_rows) {
-        auto cells = std::make_unique<Cell[]>(std::size_t(n));
-        for (int c = 0; c < m_cols; ++c) {
-            if (c < n)
-                cells[std::size_t(c)] = row.cells[std::size_t(c)];
-            else
-                release(row.cells[std::size_t(c)]);
-        }
-        row.cells = std::move(cells);
-        if (row.extra && !row.extra->data.empty())
+        if (!row.extra)
+            continue;
+        if (!row.extra->data.empty())
             row.extra->data.resize(std::size_t(n));
-        if (row.extra)
-            row.extra->before.erase(std::remove_if(row.extra->before.begin(), row.extra->before.end(),
-                                                   [n](const auto &kept) { return kept.first >= n; }),
-                                    row.extra->before.end());
+        row.extra->before.erase(std::remove_if(row.extra->before.begin(), row.extra->before.end(),
+                                               [n](const auto &kept) { return kept.first >= n; }),
+                                row.extra->before.end());
     }
     m_cols = n;
     m_kept.resize(std::size_t(n));
@@ -131,10 +129,12 @@ void CellStore::insertRows(int at, int count)
     if (count <= 0)
         return;
     at = std::clamp(at, 0, rows());
+    ++m_layout;
     std::vector<Row> fresh(static_cast<std::size_t>(count));
-    for (Row &r : fresh)
-        r = makeRow();
     m_rows.insert(m_rows.begin() + at, std::make_move_iterator(fresh.begin()), std::make_move_iterator(fresh.end()));
+    for (std::vector<Cell> &column : m_columns)
+        if (!column.empty())
+            column.insert(column.begin() + at, std::size_t(count), Cell());
 }
 
 void CellStore::removeRows(int at, int count)
@@ -142,29 +142,34 @@ void CellStore::removeRows(int at, int count)
     count = std::min(count, rows() - at);
     if (at < 0 || count <= 0)
         return;
-    for (int r = at; r < at + count; ++r)
-        releaseRow(m_rows[std::size_t(r)]);
+    releaseRows(at, at + count);
+    ++m_layout;
     m_rows.erase(m_rows.begin() + at, m_rows.begin() + at + count);
+    for (std::vector<Cell> &column : m_columns)
+        if (!column.empty())
+            column.erase(column.begin() + at, column.begin() + at + count);
 }
 
 void CellStore::moveRow(int from, int to)
 {
+    ++m_layout;
     rotateOne(m_rows, from, to);
+    for (std::vector<Cell> &column : m_columns)
+        if (!column.empty())
+            rotateOne(column, from, to);
 }
 
 void CellStore::moveCol(int from, int to)
 {
+    ++m_layout;
+    rotateOne(m_columns, from, to);
     for (Row &row : m_rows) {
-        Cell *cells = row.cells.get();
-        if (from < to)
-            std::rotate(cells + from, cells + from + 1, cells + to + 1);
-        else
-            std::rotate(cells + to, cells + from, cells + from + 1);
-        if (row.extra && !row.extra->data.empty())
+        if (!row.extra)
+            continue;
+        if (!row.extra->data.empty())
             rotateOne(row.extra->data, from, to);
-        if (row.extra)
-            for (auto &kept : row.extra->before)
-                kept.first = movedIndex(kept.first, from, to);
+        for (auto &kept : row.extra->before)
+            kept.first = movedIndex(kept.first, from, to);
     }
     if (std::size_t(std::max(from, to)) < m_kept.size())
         rotateOne(m_kept, from, to);
@@ -174,6 +179,7 @@ void CellStore::adopt(CellArray &array, int firstRow, int firstCol)
 {
     CellArrayData &block = array.data();
     block.dropInterner();
+    ++m_layout;
     firstRow = std::clamp(firstRow, 0, rows());
     const bool whole = firstCol == 0 && block.cols == std::max(m_cols, block.cols);
     // Taking the block's pool saves interning every text again; the few
@@ -183,36 +189,43 @@ void CellStore::adopt(CellArray &array, int firstRow, int firstCol)
         resizeCols(block.cols);
         keepPooledTextsOf(firstRow);
         // The kept rows' few texts move into the block's pool, which stays.
-        for (int r = 0; r < firstRow; ++r)
-            for (int c = 0; c < m_cols; ++c) {
-                Cell &cell = m_rows[std::size_t(r)].cells[std::size_t(c)];
+        for (std::vector<Cell> &column : m_columns)
+            for (Cell &cell : column)
                 if (cell.kind() == Cell::Text)
                     cell = Cell::text(block.pool.intern(m_pool.text(std::uint32_t(cell.payload()))));
-            }
         m_pool = std::move(block.pool);
     } else {
         resizeRows(firstRow);
         resizeCols(std::max(m_cols, firstCol + block.cols));
     }
-    m_rows.reserve(m_rows.size() + block.rows.size());
-    for (auto &cells : block.rows) {
-        Row row;
-        row.flags = 0;
-        if (whole) {
-            row.cells = std::move(cells);
-        } else {
-            row.cells = std::make_unique<Cell[]>(std::size_t(m_cols));
-            for (int c = 0; c < block.cols; ++c) {
-                Cell cell = cells[std::size_t(c)];
+    const int count = block.rowCount();
+    const std::size_t total = std::size_t(firstRow) + std::size_t(count);
+    for (int c = 0; c < block.cols; ++c) {
+        std::vector<Cell> &from = block.columns[std::size_t(c)];
+        std::vector<Cell> &into = m_columns[std::size_t(firstCol + c)];
+        if (from.empty())
+            continue;  // nothing written there: stays as it is, grown below
+        if (!whole)
+            for (Cell &cell : from)
                 if (cell.kind() == Cell::Text)
                     cell = Cell::text(m_pool.intern(block.pool.text(std::uint32_t(cell.payload()))));
-                row.cells[std::size_t(firstCol + c)] = cell;
-            }
+        if (into.empty() && firstRow == 0) {
+            into = std::move(from);
+            into.shrink_to_fit();
+            continue;
         }
-        m_rows.push_back(std::move(row));
+        into.reserve(total);
+        into.resize(std::size_t(firstRow));
+        into.insert(into.end(), from.begin(), from.end());
     }
-    block.rows.clear();
-    block.pool = TextPool();
+    m_rows.reserve(total);
+    m_rows.resize(total);
+    for (std::size_t r = std::size_t(firstRow); r < total; ++r)
+        m_rows[r].flags = 0;
+    for (std::vector<Cell> &column : m_columns)
+        if (!column.empty())
+            column.resize(total);
+    block.clear();
 }
 
 QString CellStore::text(int row, int col) const
@@ -236,14 +249,14 @@ bool CellStore::setText(int row, int col, const QString &text)
     if (!contains(row, col))
         return false;
     // Passes over a book mostly write what a cell already says.
-    const Cell held = m_rows[std::size_t(row)].cells[std::size_t(col)];
+    const Cell held = cell(row, col);
     if (held.kind() == Cell::Text && m_pool.text(std::uint32_t(held.payload())) == text)
         return false;
     bool isText = false;
     Cell next = Cell::classify(text, isText);
     if (isText)
         next = Cell::text(m_pool.intern(text));
-    if (m_rows[std::size_t(row)].cells[std::size_t(col)] == next) {
+    if (held == next) {
         release(next);
         return false;
     }
@@ -253,7 +266,7 @@ bool CellStore::setText(int row, int col, const QString &text)
 
 bool CellStore::setTyped(int row, int col, Cell next)
 {
-    if (!contains(row, col) || next.kind() == Cell::Text || m_rows[std::size_t(row)].cells[std::size_t(col)] == next)
+    if (!contains(row, col) || next.kind() == Cell::Text || cell(row, col) == next)
         return false;
     put(row, col, next);
     return true;
@@ -262,7 +275,7 @@ bool CellStore::setTyped(int row, int col, Cell next)
 void CellStore::put(int row, int col, Cell next)
 {
     Row &r = m_rows[std::size_t(row)];
-    Cell &slot = r.cells[std::size_t(col)];
+    Cell &slot = slotAt(row, col);
     if (m_log)
         logValue(row, col, slot);
     if ((r.flags & Pristine) && std::size_t(col) < m_kept.size() && m_kept[std::size_t(col)])
@@ -312,10 +325,9 @@ quint64 CellStore::textsHash(int row, const int *cols, int count) const
     quint64 h = 0xcbf29ce484222325ULL;
     if (row < 0 || row >= rows())
         return h;
-    const Cell *cells = m_rows[std::size_t(row)].cells.get();
     for (int i = 0; i < count; ++i) {
         const int c = cols[i];
-        h = hashMix(h, c >= 0 && c < m_cols ? textHash(cells[c]) : 0);
+        h = hashMix(h, c >= 0 && c < m_cols ? textHash(cell(row, c)) : 0);
     }
     return h;
 }
@@ -405,8 +417,8 @@ void CellStore::setOutline(int row, int level)
 std::size_t CellStore::overheadBytes() const
 {
     std::size_t bytes = m_rows.capacity() * sizeof(Row) + m_pool.overheadBytes();
-    // Each row's cell array, with the allocator's own header.
-    bytes += m_rows.size() * (std::size_t(m_cols) * sizeof(Cell) + 16);
+    for (const std::vector<Cell> &column : m_columns)
+        bytes += column.capacity() * sizeof(Cell);
     return bytes;
 }
 

@@ -13,10 +13,12 @@ namespace kx {
 class CellArray;
 class GridChangesData;
 
-/// The grid's cells and per-row marks, typed and compact: a row is one
-/// array of eight-byte cells and a few bytes of marks; texts live once in a
-/// pool. Text is made on demand when read. Knows nothing of looks, columns
-/// or Qt models: Sheet projects it.
+/// The grid's cells and per-row marks, typed and compact: a column is one
+/// array of eight-byte cells, a row has a few bytes of marks, and texts live
+/// once in a pool. A column nothing was written to holds no cells, so the
+/// columns a book leaves empty cost nothing; a pass down a column reads one
+/// dense array. Text is made on demand when read. Knows nothing of looks,
+/// columns or Qt models: Sheet projects it.
 class CellStore
 {
 public:
@@ -32,6 +34,9 @@ public:
     /// True inside the store.
     bool contains(int row, int col) const { return row >= 0 && row < rows() && col >= 0 && col < m_cols; }
 
+    /// Moves whenever rows or columns come, go or move, or a column gets its
+    /// cells: what column() gave may then point elsewhere.
+    std::uint64_t layout() const { return m_layout; }
     /// Grows or shrinks to \a n rows; new rows are empty and touched.
     void resizeRows(int n);
     /// Grows or shrinks every row to \a n columns.
@@ -82,7 +87,22 @@ public:
     void adopt(CellArray &block, int firstRow, int firstCol);
 
     /// The cell at (row, col) (Empty outside).
-    Cell cell(int row, int col) const { return contains(row, col) ? m_rows[std::size_t(row)].cells[std::size_t(col)] : Cell(); }
+    Cell cell(int row, int col) const
+    {
+        if (!contains(row, col))
+            return Cell();
+        const std::vector<Cell> &column = m_columns[std::size_t(col)];
+        return column.empty() ? Cell() : column[std::size_t(row)];
+    }
+    /// The cells of column \a col, rows() of them, for passes down a column;
+    /// nullptr when nothing was ever written to it (every cell is Empty).
+    /// Good until layout() moves.
+    const Cell *column(int col) const
+    {
+        if (col < 0 || col >= m_cols || m_columns[std::size_t(col)].empty())
+            return nullptr;
+        return m_columns[std::size_t(col)].data();
+    }
     /// The cell's text, as written.
     QString text(int row, int col) const;
     /// Writes a text; false when the cell already held it (nothing changes).
@@ -94,19 +114,14 @@ public:
     /// save looks at it. False when nothing changes.
     bool setDerived(int row, int col, Cell next)
     {
-        if (!contains(row, col) || next.kind() == Cell::Text)
+        if (!contains(row, col) || next.kind() == Cell::Text || cell(row, col) == next)
             return false;
-        Row &r = m_rows[std::size_t(row)];
-        Cell &slot = r.cells[std::size_t(col)];
-        if (slot == next)
-            return false;
+        Cell &slot = slotAt(row, col);
         release(slot);
         slot = next;
-        r.flags |= Touched;
+        m_rows[std::size_t(row)].flags |= Touched;
         return true;
     }
-    /// The cells of \a row, cols() of them, for passes over many rows.
-    const Cell *rowCells(int row) const { return m_rows[std::size_t(row)].cells.get(); }
     /// The cell as an amount (see Sheet::amount).
     Currency amount(int row, int col) const
     {
@@ -187,7 +202,6 @@ private:
         std::vector<std::pair<int, QString>> before;  ///< kept columns changed since the clean mark
     };
     struct Row {
-        std::unique_ptr<Cell[]> cells;
         std::unique_ptr<RowExtra> extra;
         std::int16_t height = -1;
         std::int8_t mark = 0;  ///< row data when it is a small whole number
@@ -204,8 +218,18 @@ private:
     }
     qint64 slowNumber(Cell cell) const;
     void keepPooledTextsOf(int n);
-    Row makeRow() const;
-    void releaseRow(Row &row);
+    /// The slot of (row, col), in range; the column gets its cells first.
+    Cell &slotAt(int row, int col)
+    {
+        std::vector<Cell> &column = m_columns[std::size_t(col)];
+        if (column.empty()) {
+            column.resize(m_rows.size());
+            ++m_layout;
+        }
+        return column[std::size_t(row)];
+    }
+    /// Releases the texts of rows \a first … last − 1.
+    void releaseRows(int first, int last);
     void release(Cell cell);
     void logValue(int row, int col, Cell before);
     /// Replaces the cell at (row, col), which differs from \a next.
@@ -216,8 +240,10 @@ private:
     void countIrregular(const Row &row, int delta) { m_irregular += irregular(row) ? delta : 0; }
 
     std::vector<Row> m_rows;
+    std::vector<std::vector<Cell>> m_columns;  ///< per column: empty, or one cell a row
     int m_cols = 0;
     int m_irregular = 0;
+    std::uint64_t m_layout = 0;
     std::vector<bool> m_kept;  ///< per column: keep its text as of the clean mark
     TextPool m_pool;
     GridChangesData *m_log = nullptr;

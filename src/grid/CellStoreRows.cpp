@@ -11,7 +11,7 @@ CellStore::RowCopy CellStore::copyRow(int row) const
     const Row &r = m_rows[std::size_t(row)];
     copy.cells.resize(std::size_t(m_cols));
     for (int c = 0; c < m_cols; ++c) {
-        const Cell cell = r.cells[std::size_t(c)];
+        const Cell cell = this->cell(row, c);
         if (cell.kind() == Cell::Text)
             copy.texts.emplace_back(c, m_pool.text(std::uint32_t(cell.payload())));
         else
@@ -33,15 +33,17 @@ void CellStore::restoreRow(int row, const RowCopy &copy)
 {
     if (row < 0 || row >= rows())
         return;
+    releaseRows(row, row + 1);
     Row &r = m_rows[std::size_t(row)];
-    releaseRow(r);
-    r = makeRow();
-    const int n = std::min(m_cols, int(copy.cells.size()));
-    for (int c = 0; c < n; ++c)
-        r.cells[std::size_t(c)] = copy.cells[std::size_t(c)];
+    r = Row();
+    for (int c = 0; c < m_cols; ++c) {
+        const Cell cell = c < int(copy.cells.size()) ? copy.cells[std::size_t(c)] : Cell();
+        if (cell != Cell() || !m_columns[std::size_t(c)].empty())
+            slotAt(row, c) = cell;
+    }
     for (const auto &[col, text] : copy.texts)
         if (col >= 0 && col < m_cols)
-            r.cells[std::size_t(col)] = Cell::text(m_pool.intern(text));
+            slotAt(row, col) = Cell::text(m_pool.intern(text));
     if (!copy.data.empty() || copy.rowData.isValid() || !copy.before.empty()) {
         r.extra = std::make_unique<RowExtra>();
         r.extra->data = copy.data;

@@ -360,9 +360,9 @@ int Sheet::derivedPeak(int col) const
     return row < rows() ? row : -1;
 }
 
-const Cell *Sheet::rowCells(int row) const
+Cell Sheet::cell(int row, int col) const
 {
-    return d->store.rowCells(row);
+    return d->store.cell(row, col);
 }
 
 const CellStore &Sheet::cellStore() const

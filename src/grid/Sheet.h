@@ -56,9 +56,9 @@ public:
     /// Tells views that the derived cells of a range changed: one signal
     /// for a whole pass.
     void announceDerived(int r1, int c1, int r2, int c2);
-    /// The typed cells of \a row, cols() of them, for passes over the whole
-    /// book (a text's cell names its pooled text; read it with text()).
-    const Cell *rowCells(int row) const;
+    /// The typed cell at (row, col), for passes over the whole book (a
+    /// text's cell names its pooled text; read it with text()).
+    Cell cell(int row, int col) const;
     /// The typed cells themselves, for passes that read a million rows
     /// without a call a cell.
     const CellStore &cellStore() const;

@@ -14,11 +14,6 @@ namespace {
 
 const QString LineBreak = QStringLiteral("\r\n");
 
-Cell cellOf(const Cell *cells, int col)
-{
-    return col < 0 ? Cell() : cells[col];
-}
-
 } // namespace
 
 void BalanceCalculator::twoLines(const QString &text, Currency &first, Currency &second)
@@ -77,24 +72,24 @@ void BalanceCalculator::writeSummary(int row, Totals &t)
     t.periodDebit = t.periodCredit = t.periodFxDebit = t.periodFxCredit = Currency();
 }
 
-void BalanceCalculator::writeDirection(int row, const Cell *cells)
+void BalanceCalculator::writeDirection(int row, Cell dir)
 {
-    if (m_dir < 0 || (m_dirKnown && cells[m_dir] == m_dirCell))
+    if (m_dir < 0 || (m_dirKnown && dir == m_dirCell))
         return;
     const QString direction = balanceSideText(m_state.balanceSide());
     if (m_grid.text(row, m_dir) != direction)
         m_grid.setText(row, m_dir, direction);
     // Each text is pooled once, so every row holding the book's direction
     // holds these bits: the rest of the pass compares bits only.
-    m_dirCell = m_grid.rowCells(row)[m_dir];
+    m_dirCell = m_grid.cell(row, m_dir);
     m_dirKnown = true;
 }
 
-void BalanceCalculator::writeBalance(int row, const Cell *cells, const Totals &t)
+void BalanceCalculator::writeBalance(int row, Cell dir, const Totals &t)
 {
     const bool debitBook = m_state.balanceSide() == BalanceSide::Debit;
     const bool creditBook = m_state.balanceSide() == BalanceSide::Credit;
-    writeDirection(row, cells);
+    writeDirection(row, dir);
     m_grid.setDerivedAmount(row, m_balance, debitBook || creditBook ? t.balance.abs() : t.balance);
     notePeak(m_peak, row, t.balance);
     notePeak(m_fxPeak, row, t.fxBalance);
@@ -102,7 +97,7 @@ void BalanceCalculator::writeBalance(int row, const Cell *cells, const Totals &t
     m_grid.setDerivedAmount(row, m_fxBalance, t.fxBalance);
 }
 
-void BalanceCalculator::notePeak(Peak &peak, int row, Currency value)
+void BalanceCalculator::widerPeak(Peak &peak, int row, Currency value)
 {
     // A negative figure shows its sign: the magnitude decides, ties go to the negative.
     const Currency size = value.abs();
@@ -134,9 +129,9 @@ void BalanceCalculator::keepPeak(int col, const Peak &peak, int startRow)
     m_grid.setDerivedPeak(col, kept.row);
 }
 
-void BalanceCalculator::clearBalance(int row, const Cell *cells)
+void BalanceCalculator::clearBalance(int row, Cell dir)
 {
-    if (cellOf(cells, m_dir).kind() != Cell::Empty)
+    if (dir.kind() != Cell::Empty)
         m_grid.setText(row, m_dir, QString());
     m_grid.clearDerived(row, m_balance);
     m_grid.clearDerived(row, m_fxBalance);
@@ -188,12 +183,10 @@ void BalanceCalculator::calculate(int startRow)
     }
     const int last = m_grid.rows();
     RowAmounts read(m_grid, m_state);
-    for (int col : {m_dir, m_balance, m_fxBalance})
-        read.readAhead(col);
     for (; row < last; ++row) {
         const RowAmounts::Kind kind = read.read(row);
         if (kind == RowAmounts::Blank) {
-            clearBalance(row, read.cells());
+            clearBalance(row, read.cell(m_dir));
             continue;
         }
         if (kind == RowAmounts::Summary) {
@@ -215,7 +208,7 @@ void BalanceCalculator::calculate(int startRow)
             }
             t.fxBalance += read.forex;
         }
-        writeBalance(row, read.cells(), t);
+        writeBalance(row, read.cell(m_dir), t);
     }
     m_grid.setTag(tag);
     keepPeak(m_balance, m_peak, startRow);

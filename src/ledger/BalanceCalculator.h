@@ -51,15 +51,23 @@ private:
     bool holdsTotals(int row) const;
     void readSummary(int row, Totals &t) const;
     void writeSummary(int row, Totals &t);
-    void writeDirection(int row, const Cell *cells);
-    void writeBalance(int row, const Cell *cells, const Totals &t);
-    void clearBalance(int row, const Cell *cells);
+    void writeDirection(int row, Cell dir);
+    void writeBalance(int row, Cell dir, const Totals &t);
+    void clearBalance(int row, Cell dir);
     struct Peak {
         int row = -1;
         Currency size;
         bool negative = false;
     };
-    static void notePeak(Peak &peak, int row, Currency value);
+    static void notePeak(Peak &peak, int row, Currency value)
+    {
+        // Most balances are narrower than the widest so far: two compares.
+        const std::int64_t raw = value.raw(), size = peak.size.raw();
+        if (peak.row >= 0 && raw < size && raw > -size)
+            return;
+        widerPeak(peak, row, value);
+    }
+    static void widerPeak(Peak &peak, int row, Currency value);
     /// Notes \a peak as the widest figure of column \a col for views to fit
     /// to; a pass from row \a startRow saw only the rows from there down.
     void keepPeak(int col, const Peak &peak, int startRow);

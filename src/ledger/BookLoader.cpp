@@ -62,7 +62,7 @@ QString BookLoader::oversizedKey(FetchedRows &rows)
     col += rows.cells.cols() - int(rows.fieldNames.size());
     CellArrayData &block = rows.cells.data();
     for (int r = 0; r < rows.cells.rows(); ++r) {
-        const Cell cell = block.rowCells(r)[col];
+        const Cell cell = block.at(r, col);
         // Keys live in int columns of the grid; a bigger one would be cut.
         if ((cell.kind() == Cell::Number && (cell.payload() > INT_MAX || cell.payload() < INT_MIN)) ||
             cell.kind() == Cell::Text)

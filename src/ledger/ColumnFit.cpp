@@ -1,6 +1,7 @@
 #include "ledger/ColumnFit.h"
 
 #include "kxjournal/Currency.h"
+#include "grid/CellStore.h"
 #include "grid/Sheet.h"
 #include "ledger/JournalColumns.h"
 #include "ledger/LedgerState.h"
@@ -48,9 +49,10 @@ int ColumnFit::figureWidth(int col, int first, int last) const
     // range of it is measured there, not read row by row.
     if (const int peak = m_grid.derivedPeak(col); peak >= 0 && last - first > PeakRange)
         first = last = peak;
+    const CellStore &store = m_grid.cellStore();
     for (int r = first; r <= last; ++r) {
         // Eight bytes a cell: most cells are typed figures, read as they are.
-        const Cell cell = m_grid.rowCells(r)[col];
+        const Cell cell = store.cell(r, col);
         if (cell.kind() == Cell::Empty)
             continue;
         if (m_grid.isSubtotal(r)) {

@@ -18,27 +18,19 @@ RowAmounts::RowAmounts(const Sheet &grid, const LedgerState &state) : m_grid(gri
     forexCol = columns[JournalColumns::Forex];
     tagCol = columns[JournalColumns::Tag];
     outlineCol = state.outlineColumn(grid);
-    for (int col : {outlineCol, tagCol, debitCol, creditCol, forexCol})
-        readAhead(col);
+    takeColumns();
 }
 
-void RowAmounts::readAhead(int col)
+void RowAmounts::takeColumns()
 {
-    if (col >= 0 && m_aheadCount < int(std::size(m_ahead)))
-        m_ahead[m_aheadCount++] = col;
-}
-
-void RowAmounts::fetchAhead(int row) const
-{
-#if defined(__GNUC__)
-    if (row >= m_store.rows())
-        return;
-    const Cell *cells = m_store.rowCells(row);
-    for (int i = 0; i < m_aheadCount; ++i)
-        __builtin_prefetch(cells + m_ahead[i]);
-#else
-    Q_UNUSED(row);
-#endif
+    // A pass writes totals into amount columns, and a handler it wakes may
+    // change the grid: the columns are taken again whenever they may have moved.
+    m_layout = m_store.layout();
+    m_debit = m_store.column(debitCol);
+    m_credit = m_store.column(creditCol);
+    m_forex = m_store.column(forexCol);
+    m_tag = m_store.column(tagCol);
+    m_outline = m_store.column(outlineCol);
 }
 
 Currency RowAmounts::textAmount(int row, int col) const
@@ -48,18 +40,21 @@ Currency RowAmounts::textAmount(int row, int col) const
 
 RowAmounts::Kind RowAmounts::read(int row)
 {
-    fetchAhead(row + Ahead);
-    m_cells = m_store.rowCells(row);
-    if (cell(outlineCol).kind() == Cell::Empty)
+    if (m_store.layout() != m_layout)
+        takeColumns();
+    m_row = row;
+    if (row < 0 || row >= m_store.rows())
         return Blank;
-    const Cell tag = cell(tagCol);
+    if (at(m_outline, row).kind() == Cell::Empty)
+        return Blank;
+    const Cell tag = at(m_tag, row);
     const bool summary = tag.kind() == Cell::Number ? tag.payload() < 0
                                                     : tag.kind() != Cell::Empty && BookRow::isSummaryCell(m_grid, row, tagCol);
     if (summary)
         return Summary;
-    debit = amountAt(cell(debitCol), row, debitCol);
-    credit = amountAt(cell(creditCol), row, creditCol);
-    forex = amountAt(cell(forexCol), row, forexCol);
+    debit = amountAt(at(m_debit, row), row, debitCol);
+    credit = amountAt(at(m_credit, row), row, creditCol);
+    forex = amountAt(at(m_forex, row), row, forexCol);
     return Record;
 }
 

@@ -1,19 +1,20 @@
 #pragma once
 
 #include "grid/Cell.h"
+#include "grid/CellStore.h"
 #include "kxjournal/Currency.h"
 
 namespace kx {
 
-class CellStore;
 class Sheet;
 struct LedgerState;
 
-/// Reads what a balance depends on straight from a row's typed cells: whether
-/// the row is blank (no day), a summary row or a record, and a record's
-/// amounts. A pass over a million rows reads eight bytes a cell and makes no
-/// text; only a cell holding text (a summary's two-line totals, a figure too
-/// wide for a cell) is read the slow way.
+/// Reads what a balance depends on straight from the typed cells of a row:
+/// whether the row is blank (no day), a summary row or a record, and a
+/// record's amounts. A pass over a million rows reads a few dense columns,
+/// eight bytes a cell, and makes no text; only a cell holding text (a
+/// summary's two-line totals, a figure too wide for a cell) is read the slow
+/// way.
 class RowAmounts
 {
 public:
@@ -23,11 +24,6 @@ public:
 
     /// What \a row is; for a record, its amounts are read too.
     Kind read(int row);
-    /// Also asks for column \a col of the rows ahead of each read, for a
-    /// pass that writes it.
-    void readAhead(int col);
-    /// The cells of the row last read.
-    const Cell *cells() const { return m_cells; }
 
     Currency debit, credit, forex;
 
@@ -35,27 +31,33 @@ public:
     Currency amountAt(Cell cell, int row, int col) const
     {
         const Cell::Kind kind = cell.kind();
-        if (kind == Cell::Number || kind == Cell::Amount)
-            return cell.typedAmount();
-        return kind == Cell::Empty ? Currency() : textAmount(row, col);
+        if (kind > Cell::Amount)
+            return kind == Cell::Text ? textAmount(row, col) : Currency();
+        // Empty, a whole number or an amount, mixed at random down a column:
+        // worked out without a branch on which (an empty cell's payload is 0).
+        const std::int64_t payload = cell.payload();
+        const bool units = kind == Cell::Number;
+        const bool wide = (payload > MaxUnits) | (payload < -MaxUnits);
+        if (units & wide)
+            return Currency::invalid();
+        return Currency::fromRaw(payload * (units ? Currency::Scale : 1));
     }
     /// The cell of column \a col of the row last read (empty for -1).
-    Cell cell(int col) const { return col < 0 ? Cell() : m_cells[col]; }
+    Cell cell(int col) const { return m_store.cell(m_row, col); }
 
     int debitCol, creditCol, forexCol, tagCol, outlineCol;
 
 private:
-    // Rows are apart in memory: a pass asks for the cells it will need a few
-    // rows ahead, so that their loads overlap instead of waiting one by one.
-    static constexpr int Ahead = 16;
-    void fetchAhead(int row) const;
+    static constexpr std::int64_t MaxUnits = INT64_MAX / Currency::Scale;
     Currency textAmount(int row, int col) const;
+    static Cell at(const Cell *column, int row) { return column ? column[row] : Cell(); }
+    void takeColumns();
 
     const Sheet &m_grid;
     const CellStore &m_store;
-    const Cell *m_cells = nullptr;
-    int m_ahead[8] = {};
-    int m_aheadCount = 0;
+    int m_row = -1;
+    std::uint64_t m_layout = 0;
+    const Cell *m_debit = nullptr, *m_credit = nullptr, *m_forex = nullptr, *m_tag = nullptr, *m_outline = nullptr;
 };
 
 } // namespace kx

@@ -43,7 +43,7 @@ QList<QVariantList> records()
 // A cell as comparable text: its kind and value, a text by its characters.
 QString describe(kx::CellArray &cells, int row, int col)
 {
-    const kx::Cell cell = cells.data().rowCells(row)[col];
+    const kx::Cell cell = cells.data().at(row, col);
     if (cell.kind() == kx::Cell::Text)
         return QStringLiteral("text:") + cells.text(row, col);
     return QStringLiteral("%1:%2").arg(int(cell.kind())).arg(cell.payload());

@@ -11,6 +11,7 @@
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <gtest/gtest.h>
+#include <iostream>
 
 using kx::Cell;
 using kx::CellStore;
@@ -207,4 +208,152 @@ TEST(Sheet, ViewsShareTheGridsOneSelection)
     EXPECT_FALSE(grid.uniformRows());
     grid.setRowHeight(1, -1);
     EXPECT_TRUE(grid.uniformRows());
+}
+
+// Columns get their cells only when something is written to them; rows and
+// columns come, go and move, blocks are adopted over the lower rows. Against
+// a plain table of texts, every cell must read back, a column's cells must
+// be what its cells say, and a column must have no cells while none was
+// written. The seed is printed; KX_SEED repeats a run.
+TEST(CellStore, ColumnsWithAndWithoutCellsAgreeWithAPlainTableThroughRandomRowWork)
+{
+    const quint32 seed = qEnvironmentVariableIsSet("KX_SEED") ? quint32(qEnvironmentVariableIntValue("KX_SEED"))
+                                                              : QRandomGenerator::global()->generate();
+    std::cout << "seed " << seed << " (KX_SEED repeats it)\n";
+    QRandomGenerator rng(seed);
+    using Table = std::vector<std::vector<QString>>;  // [row][col]
+    CellStore store;
+    Table table;
+    int cols = 0;
+    std::vector<bool> written;  // per column: was anything ever written there
+    const auto rows = [&] { return int(table.size()); };
+    const auto check = [&](int step, const char *what) {
+        ASSERT_EQ(store.rows(), rows()) << step << what;
+        ASSERT_EQ(store.cols(), cols) << step << what;
+        for (int c = 0; c < cols; ++c) {
+            const Cell *column = store.column(c);
+            if (!written[std::size_t(c)])
+                ASSERT_EQ(column, nullptr) << "column " << c << " has cells though none was written, step " << step << what;
+            for (int r = 0; r < rows(); ++r) {
+                ASSERT_EQ(store.text(r, c), table[std::size_t(r)][std::size_t(c)])
+                    << "(" << r << "," << c << ") step " << step << what;
+                ASSERT_EQ(column ? column[r] : Cell(), store.cell(r, c)) << "(" << r << "," << c << ") step " << step << what;
+            }
+        }
+    };
+    const auto resizeCols = [&](int n) {
+        store.resizeCols(n);
+        for (auto &row : table)
+            row.resize(std::size_t(n));
+        written.resize(std::size_t(n));
+        cols = n;
+    };
+    resizeCols(6);
+    for (int step = 0; step < 400; ++step) {
+        const int op = int(rng.bounded(10));
+        const int n = rows();
+        const char *what = "";
+        if (op <= 2 && n > 0 && cols > 0) {
+            what = " write";
+            const int r = int(rng.bounded(n)), c = int(rng.bounded(cols));
+            const QString text = randomText(rng);
+            store.setText(r, c, text);
+            table[std::size_t(r)][std::size_t(c)] = text;
+            written[std::size_t(c)] = written[std::size_t(c)] || !text.isEmpty();
+        } else if (op == 3 && n > 0 && cols > 0) {
+            what = " derived";
+            const int r = int(rng.bounded(n)), c = int(rng.bounded(cols));
+            const Currency v = Currency::fromRaw(qint64(rng.bounded(2000000)) - 1000000);
+            if (store.setDerived(r, c, Cell::amount(v)) || store.text(r, c) == v.toString()) {
+                table[std::size_t(r)][std::size_t(c)] = v.toString();
+                written[std::size_t(c)] = written[std::size_t(c)] || !v.isZero();
+            }
+        } else if (op == 4) {
+            what = " insert";
+            const int at = int(rng.bounded(n + 1)), count = 1 + int(rng.bounded(3));
+            store.insertRows(at, count);
+            table.insert(table.begin() + at, std::size_t(count), std::vector<QString>(std::size_t(cols)));
+        } else if (op == 5 && n > 0) {
+            what = " remove";
+            const int at = int(rng.bounded(n)), count = 1 + int(rng.bounded(std::min(n - at, 3)));
+            store.removeRows(at, count);
+            table.erase(table.begin() + at, table.begin() + at + count);
+        } else if (op == 6 && n > 1) {
+            what = " move row";
+            const int from = int(rng.bounded(n)), to = int(rng.bounded(n));
+            store.moveRow(from, to);
+            auto row = std::move(table[std::size_t(from)]);
+            table.erase(table.begin() + from);
+            table.insert(table.begin() + to, std::move(row));
+        } else if (op == 7 && cols > 1) {
+            what = " move column";
+            const int from = int(rng.bounded(cols)), to = int(rng.bounded(cols));
+            store.moveCol(from, to);
+            for (auto &row : table) {
+                QString cell = row[std::size_t(from)];
+                row.erase(row.begin() + from);
+                row.insert(row.begin() + to, cell);
+            }
+            const bool w = written[std::size_t(from)];
+            written.erase(written.begin() + from);
+            written.insert(written.begin() + to, w);
+        } else if (op == 8) {
+            what = rng.bounded(2) ? " rows" : " columns";
+            if (what[1] == 'r') {
+                const int to = int(rng.bounded(12));
+                store.resizeRows(to);
+                table.resize(std::size_t(to), std::vector<QString>(std::size_t(cols)));
+            } else {
+                resizeCols(1 + int(rng.bounded(8)));
+            }
+        } else {
+            what = " adopt";
+            // A block over the rows from firstRow on, at firstCol; whole when it
+            // starts at column 0 and is as wide as the store.
+            const int firstRow = int(rng.bounded(n + 1));
+            const bool whole = rng.bounded(2);
+            const int firstCol = whole ? 0 : int(rng.bounded(cols + 1));
+            const int width = whole ? cols : 1 + int(rng.bounded(3));
+            const int count = int(rng.bounded(5));
+            kx::CellArray block(0, width);
+            auto texts = std::vector<std::vector<QString>>(std::size_t(count), std::vector<QString>(std::size_t(width)));
+            for (int r = 0; r < count; ++r) {
+                block.appendRow();
+                for (int c = 0; c < width; ++c)
+                    if (rng.bounded(3) == 0) {
+                        texts[std::size_t(r)][std::size_t(c)] = randomText(rng);
+                        block.setText(r, c, texts[std::size_t(r)][std::size_t(c)]);
+                    }
+            }
+            store.adopt(block, firstRow, firstCol);
+            table.resize(std::size_t(firstRow));
+            if (firstCol + width > cols) {
+                for (auto &row : table)
+                    row.resize(std::size_t(firstCol + width));
+                written.resize(std::size_t(firstCol + width));
+                cols = firstCol + width;
+            }
+            for (int r = 0; r < count; ++r) {
+                auto row = std::vector<QString>(std::size_t(cols));
+                for (int c = 0; c < width; ++c) {
+                    row[std::size_t(firstCol + c)] = texts[std::size_t(r)][std::size_t(c)];
+                    written[std::size_t(firstCol + c)] =
+                        written[std::size_t(firstCol + c)] || !texts[std::size_t(r)][std::size_t(c)].isEmpty();
+                }
+                table.push_back(std::move(row));
+            }
+        }
+        check(step, what);
+        if (::testing::Test::HasFatalFailure())
+            return;
+        // A row copied out and put back elsewhere reads as the original did.
+        if (rows() > 1 && rng.bounded(8) == 0) {
+            const int from = int(rng.bounded(rows())), to = int(rng.bounded(rows()));
+            store.restoreRow(to, store.copyRow(from));
+            table[std::size_t(to)] = table[std::size_t(from)];
+            check(step, " restore row");
+            if (::testing::Test::HasFatalFailure())
+                return;
+        }
+    }
 }
