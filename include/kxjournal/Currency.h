@@ -4,6 +4,7 @@
 #include "kxjournal/Result.h"
 
 #include <QMetaType>
+#include <QtNumeric>
 #include <QString>
 #include <QStringView>
 #include <cstdint>
@@ -37,7 +38,10 @@ public:
     /// An amount of \a raw ten-thousandths. INT64_MIN gives the invalid value.
     static constexpr Currency fromRaw(std::int64_t raw) { return Currency(raw); }
     /// A whole number of units; invalid when out of range.
-    static Currency fromUnits(std::int64_t units);
+    static constexpr Currency fromUnits(std::int64_t units)
+    {
+        return units > MaxUnits || units < -MaxUnits ? invalid() : Currency(units * Scale);
+    }
     /// The invalid value (the result of an overflow).
     static constexpr Currency invalid() { return Currency(InvalidRaw); }
 
@@ -98,9 +102,21 @@ public:
     static Result<Currency> multiply(Currency a, Currency b);
 
     /// Sum; invalid on overflow or when either side is invalid.
-    friend KXJOURNAL_EXPORT Currency operator+(Currency a, Currency b);
+    friend Currency operator+(Currency a, Currency b)
+    {
+        std::int64_t out = 0;
+        if (!a.isValid() || !b.isValid() || qAddOverflow(a.m_raw, b.m_raw, &out))
+            return invalid();
+        return Currency(out);
+    }
     /// Difference; invalid on overflow or when either side is invalid.
-    friend KXJOURNAL_EXPORT Currency operator-(Currency a, Currency b);
+    friend Currency operator-(Currency a, Currency b)
+    {
+        std::int64_t out = 0;
+        if (!a.isValid() || !b.isValid() || qSubOverflow(a.m_raw, b.m_raw, &out))
+            return invalid();
+        return Currency(out);
+    }
     /// Negation (the range is symmetric, so this cannot overflow).
     constexpr Currency operator-() const { return isValid() ? Currency(-m_raw) : *this; }
     /// In-place sum.
@@ -124,6 +140,7 @@ public:
 
 private:
     static constexpr std::int64_t InvalidRaw = INT64_MIN;
+    static constexpr std::int64_t MaxUnits = INT64_MAX / Scale;
     constexpr explicit Currency(std::int64_t raw) : m_raw(raw) {}
 
     std::int64_t m_raw = 0;

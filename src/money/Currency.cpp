@@ -205,13 +205,6 @@ std::int64_t pow10(int n)
 
 } // namespace
 
-Currency Currency::fromUnits(std::int64_t units)
-{
-    if (units > MaxUnits || units < -MaxUnits)
-        return invalid();
-    return Currency(units * Scale);
-}
-
 Result<Currency> Currency::fromText(QStringView text)
 {
     return parseAmount(text);
@@ -350,22 +343,6 @@ Currency Currency::rounded(int decimals, Rounding mode) const
     if (result > MaxRaw || result < -MaxRaw)
         return invalid();
     return Currency(std::int64_t(result));
-}
-
-Currency operator+(Currency a, Currency b)
-{
-    std::int64_t out = 0;
-    if (!a.isValid() || !b.isValid() || __builtin_add_overflow(a.m_raw, b.m_raw, &out))
-        return Currency::invalid();
-    return Currency::fromRaw(out);
-}
-
-Currency operator-(Currency a, Currency b)
-{
-    std::int64_t out = 0;
-    if (!a.isValid() || !b.isValid() || __builtin_sub_overflow(a.m_raw, b.m_raw, &out))
-        return Currency::invalid();
-    return Currency::fromRaw(out);
 }
 
 Result<Currency> Currency::add(Currency a, Currency b)
