@@ -57,27 +57,22 @@ void CellStore::releaseRows(int first, int last)
 {
     for (int r = first; r < last; ++r)
         countIrregular(m_rows[std::size_t(r)], -1);
-    for (const std::vector<Cell> &column : m_columns)
-        if (!column.empty())
-            for (int r = first; r < last; ++r)
-                release(column[std::size_t(r)]);
+    for (const CellColumn &column : m_columns)
+        column.releaseTexts(first, last, m_pool);
 }
 
 void CellStore::resizeRows(int n)
 {
     ++m_layout;
     n = std::max(n, 0);
-    if (n < rows() / 2)
+    if (n < rows() / 2) {
         keepPooledTextsOf(n);
-    else
+    } else {
         releaseRows(n, rows());
-    m_rows.resize(std::size_t(n));
-    for (std::vector<Cell> &column : m_columns) {
-        if (n == 0)
-            std::vector<Cell>().swap(column);
-        else if (!column.empty())
-            column.resize(std::size_t(n));
+        for (CellColumn &column : m_columns)
+            column.resize(rows(), n, m_pool);
     }
+    m_rows.resize(std::size_t(n));
 }
 
 void CellStore::keepPooledTextsOf(int n)
@@ -86,19 +81,16 @@ void CellStore::keepPooledTextsOf(int n)
     // Most rows go: a new pool with the texts of the rows that stay is
     // cheaper than releasing the others text by text.
     TextPool pool;
-    for (std::vector<Cell> &column : m_columns)
-        for (int r = 0; r < n && r < int(column.size()); ++r) {
-            Cell &cell = column[std::size_t(r)];
-            if (cell.kind() == Cell::Text)
-                cell = Cell::text(pool.intern(m_pool.text(std::uint32_t(cell.payload()))));
-        }
+    for (CellColumn &column : m_columns)
+        column.moveTexts(std::min(n, rows()), m_pool, pool);
     for (int r = n; r < rows(); ++r)
         countIrregular(m_rows[std::size_t(r)], -1);
-    m_rows.resize(std::size_t(n));
-    for (std::vector<Cell> &column : m_columns)
-        if (!column.empty())
-            column.resize(std::size_t(n));
     m_pool = std::move(pool);
+    // Rows beyond the ones there were are new: empty, and touched.
+    if (n > rows())
+        for (CellColumn &column : m_columns)
+            column.resize(rows(), n, m_pool);
+    m_rows.resize(std::size_t(n));
 }
 
 void CellStore::resizeCols(int n)
@@ -108,8 +100,7 @@ void CellStore::resizeCols(int n)
     if (n == m_cols)
         return;
     for (int c = n; c < m_cols; ++c)
-        for (Cell cell : m_columns[std::size_t(c)])
-            release(cell);
+        m_columns[std::size_t(c)].clear(rows(), m_pool);
     m_columns.resize(std::size_t(n));
     for (Row &row : m_rows) {
         if (!row.extra)
@@ -130,11 +121,10 @@ void CellStore::insertRows(int at, int count)
         return;
     at = std::clamp(at, 0, rows());
     ++m_layout;
+    for (CellColumn &column : m_columns)
+        column.insertRows(at, count, rows(), m_pool);
     std::vector<Row> fresh(static_cast<std::size_t>(count));
     m_rows.insert(m_rows.begin() + at, std::make_move_iterator(fresh.begin()), std::make_move_iterator(fresh.end()));
-    for (std::vector<Cell> &column : m_columns)
-        if (!column.empty())
-            column.insert(column.begin() + at, std::size_t(count), Cell());
 }
 
 void CellStore::removeRows(int at, int count)
@@ -144,19 +134,21 @@ void CellStore::removeRows(int at, int count)
         return;
     releaseRows(at, at + count);
     ++m_layout;
+    for (CellColumn &column : m_columns) {
+        if (count == rows())
+            column.resize(rows(), 0, m_pool);
+        else
+            column.removeRows(at, count);
+    }
     m_rows.erase(m_rows.begin() + at, m_rows.begin() + at + count);
-    for (std::vector<Cell> &column : m_columns)
-        if (!column.empty())
-            column.erase(column.begin() + at, column.begin() + at + count);
 }
 
 void CellStore::moveRow(int from, int to)
 {
     ++m_layout;
     rotateOne(m_rows, from, to);
-    for (std::vector<Cell> &column : m_columns)
-        if (!column.empty())
-            rotateOne(column, from, to);
+    for (CellColumn &column : m_columns)
+        column.moveRow(from, to);
 }
 
 void CellStore::moveCol(int from, int to)
@@ -175,6 +167,13 @@ void CellStore::moveCol(int from, int to)
         rotateOne(m_kept, from, to);
 }
 
+void CellStore::compactGrown()
+{
+    for (CellColumn &column : m_columns)
+        if (column.grown() && column.compact(rows(), m_pool))
+            ++m_layout;
+}
+
 void CellStore::adopt(CellArray &array, int firstRow, int firstCol)
 {
     CellArrayData &block = array.data();
@@ -189,10 +188,8 @@ void CellStore::adopt(CellArray &array, int firstRow, int firstCol)
         resizeCols(block.cols);
         keepPooledTextsOf(firstRow);
         // The kept rows' few texts move into the block's pool, which stays.
-        for (std::vector<Cell> &column : m_columns)
-            for (Cell &cell : column)
-                if (cell.kind() == Cell::Text)
-                    cell = Cell::text(block.pool.intern(m_pool.text(std::uint32_t(cell.payload()))));
+        for (CellColumn &column : m_columns)
+            column.moveTexts(firstRow, m_pool, block.pool);
         m_pool = std::move(block.pool);
     } else {
         resizeRows(firstRow);
@@ -200,31 +197,35 @@ void CellStore::adopt(CellArray &array, int firstRow, int firstCol)
     }
     const int count = block.rowCount();
     const std::size_t total = std::size_t(firstRow) + std::size_t(count);
-    for (int c = 0; c < block.cols; ++c) {
-        std::vector<Cell> &from = block.columns[std::size_t(c)];
-        std::vector<Cell> &into = m_columns[std::size_t(firstCol + c)];
-        if (from.empty())
-            continue;  // nothing written there: stays as it is, grown below
-        if (!whole)
-            for (Cell &cell : from)
+    for (int c = 0; c < m_cols; ++c) {
+        CellColumn &into = m_columns[std::size_t(c)];
+        const int from = c - firstCol;
+        std::vector<Cell> *cells = from >= 0 && from < block.cols ? &block.columns[std::size_t(from)] : nullptr;
+        if (cells && cells->empty())
+            cells = nullptr;  // nothing written there
+        if (cells && !whole)
+            for (Cell &cell : *cells)
                 if (cell.kind() == Cell::Text)
                     cell = Cell::text(m_pool.intern(block.pool.text(std::uint32_t(cell.payload()))));
-        if (into.empty() && firstRow == 0) {
-            into = std::move(from);
-            into.shrink_to_fit();
+        if (!cells) {
+            into.resize(firstRow, int(total), m_pool);
             continue;
         }
-        into.reserve(total);
-        into.resize(std::size_t(firstRow));
-        into.insert(into.end(), from.begin(), from.end());
+        std::vector<Cell> &dense = into.cells(firstRow, m_pool);
+        if (firstRow == 0) {
+            dense = std::move(*cells);
+        } else {
+            dense.reserve(total);
+            dense.insert(dense.end(), cells->begin(), cells->end());
+        }
+        // A book's directions, spare fields and marks are one value nearly
+        // everywhere: such a column is listed rather than kept row by row.
+        into.compact(int(total), m_pool);
     }
     m_rows.reserve(total);
     m_rows.resize(total);
     for (std::size_t r = std::size_t(firstRow); r < total; ++r)
         m_rows[r].flags = 0;
-    for (std::vector<Cell> &column : m_columns)
-        if (!column.empty())
-            column.resize(total);
     block.clear();
 }
 
@@ -275,13 +276,12 @@ bool CellStore::setTyped(int row, int col, Cell next)
 void CellStore::put(int row, int col, Cell next)
 {
     Row &r = m_rows[std::size_t(row)];
-    Cell &slot = slotAt(row, col);
+    const Cell held = cell(row, col);
     if (m_log)
-        logValue(row, col, slot);
+        logValue(row, col, held);
     if ((r.flags & Pristine) && std::size_t(col) < m_kept.size() && m_kept[std::size_t(col)])
-        keepBefore(r, col, slot);
-    release(slot);
-    slot = next;
+        keepBefore(r, col, held);
+    store(row, col, next);
     r.flags |= Touched;
 }
 
@@ -417,8 +417,8 @@ void CellStore::setOutline(int row, int level)
 std::size_t CellStore::overheadBytes() const
 {
     std::size_t bytes = m_rows.capacity() * sizeof(Row) + m_pool.overheadBytes();
-    for (const std::vector<Cell> &column : m_columns)
-        bytes += column.capacity() * sizeof(Cell);
+    for (const CellColumn &column : m_columns)
+        bytes += column.bytes();
     return bytes;
 }
 

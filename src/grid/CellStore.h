@@ -1,6 +1,7 @@
 #pragma once
 
 #include "grid/Cell.h"
+#include "grid/CellColumn.h"
 #include "grid/TextPool.h"
 
 #include <QVariant>
@@ -14,11 +15,11 @@ class CellArray;
 class GridChangesData;
 
 /// The grid's cells and per-row marks, typed and compact: a column is one
-/// array of eight-byte cells, a row has a few bytes of marks, and texts live
-/// once in a pool. A column nothing was written to holds no cells, so the
-/// columns a book leaves empty cost nothing; a pass down a column reads one
-/// dense array. Text is made on demand when read. Knows nothing of looks,
-/// columns or Qt models: Sheet projects it.
+/// array of eight-byte cells, or one cell for nearly every row and a short
+/// list of the rows that differ (CellColumn); a row has a few bytes of marks,
+/// and texts live once in a pool. A pass down a column reads one dense array
+/// or walks a short list (ColumnReader). Text is made on demand when read.
+/// Knows nothing of looks, columns or Qt models: Sheet projects it.
 class CellStore
 {
 public:
@@ -34,8 +35,8 @@ public:
     /// True inside the store.
     bool contains(int row, int col) const { return row >= 0 && row < rows() && col >= 0 && col < m_cols; }
 
-    /// Moves whenever rows or columns come, go or move, or a column gets its
-    /// cells: what column() gave may then point elsewhere.
+    /// Moves whenever rows or columns come, go or move, or a column changes
+    /// form or list: what column() gave may then hold other cells.
     std::uint64_t layout() const { return m_layout; }
     /// Grows or shrinks to \a n rows; new rows are empty and touched.
     void resizeRows(int n);
@@ -89,20 +90,13 @@ public:
     /// The cell at (row, col) (Empty outside).
     Cell cell(int row, int col) const
     {
-        if (!contains(row, col))
-            return Cell();
-        const std::vector<Cell> &column = m_columns[std::size_t(col)];
-        return column.empty() ? Cell() : column[std::size_t(row)];
+        return contains(row, col) ? m_columns[std::size_t(col)].at(row) : Cell();
     }
-    /// The cells of column \a col, rows() of them, for passes down a column;
-    /// nullptr when nothing was ever written to it (every cell is Empty).
-    /// Good until layout() moves.
-    const Cell *column(int col) const
-    {
-        if (col < 0 || col >= m_cols || m_columns[std::size_t(col)].empty())
-            return nullptr;
-        return m_columns[std::size_t(col)].data();
-    }
+    /// Column \a col (in range), for passes down it. Good until layout() moves.
+    const CellColumn &column(int col) const { return m_columns[std::size_t(col)]; }
+    /// Lists again the columns that turned dense since they were last
+    /// compacted, where few of their cells differ from one.
+    void compactGrown();
     /// The cell's text, as written.
     QString text(int row, int col) const;
     /// Writes a text; false when the cell already held it (nothing changes).
@@ -114,11 +108,11 @@ public:
     /// save looks at it. False when nothing changes.
     bool setDerived(int row, int col, Cell next)
     {
-        if (!contains(row, col) || next.kind() == Cell::Text || cell(row, col) == next)
+        if (!contains(row, col) || next.kind() == Cell::Text)
             return false;
-        Cell &slot = slotAt(row, col);
-        release(slot);
-        slot = next;
+        if (cell(row, col) == next)
+            return false;
+        store(row, col, next);
         m_rows[std::size_t(row)].flags |= Touched;
         return true;
     }
@@ -218,15 +212,11 @@ private:
     }
     qint64 slowNumber(Cell cell) const;
     void keepPooledTextsOf(int n);
-    /// The slot of (row, col), in range; the column gets its cells first.
-    Cell &slotAt(int row, int col)
+    /// Makes \a next the cell of (row, col), in range, releasing what it replaces.
+    void store(int row, int col, Cell next)
     {
-        std::vector<Cell> &column = m_columns[std::size_t(col)];
-        if (column.empty()) {
-            column.resize(m_rows.size());
+        if (m_columns[std::size_t(col)].put(row, next, rows(), m_pool))
             ++m_layout;
-        }
-        return column[std::size_t(row)];
     }
     /// Releases the texts of rows \a first … last − 1.
     void releaseRows(int first, int last);
@@ -240,7 +230,7 @@ private:
     void countIrregular(const Row &row, int delta) { m_irregular += irregular(row) ? delta : 0; }
 
     std::vector<Row> m_rows;
-    std::vector<std::vector<Cell>> m_columns;  ///< per column: empty, or one cell a row
+    std::vector<CellColumn> m_columns;
     int m_cols = 0;
     int m_irregular = 0;
     std::uint64_t m_layout = 0;

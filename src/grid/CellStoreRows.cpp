@@ -33,17 +33,14 @@ void CellStore::restoreRow(int row, const RowCopy &copy)
 {
     if (row < 0 || row >= rows())
         return;
-    releaseRows(row, row + 1);
     Row &r = m_rows[std::size_t(row)];
+    countIrregular(r, -1);
     r = Row();
-    for (int c = 0; c < m_cols; ++c) {
-        const Cell cell = c < int(copy.cells.size()) ? copy.cells[std::size_t(c)] : Cell();
-        if (cell != Cell() || !m_columns[std::size_t(c)].empty())
-            slotAt(row, c) = cell;
-    }
+    for (int c = 0; c < m_cols; ++c)
+        store(row, c, c < int(copy.cells.size()) ? copy.cells[std::size_t(c)] : Cell());
     for (const auto &[col, text] : copy.texts)
         if (col >= 0 && col < m_cols)
-            slotAt(row, col) = Cell::text(m_pool.intern(text));
+            store(row, col, Cell::text(m_pool.intern(text)));
     if (!copy.data.empty() || copy.rowData.isValid() || !copy.before.empty()) {
         r.extra = std::make_unique<RowExtra>();
         r.extra->data = copy.data;

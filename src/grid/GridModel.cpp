@@ -336,6 +336,9 @@ void Sheet::clearDerived(int row, int col)
 
 void Sheet::announceDerived(int r1, int c1, int r2, int c2)
 {
+    // A first pass over a book writes a direction into every row: that
+    // column is one value again, kept as such.
+    d->store.compactGrown();
     if (!d->redraw)
         return;
     r1 = std::max(r1, d->fixedRows);

@@ -5,6 +5,7 @@
 #include "ledger/JournalColumns.h"
 #include "ledger/LedgerState.h"
 #include "ledger/RowAmounts.h"
+#include "grid/ColumnReader.h"
 
 #include <algorithm>
 
@@ -90,11 +91,22 @@ void BalanceCalculator::writeBalance(int row, Cell dir, const Totals &t)
     const bool debitBook = m_state.balanceSide() == BalanceSide::Debit;
     const bool creditBook = m_state.balanceSide() == BalanceSide::Credit;
     writeDirection(row, dir);
-    m_grid.setDerivedAmount(row, m_balance, debitBook || creditBook ? t.balance.abs() : t.balance);
+    writeFigure(*m_balanceCells, row, debitBook || creditBook ? t.balance.abs() : t.balance);
     notePeak(m_peak, row, t.balance);
     notePeak(m_fxPeak, row, t.fxBalance);
     m_grid.setDerivedMark(row, (debitBook && t.balance.sign() > 0) || (creditBook && t.balance.sign() < 0));
-    m_grid.setDerivedAmount(row, m_fxBalance, t.fxBalance);
+    writeFigure(*m_fxBalanceCells, row, t.fxBalance);
+}
+
+void BalanceCalculator::writeFigure(ColumnReader &cells, int row, Currency value)
+{
+    // Most figures below a change move; in a column of one figure (a
+    // foreign balance of a book kept in one currency) none does, and a
+    // figure that stays is not written.
+    bool fits = false;
+    const Cell cell = Cell::amount(value, &fits);
+    if (!fits || cells.at(row) != cell)
+        m_grid.setDerivedAmount(row, cells.col(), value);
 }
 
 void BalanceCalculator::widerPeak(Peak &peak, int row, Currency value)
@@ -183,10 +195,14 @@ void BalanceCalculator::calculate(int startRow)
     }
     const int last = m_grid.rows();
     RowAmounts read(m_grid, m_state);
+    ColumnReader dir(m_grid.cellStore(), m_dir);
+    ColumnReader balance(m_grid.cellStore(), m_balance), fxBalance(m_grid.cellStore(), m_fxBalance);
+    m_balanceCells = &balance;
+    m_fxBalanceCells = &fxBalance;
     for (; row < last; ++row) {
         const RowAmounts::Kind kind = read.read(row);
         if (kind == RowAmounts::Blank) {
-            clearBalance(row, read.cell(m_dir));
+            clearBalance(row, dir.at(row));
             continue;
         }
         if (kind == RowAmounts::Summary) {
@@ -208,8 +224,9 @@ void BalanceCalculator::calculate(int startRow)
             }
             t.fxBalance += read.forex;
         }
-        writeBalance(row, read.cell(m_dir), t);
+        writeBalance(row, dir.at(row), t);
     }
+    m_balanceCells = m_fxBalanceCells = nullptr;
     m_grid.setTag(tag);
     keepPeak(m_balance, m_peak, startRow);
     keepPeak(m_fxBalance, m_fxPeak, startRow);

@@ -5,6 +5,7 @@
 
 namespace kx {
 
+class ColumnReader;
 class Sheet;
 struct LedgerState;
 
@@ -53,6 +54,7 @@ private:
     void writeSummary(int row, Totals &t);
     void writeDirection(int row, Cell dir);
     void writeBalance(int row, Cell dir, const Totals &t);
+    void writeFigure(ColumnReader &cells, int row, Currency value);
     void clearBalance(int row, Cell dir);
     struct Peak {
         int row = -1;
@@ -61,9 +63,10 @@ private:
     };
     static void notePeak(Peak &peak, int row, Currency value)
     {
-        // Most balances are narrower than the widest so far: two compares.
+        // Most balances are narrower than the widest so far, or as wide and
+        // not negative, which keeps the first: two compares.
         const std::int64_t raw = value.raw(), size = peak.size.raw();
-        if (peak.row >= 0 && raw < size && raw > -size)
+        if (peak.row >= 0 && raw <= size && (raw > -size || raw >= 0))
             return;
         widerPeak(peak, row, value);
     }
@@ -76,6 +79,7 @@ private:
     Sheet &m_grid;
     const LedgerState &m_state;
     int m_debit, m_credit, m_forex, m_dir, m_balance, m_fxBalance, m_tag, m_outline;
+    ColumnReader *m_balanceCells = nullptr, *m_fxBalanceCells = nullptr;  ///< during a pass
     Cell m_dirCell;          ///< the cell of a row holding the book's direction
     bool m_dirKnown = false;
     bool m_keepTotals = false;

@@ -2,10 +2,12 @@
 
 #include "grid/Cell.h"
 #include "grid/CellStore.h"
+#include "grid/ColumnReader.h"
 #include "kxjournal/Currency.h"
 
 namespace kx {
 
+class JournalColumns;
 class Sheet;
 struct LedgerState;
 
@@ -42,22 +44,16 @@ public:
             return Currency::invalid();
         return Currency::fromRaw(payload * (units ? Currency::Scale : 1));
     }
-    /// The cell of column \a col of the row last read (empty for -1).
-    Cell cell(int col) const { return m_store.cell(m_row, col); }
 
     int debitCol, creditCol, forexCol, tagCol, outlineCol;
 
 private:
+    RowAmounts(const Sheet &grid, const LedgerState &state, const JournalColumns &columns);
     static constexpr std::int64_t MaxUnits = INT64_MAX / Currency::Scale;
     Currency textAmount(int row, int col) const;
-    static Cell at(const Cell *column, int row) { return column ? column[row] : Cell(); }
-    void takeColumns();
-
     const Sheet &m_grid;
     const CellStore &m_store;
-    int m_row = -1;
-    std::uint64_t m_layout = 0;
-    const Cell *m_debit = nullptr, *m_credit = nullptr, *m_forex = nullptr, *m_tag = nullptr, *m_outline = nullptr;
+    ColumnReader m_debit, m_credit, m_forex, m_tag, m_outline;
 };
 
 } // namespace kx
