@@ -12,7 +12,9 @@ void releaseText(TextPool &pool, Cell cell)
         pool.release(std::uint32_t(cell.payload()));
 }
 
-int movedRow(int i, int from, int to)
+} // namespace
+
+int CellColumn::movedRow(int i, int from, int to)
 {
     if (i == from)
         return to;
@@ -22,8 +24,6 @@ int movedRow(int i, int from, int to)
         return i + 1;
     return i;
 }
-
-} // namespace
 
 void CellColumn::densify(int rows, TextPool &pool)
 {

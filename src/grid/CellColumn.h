@@ -26,6 +26,8 @@ public:
         int row;
         Cell cell;
     };
+    /// Where index \a i ends up when the entry at \a from moves to \a to.
+    static int movedRow(int i, int from, int to);
     /// Most rows a listed column lists before it turns dense.
     static constexpr std::size_t MaxListed = 1024;
 

@@ -31,18 +31,6 @@ void rotateOne(Vec &vec, int from, int to)
         std::rotate(vec.begin() + to, vec.begin() + from, vec.begin() + from + 1);
 }
 
-// Where index \a i ends up when the entry at \a from moves to \a to.
-int movedIndex(int i, int from, int to)
-{
-    if (i == from)
-        return to;
-    if (from < to && i > from && i <= to)
-        return i - 1;
-    if (to < from && i >= to && i < from)
-        return i + 1;
-    return i;
-}
-
 } // namespace
 
 CellStore::~CellStore() = default;
@@ -161,7 +149,7 @@ void CellStore::moveCol(int from, int to)
         if (!row.extra->data.empty())
             rotateOne(row.extra->data, from, to);
         for (auto &kept : row.extra->before)
-            kept.first = movedIndex(kept.first, from, to);
+            kept.first = CellColumn::movedRow(kept.first, from, to);
     }
     if (std::size_t(std::max(from, to)) < m_kept.size())
         rotateOne(m_kept, from, to);
