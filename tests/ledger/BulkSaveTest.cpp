@@ -1,6 +1,7 @@
 // A save that moves thousands of records goes in bulk; what it stores is read
 // back with plain SQL and compared with values the test works out itself.
 #include "QtPrinters.h"
+#include "support/SampleBookFixture.h"
 #include "support/TestDatabase.h"
 
 #include "data/JournalDefinition.h"
@@ -61,19 +62,13 @@ kx::Currency amountOf(const QVariant &v)
     return v.isNull() ? kx::Currency() : kx::Currency::fromText(v.toString()).valueOr(kx::Currency::fromRaw(-1));
 }
 
-class BulkSave : public ::testing::TestWithParam<Engine>
+class BulkSave : public ::testing::TestWithParam<Engine>, protected kxtest::SampleBookFixture
 {
 protected:
     void SetUp() override
     {
-        testDb = std::make_unique<kxtest::TestDatabase>(GetParam());
-        kx::Database db = testDb->open();
-        docId = kxtest::fillSampleBooks(db, 3000, 1);
-        ASSERT_GT(docId, 0);
-        acc = std::make_unique<kx::SqlAccContext>(testDb->open());
-        kx::JournalDefinition(acc->Connection(), state.book).read(docId);
-        state.fields.accountFormat = QStringLiteral("0.00");
-        ASSERT_EQ(kx::BookLoader(grid, state, kx::LedgerHost::none(), acc.get()).load(0), kx::BookLoader::Loaded);
+        openSample(GetParam(), 3000);
+        loadSample(grid, state);
     }
 
     bool save()
@@ -125,9 +120,6 @@ protected:
         kx::BalanceCalculator(grid, state).calculate(grid.fixedRows());
     }
 
-    std::unique_ptr<kxtest::TestDatabase> testDb;
-    std::unique_ptr<kx::SqlAccContext> acc;
-    int docId = 0;
     kx::Sheet grid;
     kx::LedgerState state;
     Messages host;

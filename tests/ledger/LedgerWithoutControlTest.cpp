@@ -1,6 +1,7 @@
 // The ledger classes on a bare grid, reporting to a plain LedgerHost: no
 // control, no widget, and the model contract checked all along.
 #include "QtPrinters.h"
+#include "support/SampleBookFixture.h"
 #include "support/TestDatabase.h"
 
 #include "data/JournalDefinition.h"
@@ -33,16 +34,12 @@ struct Transcript : kx::LedgerHost {
     int dirty = 0;
 };
 
-class LedgerWithoutControl : public ::testing::TestWithParam<Engine>
+class LedgerWithoutControl : public ::testing::TestWithParam<Engine>, protected kxtest::SampleBookFixture
 {
 protected:
     void SetUp() override
     {
-        testDb = std::make_unique<kxtest::TestDatabase>(GetParam());
-        kx::Database db = testDb->open();
-        docId = kxtest::fillSampleBooks(db, 120, 1);
-        ASSERT_GT(docId, 0);
-        acc = std::make_unique<kx::SqlAccContext>(testDb->open());
+        openSample(GetParam(), 120);
     }
 
     // A grid with the book loaded, watched by the model tester.
@@ -52,9 +49,6 @@ protected:
         ASSERT_EQ(kx::BookLoader(grid, state, host, acc.get()).load(0), kx::BookLoader::Loaded);
     }
 
-    std::unique_ptr<kxtest::TestDatabase> testDb;
-    std::unique_ptr<kx::SqlAccContext> acc;
-    int docId = 0;
 };
 
 } // namespace

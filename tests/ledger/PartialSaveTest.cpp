@@ -1,6 +1,7 @@
 // A save writes only what differs from what the database holds, and the
 // database still ends as if every row had been written.
 #include "QtPrinters.h"
+#include "support/SampleBookFixture.h"
 #include "support/TestDatabase.h"
 
 #include "data/JournalDefinition.h"
@@ -28,24 +29,13 @@ struct Messages : kx::LedgerHost {
     QStringList said;
 };
 
-class PartialSave : public ::testing::TestWithParam<Engine>
+class PartialSave : public ::testing::TestWithParam<Engine>, protected kxtest::SampleBookFixture
 {
 protected:
     void SetUp() override
     {
-        testDb = std::make_unique<kxtest::TestDatabase>(GetParam());
-        kx::Database db = testDb->open();
-        docId = kxtest::fillSampleBooks(db, 150, 1);
-        ASSERT_GT(docId, 0);
-        acc = std::make_unique<kx::SqlAccContext>(testDb->open());
-        load(grid, state);
-    }
-
-    void load(kx::Sheet &g, kx::LedgerState &s)
-    {
-        kx::JournalDefinition(acc->Connection(), s.book).read(docId);
-        s.fields.accountFormat = QStringLiteral("0.00");
-        ASSERT_EQ(kx::BookLoader(g, s, kx::LedgerHost::none(), acc.get()).load(0), kx::BookLoader::Loaded);
+        openSample(GetParam(), 150);
+        loadSample(grid, state);
     }
 
     bool save()
@@ -85,9 +75,6 @@ protected:
         return -1;
     }
 
-    std::unique_ptr<kxtest::TestDatabase> testDb;
-    std::unique_ptr<kx::SqlAccContext> acc;
-    int docId = 0;
     kx::Sheet grid;
     kx::LedgerState state;
     Messages host;
@@ -144,7 +131,7 @@ TEST_P(PartialSave, RandomChangesEndAsAFullRewriteWould)
 
         kx::Sheet reread;
         kx::LedgerState rereadState;
-        load(reread, rereadState);
+        loadSample(reread, rereadState);
         EXPECT_EQ(stored(reread), stored(grid)) << "round " << round;
         EXPECT_EQ(stored(grid).size(), expected.size());
         const int inDb = kx::sqlScalar(acc->Connection(), {QStringLiteral("Select count(*) From kxJournalRecs Where DocID=?"), {docId}})

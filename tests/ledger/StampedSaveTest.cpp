@@ -2,6 +2,7 @@
 // reading the book back), or that writes a record where it stands, must still
 // store what the grid shows and keep what others stored.
 #include "QtPrinters.h"
+#include "support/SampleBookFixture.h"
 #include "support/TestDatabase.h"
 
 #include "data/JournalDefinition.h"
@@ -36,18 +37,12 @@ struct Host : kx::LedgerHost {
     QStringList said, failed, asked;
 };
 
-class StampedSave : public ::testing::Test
+class StampedSave : public ::testing::Test, protected kxtest::SampleBookFixture
 {
 protected:
     void SetUp() override
     {
-        testDb = std::make_unique<kxtest::TestDatabase>(Engine::Sqlite);
-        {
-            kx::Database filler = testDb->open();
-            docId = kxtest::fillSampleBooks(filler, 200, 1);
-            ASSERT_GT(docId, 0);
-        }
-        acc = std::make_unique<kx::SqlAccContext>(testDb->open());
+        openSample(Engine::Sqlite, 200);
         kx::JournalDefinition(acc->Connection(), state.book).read(docId);
         state.fields.accountFormat = QStringLiteral("0.00");
     }
@@ -82,9 +77,6 @@ protected:
         return q.value(0);
     }
 
-    std::unique_ptr<kxtest::TestDatabase> testDb;
-    std::unique_ptr<kx::SqlAccContext> acc;
-    int docId = 0;
     kx::Sheet grid;
     kx::LedgerState state;
     Host host;
