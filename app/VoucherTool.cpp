@@ -110,7 +110,7 @@ int VoucherTool::make(const MakeOptions &o)
     // No folder named: the temporary one, as the control's default.
     const QString folder = o.out.isEmpty() ? QDir::tempPath() : o.out;
     const kx::Result<QString> made =
-        kx::VoucherMaker(session.sheet(), session.state(), session.host(), session.context()).make(folder, o.codec);
+        kx::VoucherMaker(session.book()).make(folder, o.codec);
     if (!made.ok())
         session.host().prompt(made.error(), false);
     if (made.valueOr(QString()).isEmpty())

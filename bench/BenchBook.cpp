@@ -26,7 +26,7 @@ std::unique_ptr<Opened> openBook(const QString &url, int records, bool fresh)
         return nullptr;
     o->acc = std::make_unique<kx::SqlAccContext>(std::move(db));
     kx::JournalDefinition(o->acc->Connection(), o->book.book).read(docId);
-    if (kx::BookLoader(o->grid, o->book, kx::LedgerHost::none(), o->acc.get()).load(0) != kx::BookLoader::Loaded)
+    if (kx::BookLoader(o->ledger).load(0) != kx::BookLoader::Loaded)
         return nullptr;
     return o;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ledger/Book.h"
+#include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 
 #include "grid/Sheet.h"
@@ -13,8 +15,9 @@ namespace kxbench {
 /// A sample bank book read into a bare grid, as the benchmarks work on it.
 struct Opened {
     std::unique_ptr<kx::SqlAccContext> acc;
-    kx::Sheet grid;
-    kx::LedgerState book;
+    kx::Book ledger{kx::LedgerHost::none(), [this] { return acc.get(); }};
+    kx::Sheet &grid = ledger.sheet();
+    kx::LedgerState &book = ledger.state();
 };
 
 /// Reads book 020101 of the database at \a url into a grid; \a fresh first

@@ -24,7 +24,8 @@ void BM_FitFigureColumns(benchmark::State &state)
 {
     kxbench::Opened &o = book();
     for (auto _ : state) {
-        kx::ColumnFit fit(o.grid, o.book, [](const QString &t, const QFont &f) { return QFontMetrics(f).horizontalAdvance(t); });
+        kx::ColumnFit fit(o.ledger,
+                          [](const QString &t, const QFont &f) { return QFontMetrics(f).horizontalAdvance(t); });
         int width = 0;
         const kx::JournalColumns columns(o.grid);
         for (auto c : Figures)

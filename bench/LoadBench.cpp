@@ -1,4 +1,5 @@
 // Opening a book, next to the bare fetch of the same query, on one SQLite file.
+#include "ledger/Book.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "data/JournalDefinition.h"
@@ -81,11 +82,12 @@ void prepareBook(Fixture &f, kx::LedgerState &book)
 void BM_Load(benchmark::State &state)
 {
     Fixture &f = fixture(int(state.range(0)));
-    kx::Sheet grid;
-    kx::LedgerState book;
+    kx::Book ledger(kx::LedgerHost::none(), [&f] { return f.acc.get(); });
+    kx::Sheet &grid = ledger.sheet();
+    kx::LedgerState &book = ledger.state();
     prepareBook(f, book);
     for (auto _ : state) {
-        if (kx::BookLoader(grid, book, kx::LedgerHost::none(), f.acc.get()).load(0) != kx::BookLoader::Loaded)
+        if (kx::BookLoader(ledger).load(0) != kx::BookLoader::Loaded)
             state.SkipWithError("load failed");
         benchmark::DoNotOptimize(grid.rows());
     }
@@ -149,8 +151,9 @@ void BM_FetchSqliteC(benchmark::State &state)
 void BM_LoadBesideFetch(benchmark::State &state)
 {
     Fixture &f = fixture(int(state.range(0)));
-    kx::Sheet grid;
-    kx::LedgerState book;
+    kx::Book ledger(kx::LedgerHost::none(), [&f] { return f.acc.get(); });
+    kx::Sheet &grid = ledger.sheet();
+    kx::LedgerState &book = ledger.state();
     prepareBook(f, book);
     double fetchNs = 0, loadNs = 0;
     for (auto _ : state) {
@@ -159,7 +162,7 @@ void BM_LoadBesideFetch(benchmark::State &state)
         bareFetch(f);
         fetchNs += double(clock.nsecsElapsed());
         clock.restart();
-        if (kx::BookLoader(grid, book, kx::LedgerHost::none(), f.acc.get()).load(0) != kx::BookLoader::Loaded)
+        if (kx::BookLoader(ledger).load(0) != kx::BookLoader::Loaded)
             state.SkipWithError("load failed");
         loadNs += double(clock.nsecsElapsed());
     }
@@ -175,8 +178,6 @@ void BM_LoadMillion(benchmark::State &state)
 {
     const int records = int(state.range(0));
     Fixture &f = fixture(records);
-    kx::LedgerState book;
-    prepareBook(f, book);
     double fetchMs = 0, loadMs = 0, resident = 0, store = 0;
     for (auto _ : state) {
         QElapsedTimer clock;
@@ -184,9 +185,11 @@ void BM_LoadMillion(benchmark::State &state)
         bareFetch(f);
         fetchMs = double(clock.nsecsElapsed()) / 1e6;
         const long long before = kxbench::residentBytes();
-        auto grid = std::make_unique<kx::Sheet>();
+        auto ledger = std::make_unique<kx::Book>(kx::LedgerHost::none(), [&f] { return f.acc.get(); });
+        prepareBook(f, ledger->state());
+        kx::Sheet *grid = &ledger->sheet();
         clock.restart();
-        if (kx::BookLoader(*grid, book, kx::LedgerHost::none(), f.acc.get()).load(0) != kx::BookLoader::Loaded)
+        if (kx::BookLoader(*ledger).load(0) != kx::BookLoader::Loaded)
             state.SkipWithError("load failed");
         loadMs = double(clock.nsecsElapsed()) / 1e6;
         resident = double(kxbench::residentBytes() - before) / records;
@@ -202,12 +205,13 @@ void BM_LoadMillion(benchmark::State &state)
 void BM_Calculate(benchmark::State &state)
 {
     Fixture &f = fixture(int(state.range(0)));
-    kx::Sheet grid;
-    kx::LedgerState book;
+    kx::Book ledger(kx::LedgerHost::none(), [&f] { return f.acc.get(); });
+    kx::Sheet &grid = ledger.sheet();
+    kx::LedgerState &book = ledger.state();
     prepareBook(f, book);
-    kx::BookLoader(grid, book, kx::LedgerHost::none(), f.acc.get()).load(0);
+    kx::BookLoader(ledger).load(0);
     for (auto _ : state)
-        kx::BalanceCalculator(grid, book).calculate(grid.fixedRows());
+        kx::BalanceCalculator(ledger).calculate(grid.fixedRows());
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
@@ -218,17 +222,18 @@ void BM_Calculate(benchmark::State &state)
 void BM_EditAmountRow2(benchmark::State &state)
 {
     Fixture &f = fixture(int(state.range(0)));
-    kx::Sheet grid;
-    kx::LedgerState book;
+    kx::Book ledger(kx::LedgerHost::none(), [&f] { return f.acc.get(); });
+    kx::Sheet &grid = ledger.sheet();
+    kx::LedgerState &book = ledger.state();
     prepareBook(f, book);
-    kx::BookLoader(grid, book, kx::LedgerHost::none(), f.acc.get()).load(0);
+    kx::BookLoader(ledger).load(0);
     // As if no month were closed yet: row 2 is open and every row below it
     // is worked out again, the most an amount edit can cost.
     const int locked = grid.colIndex(QStringLiteral("Locked"));
     for (int r = grid.fixedRows(); r < grid.rows(); ++r)
         grid.setText(r, locked, QStringLiteral("0"));
     book.lastSumRow = 0;
-    kx::EditSession session(kx::EditContext(grid, book, kx::LedgerHost::none(), [&f] { return f.acc.get(); }));
+    kx::EditSession session{kx::EditContext(ledger)};
     const int row = grid.fixedRows() + 1;
     const int debit = grid.colIndex(QStringLiteral("Debit"));
     grid.setCursor(row, debit);
@@ -246,8 +251,9 @@ void BM_EditAmountRow2(benchmark::State &state)
 // worked out once, the whole paste one undo step. Its baseline writes the
 // same cells unchecked and recalculates once.
 struct PasteBook {
-    kx::Sheet grid;
-    kx::LedgerState book;
+    kx::Book ledger;
+    kx::Sheet &grid = ledger.sheet();
+    kx::LedgerState &book = ledger.state();
     QString text;
     QStringList dates, codes;
     int top = 0;
@@ -256,7 +262,8 @@ struct PasteBook {
 void preparePaste(Fixture &f, PasteBook &p, int rows)
 {
     prepareBook(f, p.book);
-    kx::BookLoader(p.grid, p.book, kx::LedgerHost::none(), f.acc.get()).load(0);
+    p.ledger.setContext([&f] { return f.acc.get(); });
+    kx::BookLoader(p.ledger).load(0);
     const kx::JournalColumns columns(p.grid);
     // Pasted below the book, on the empty row that waits there.
     p.top = p.grid.rows();
@@ -286,11 +293,11 @@ void BM_Paste10kInto100k(benchmark::State &state)
     Fixture &f = fixture(int(state.range(0)));
     PasteBook p;
     preparePaste(f, p, 10000);
-    kx::EditSession session(kx::EditContext(p.grid, p.book, kx::LedgerHost::none(), [&f] { return f.acc.get(); }));
+    kx::EditSession session{kx::EditContext(p.ledger)};
     const int col = p.grid.colIndex(QStringLiteral("ShowName"));
     for (auto _ : state) {
         p.grid.setCursor(p.top, col);
-        const bool pasted = kx::LedgerStep::record(p.grid, p.book, kx::LedgerHost::none(), &session.history(),
+        const bool pasted = kx::LedgerStep::record(p.ledger, &session.history(),
                                                    QStringLiteral("粘贴"), [&] {
                                                        kx::BlockPaste paste(session.context(), session.rules());
                                                        const bool changed = paste.paste(p.text);
@@ -323,7 +330,7 @@ void BM_PasteBaselineBareWrites(benchmark::State &state)
         for (int i = 0; i < block.size(); ++i)
             for (int j = 0; j < block.at(i).size(); ++j)
                 p.grid.setText(p.top + i, targets.at(j), block.at(i).at(j));
-        kx::BalanceCalculator(p.grid, p.book).calculate(p.grid.fixedRows());
+        kx::BalanceCalculator(p.ledger).calculate(p.grid.fixedRows());
         state.PauseTiming();
         p.grid.setRows(p.top + 1);
         state.ResumeTiming();
@@ -336,10 +343,11 @@ void BM_PasteBaselineBareWrites(benchmark::State &state)
 void BM_Delete10kFrom100k(benchmark::State &state)
 {
     Fixture &f = fixture(int(state.range(0)));
-    kx::Sheet grid;
-    kx::LedgerState book;
+    kx::Book ledger(kx::LedgerHost::none(), [&f] { return f.acc.get(); });
+    kx::Sheet &grid = ledger.sheet();
+    kx::LedgerState &book = ledger.state();
     prepareBook(f, book);
-    kx::BookLoader(grid, book, kx::LedgerHost::none(), f.acc.get()).load(0);
+    kx::BookLoader(ledger).load(0);
     kx::EditHistory history(grid);
     const int from = grid.rows() / 2;
     // Closed and booked records stay where they are: the rows deleted are
@@ -351,8 +359,8 @@ void BM_Delete10kFrom100k(benchmark::State &state)
     }
     for (auto _ : state) {
         int removed = 0;
-        kx::LedgerStep::record(grid, book, kx::LedgerHost::none(), &history, QStringLiteral("删除行"), [&] {
-            removed = kx::RowOperations(grid, book, kx::LedgerHost::none()).removeRows(from, from + 9999);
+        kx::LedgerStep::record(ledger, &history, QStringLiteral("删除行"), [&] {
+            removed = kx::RowOperations(ledger).removeRows(from, from + 9999);
             return removed > 0;
         });
         if (removed < 9000)
@@ -367,10 +375,11 @@ void BM_Delete10kFrom100k(benchmark::State &state)
 void BM_DeleteBaselineBareRemove(benchmark::State &state)
 {
     Fixture &f = fixture(int(state.range(0)));
-    kx::Sheet grid;
-    kx::LedgerState book;
+    kx::Book ledger(kx::LedgerHost::none(), [&f] { return f.acc.get(); });
+    kx::Sheet &grid = ledger.sheet();
+    kx::LedgerState &book = ledger.state();
     prepareBook(f, book);
-    kx::BookLoader(grid, book, kx::LedgerHost::none(), f.acc.get()).load(0);
+    kx::BookLoader(ledger).load(0);
     const int from = grid.rows() / 2;
     for (auto _ : state) {
         state.PauseTiming();

@@ -63,15 +63,14 @@ void BM_PasteIntoA100kBookBesideFloor(benchmark::State &state)
     for (int c = grid.colIndex(QStringLiteral("ShowName")); c < grid.cols(); ++c)
         if (!grid.isColHidden(c))
             targets << c;
-    kxbench::Opened *raw = o.get();
-    kx::EditSession session(kx::EditContext(grid, o->book, kx::LedgerHost::none(), [raw] { return raw->acc.get(); }));
+    kx::EditSession session{kx::EditContext(o->ledger)};
     const int dateCol = grid.colIndex(QStringLiteral("ShowName"));
     double pasteNs = 0, floorNs = 0;
     for (auto _ : state) {
         QElapsedTimer clock;
         clock.start();
         grid.setCursor(top, dateCol);
-        const bool pasted = kx::LedgerStep::record(grid, o->book, kx::LedgerHost::none(), &session.history(),
+        const bool pasted = kx::LedgerStep::record(o->ledger, &session.history(),
                                                    QStringLiteral("粘贴"), [&] {
                                                        kx::BlockPaste paste(session.context(), session.rules());
                                                        const bool changed = paste.paste(text);
@@ -94,7 +93,7 @@ void BM_PasteIntoA100kBookBesideFloor(benchmark::State &state)
         for (int i = 0; i < block.size(); ++i)
             for (int j = 0; j < block.at(i).size(); ++j)
                 grid.setText(top + i, targets.at(j), block.at(i).at(j));
-        kx::BalanceCalculator(grid, o->book).calculate(grid.fixedRows());
+        kx::BalanceCalculator(o->ledger).calculate(grid.fixedRows());
         floorNs += double(clock.nsecsElapsed());
         state.PauseTiming();
         grid.setRows(top);  // the floor's rows go, an empty one waits again

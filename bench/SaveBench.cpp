@@ -39,7 +39,7 @@ using kxbench::sqliteBook;
 
 bool save(Opened &o)
 {
-    return kx::BookSaver(o.grid, o.book, kx::LedgerHost::none(), o.acc.get()).save(QStringLiteral("bench"), 1);
+    return kx::BookSaver(o.ledger).save(QStringLiteral("bench"), 1);
 }
 
 void touchEveryRow(Opened &o, int pass)
@@ -123,7 +123,7 @@ void saveOneAmount(benchmark::State &state, Opened *o)
         state.PauseTiming();
         o->grid.setText(row, QStringLiteral("Debit"), QString::number(1000 + (++pass)));
         o->grid.setText(row, QStringLiteral("Credit"), QString());
-        kx::BalanceCalculator(o->grid, o->book).calculate(o->grid.fixedRows());
+        kx::BalanceCalculator(o->ledger).calculate(o->grid.fixedRows());
         o->book.dirty = true;
         state.ResumeTiming();
         QElapsedTimer clock;

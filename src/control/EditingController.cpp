@@ -23,7 +23,7 @@ namespace kx {
 
 void EditingController::setUp()
 {
-    d.edit = new EditSession(EditContext(*d.grid, d.state, d, [this] { return d.context(); }), d.q);
+    d.edit = new EditSession(EditContext(d.book), d.q);
     accountPicker = new AccountPicker(d.q);
     calculator = new CalculatorPopup(d.q);
     datePicker = new DatePicker(d.q);

@@ -32,7 +32,6 @@ namespace kx {
 
 Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_shared<JournalPrivate>(this))
 {
-    d->grid = new Sheet(this);
     d->view = new GridView;
     d->view->setGridModel(d->grid);
     d->frame = new JournalFrame(d->view, this);
@@ -40,7 +39,7 @@ Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_shared<JournalP
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(d->frame);
     setCaption(FmtName());
-    ColumnModel::define(*d->grid, d->state);
+    ColumnModel::define(d->book);
 
     d->editing->setUp();
     d->rows->setUp();
@@ -198,7 +197,7 @@ void Journal::setDirection(const QString &value)
         return;
     d->exclusive(QStringLiteral("Direction"), false, [&] {
         d->state.book.direction = kept;
-        BalanceCalculator(*d->grid, d->state).calculate(d->grid->row());
+        BalanceCalculator(d->book).calculate(d->grid->row());
         return true;
     });
 }
@@ -278,7 +277,7 @@ bool Journal::Load(int rDocID)
 {
     JournalPrivate *const p = d.get();
     return p->exclusive(QStringLiteral("Load"), false, [p, rDocID] {
-        const BookLoader::Outcome outcome = BookLoader(*p->grid, p->state, *p, p->context()).load(rDocID);
+        const BookLoader::Outcome outcome = BookLoader(p->book).load(rDocID);
         const bool filled = outcome == BookLoader::Loaded || outcome == BookLoader::Empty;
         if (!p->alive())
             return filled;
@@ -297,7 +296,7 @@ bool Journal::Save()
 {
     JournalPrivate *const p = d.get();
     return p->exclusive(QStringLiteral("Save"), false, [p] {
-        BookSaver saver(*p->grid, p->state, *p, p->context());
+        BookSaver saver(p->book);
         const bool saved = saver.save(p->caption, p->instanceNumber());
         if (!p->alive())
             return saved;
@@ -314,17 +313,17 @@ bool Journal::InsSumRow(int Row)
 {
     JournalPrivate *const p = d.get();
     return p->step(QStringLiteral("InsSumRow"), QStringLiteral("插入汇总行"),
-                   [p, Row] { return SummaryRows(*p->grid, p->state, *p).insert(Row); });
+                   [p, Row] { return SummaryRows(p->book).insert(Row); });
 }
 
 bool Journal::RemoveSumRow(int Row)
 {
     JournalPrivate *const p = d.get();
     return p->step(QStringLiteral("RemoveSumRow"), QStringLiteral("删除汇总行"),
-                   [p, Row] { return SummaryRows(*p->grid, p->state, *p).remove(Row); });
+                   [p, Row] { return SummaryRows(p->book).remove(Row); });
 }
 
-QString Journal::Statistics() const { return SummaryRows(*d->grid, d->state, *d).statistics(); }
+QString Journal::Statistics() const { return SummaryRows(d->book).statistics(); }
 
 void Journal::SetDefaultFormat()
 {
@@ -333,8 +332,8 @@ void Journal::SetDefaultFormat()
         // The default format is the defaults: what the host chose goes too.
         p->state.columns = {};
         p->state.chosen = {};
-        ColumnModel::define(*p->grid, p->state);
-        ColumnModel::applyFormats(*p->grid, p->state);
+        ColumnModel::define(p->book);
+        ColumnModel::applyFormats(p->book);
         p->layout->fitColumns();
         return true;
     });
@@ -342,7 +341,7 @@ void Journal::SetDefaultFormat()
 
 void Journal::ApplyExplainTemplate(const QString &rTemplate)
 {
-    ColumnModel::applyExplainTemplate(*d->grid, d->state, d->context(), d->grid->row(), rTemplate);
+    ColumnModel::applyExplainTemplate(d->book, d->grid->row(), rTemplate);
 }
 
 QDate Journal::JnlDate() const

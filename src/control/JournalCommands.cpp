@@ -22,7 +22,7 @@ void JournalCommands::offer(JournalPrivate &d)
     using I = CommandId;
 
     JournalRowCommands::offer(d);
-    LedgerCommands::offer(r, *d.grid, d.state, d);
+    LedgerCommands::offer(r, d.book);
     JournalVoucherCommands::offer(d);
 
     r.bind(I::Find, [p](const QString &) { p->output->openFindBar(); });
@@ -47,7 +47,7 @@ void JournalCommands::offer(JournalPrivate &d)
         [p] { return p->sidePanel; });
 
     r.bind(I::DefaultFormat, [p](const QString &) { p->q->SetDefaultFormat(); });
-    const auto applyFormats = [p](const QString &) { ColumnModel::applyFormats(*p->grid, p->state); };
+    const auto applyFormats = [p](const QString &) { ColumnModel::applyFormats(p->book); };
     r.bind(I::AfterSetFormat, applyFormats);
     r.bind(I::SetColFont, applyFormats);
     r.bind(I::SideVisible, [p](const QString &on) { p->setSidePanel(on == QLatin1String("True")); });

@@ -126,7 +126,7 @@ bool Journal::enterRecord(const QMap<QString, QString> &fieldsByKey, int row)
 
 bool Journal::setColumnVisible(const QString &key, bool visible)
 {
-    if (!FieldChoice(*d->grid, d->state).setShown(key, visible))
+    if (!FieldChoice(d->book).setShown(key, visible))
         return false;
     if (visible)
         d->layout->fitColumns();
@@ -148,7 +148,7 @@ bool Journal::setColumnWidth(const QString &key, int width)
     // The same path as a drag in the view: the grid's width, then the
     // user's choice kept for the property bag.
     d->grid->setColWidth(col, width);
-    FieldChoice(*d->grid, d->state).rememberWidth(col, width);
+    FieldChoice(d->book).rememberWidth(col, width);
     Q_EMIT propertyChanged(QStringLiteral("ColumnWidths"));
     return true;
 }

@@ -44,7 +44,8 @@ bool hasScreen()
 } // namespace
 
 JournalPrivate::JournalPrivate(Journal *journal)
-    : q(journal), editing(std::make_unique<EditingController>(*this)), rows(std::make_unique<RowController>(*this)),
+    : q(journal), book(*this, [this] { return context(); }), state(book.state()), grid(&book.sheet()),
+      editing(std::make_unique<EditingController>(*this)), rows(std::make_unique<RowController>(*this)),
       vouchers(std::make_unique<VoucherController>(*this)), output(std::make_unique<OutputController>(*this)),
       layout(std::make_unique<LayoutController>(*this))
 {
@@ -57,7 +58,6 @@ JournalPrivate::~JournalPrivate()
         delete m_keptFrame;
         delete edit;
         delete output->printGrid;
-        delete grid;
     }
 }
 
@@ -97,7 +97,6 @@ void JournalPrivate::controlGone()
     m_kept = true;
     edit->setParent(nullptr);
     output->printGrid->setParent(nullptr);
-    grid->setParent(nullptr);
     // This state is let go of once control is back in the event loop (and
     // the operation, which holds it too, has ended).
     auto *release = new QObject;
@@ -254,7 +253,7 @@ bool JournalPrivate::step(const QString &name, const QString &text, const std::f
         // Storing the open editor raises events: the control may be gone after it.
         if (!settleEditor() || !alive())
             return false;
-        return LedgerStep::record(*grid, state, *this, &edit->history(), text, work);
+        return LedgerStep::record(book, &edit->history(), text, work);
     });
 }
 

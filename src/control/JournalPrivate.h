@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kxjournal/AccContext.h"
+#include "ledger/Book.h"
 #include "ledger/CommandRegistry.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
@@ -109,9 +110,12 @@ public:
     bool step(const QString &name, const QString &text, const std::function<bool()> &work);
 
     Journal *q;  ///< nullptr once the host deleted the control
-    LedgerState state;
+    /// The book shown: its records in the grid's store, its state; it
+    /// reports here and reads the context set here.
+    Book book;
+    LedgerState &state;  ///< book.state()
     CommandRegistry commands;
-    Sheet *grid = nullptr;
+    Sheet *const grid;   ///< book.sheet(): the model the view shows
     GridView *view = nullptr;
     JournalFrame *frame = nullptr;
     JournalMenu *menu = nullptr;

@@ -139,7 +139,7 @@ void Journal::ReadProperties(const PropertyBag &bag)
         const QString shown = bag.read(QStringLiteral("FieldShow"), QString()).toString();
         const QString widths = bag.read(QStringLiteral("ColumnWidths"), QString()).toString();
         FieldChoice::read(d->state.columns, shown, widths);
-        ColumnModel::applyChoices(*d->grid, d->state);
+        ColumnModel::applyChoices(d->book);
         // A restored width narrower than today's figures still never cuts one.
         d->layout->fitColumns();
     }

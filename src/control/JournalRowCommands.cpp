@@ -26,13 +26,13 @@ void JournalRowCommands::offer(JournalPrivate &d)
     r.bind(I::DeleteRows, [p](const QString &) { p->q->DeleteRows(); });
     r.bind(I::Renumber, [p](const QString &) {
         p->step(QStringLiteral("Renumber"), QStringLiteral("重新编号"),
-                [p] { return RowOperations(*p->grid, p->state, *p).renumber(); });
+                [p] { return RowOperations(p->book).renumber(); });
     });
     r.bind(I::DelHistory, [p](const QString &) {
         p->exclusive(QStringLiteral("DelHistory"), false, [p] {
             if (!p->settleEditor() || !p->alive())
                 return false;
-            const Result<int> gone = RowOperations(*p->grid, p->state, *p).deleteHistory(p->context());
+            const Result<int> gone = RowOperations(p->book).deleteHistory(p->context());
             if (!gone.ok())
                 p->prompt(gone.error(), true);
             return gone.ok();

@@ -20,27 +20,27 @@ bool Journal::InsertRows()
 {
     JournalPrivate *const p = d.get();
     return p->step(QStringLiteral("InsertRows"), QStringLiteral("插入行"),
-                   [p] { return RowOperations(*p->grid, p->state, *p).insertRows(); });
+                   [p] { return RowOperations(p->book).insertRows(); });
 }
 
 bool Journal::DeleteRows(int Row)
 {
     JournalPrivate *const p = d.get();
     return p->step(QStringLiteral("DeleteRows"), QStringLiteral("删除行"),
-                   [p, Row] { return RowOperations(*p->grid, p->state, *p).deleteRows(Row); });
+                   [p, Row] { return RowOperations(p->book).deleteRows(Row); });
 }
 
 bool Journal::CloseBook()
 {
     JournalPrivate *const p = d.get();
     return p->step(QStringLiteral("CloseBook"), QStringLiteral("结账"),
-                   [p] { return MonthClosing(*p->grid, p->state, *p).closeBook(); });
+                   [p] { return MonthClosing(p->book).closeBook(); });
 }
 
 bool Journal::CheckBook()
 {
     JournalPrivate *const p = d.get();
-    return p->exclusive(QStringLiteral("CheckBook"), false, [p] { return BookCheck(*p->grid, p->state, *p).check(); });
+    return p->exclusive(QStringLiteral("CheckBook"), false, [p] { return BookCheck(p->book).check(); });
 }
 
 QString Journal::copyText() const { return GridClipboard::selectedText(*d->grid); }

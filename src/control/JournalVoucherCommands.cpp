@@ -17,7 +17,7 @@ void JournalVoucherCommands::offer(JournalPrivate &d)
     r.bind(CommandId::DocSelect, [p](const QString &) { p->vouchers->openPicker(p->grid->row(), p->grid->col()); });
     r.bind(CommandId::RemoveDoc, [p](const QString &) {
         p->exclusive(QStringLiteral("RemoveDoc"), false, [p] {
-            return p->settleEditor() && VoucherLink(*p->grid, p->state, *p, p->context()).removeLinks();
+            return p->settleEditor() && VoucherLink(p->book).removeLinks();
         });
     });
     r.bind(CommandId::MakeDoc, [p](const QString &) { p->q->Make(); });

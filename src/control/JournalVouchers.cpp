@@ -13,7 +13,7 @@ namespace kx {
 
 int Journal::DirID(int Row) const
 {
-    return VoucherLink(*d->grid, d->state, *d, d->context()).dirId(d->rowOr(Row));
+    return VoucherLink(d->book).dirId(d->rowOr(Row));
 }
 
 // Each operation works through p, which it holds: a handler may delete the control.
@@ -23,7 +23,7 @@ void Journal::setDirID(int value, int Row)
     JournalPrivate *const p = d.get();
     p->exclusive(QStringLiteral("DirID"), false, [p, value, Row] {
         return p->settleEditor() && p->alive() &&
-               VoucherLink(*p->grid, p->state, *p, p->context()).link(p->rowOr(Row), value);
+               VoucherLink(p->book).link(p->rowOr(Row), value);
     });
 }
 
@@ -31,7 +31,7 @@ void Journal::SetDirID(int v)
 {
     JournalPrivate *const p = d.get();
     p->exclusive(QStringLiteral("DirID"), 0, [p, v] {
-        return p->settleEditor() && p->alive() ? VoucherLink(*p->grid, p->state, *p, p->context()).linkSelection(v) : 0;
+        return p->settleEditor() && p->alive() ? VoucherLink(p->book).linkSelection(v) : 0;
     });
 }
 

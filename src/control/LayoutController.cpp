@@ -42,14 +42,14 @@ void LayoutController::setUp()
         fields->setMenu(fieldMenu);
     QObject::connect(fieldMenu, &QMenu::aboutToShow, d.q, [this] {
         fieldMenu->clear();
-        for (const FieldChoice::Field &field : FieldChoice(*d.grid, d.state).fields()) {
+        for (const FieldChoice::Field &field : FieldChoice(d.book).fields()) {
             QAction *a = fieldMenu->addAction(field.text);
             a->setObjectName(QStringLiteral("fld") + field.key);
             a->setCheckable(true);
             a->setChecked(field.shown);
             const QString fieldKey = field.key;
             QObject::connect(a, &QAction::toggled, d.q, [this, fieldKey](bool on) {
-                if (!FieldChoice(*d.grid, d.state).setShown(fieldKey, on))
+                if (!FieldChoice(d.book).setShown(fieldKey, on))
                     return;
                 if (on)
                     fitColumns();
@@ -60,7 +60,7 @@ void LayoutController::setUp()
     });
 
     QObject::connect(d.view, &GridView::columnResized, d.q, [this](int col, int width) {
-        FieldChoice(*d.grid, d.state).rememberWidth(col, width);
+        FieldChoice(d.book).rememberWidth(col, width);
         Q_EMIT d.q->propertyChanged(QStringLiteral("ColumnWidths"));
     });
     QObject::connect(d.frame, &JournalFrame::sizesChanged, d.q,
@@ -81,7 +81,7 @@ void LayoutController::setUp()
         }
         refit->setInterval(0);
         const std::vector<std::pair<int, int>> changed = std::exchange(m_refitRows, {});
-        ColumnFit fit(*d.grid, d.state, measureText);
+        ColumnFit fit(d.book, measureText);
         for (int col = 0; col < int(changed.size()) && col < d.grid->cols(); ++col) {
             if (changed[std::size_t(col)].first >= 0)
                 fit.fitFigures(changed[std::size_t(col)].first, changed[std::size_t(col)].second, col, col);
@@ -158,7 +158,7 @@ void LayoutController::openFieldMenu()
 
 void LayoutController::fitColumns()
 {
-    ColumnFit fit(*d.grid, d.state, measureText);
+    ColumnFit fit(d.book, measureText);
     fit.fitFigures();
     fit.fitLabels();
     // The date and the number stay in sight while the rest scrolls sideways,

@@ -19,12 +19,12 @@ namespace kx {
 void RowController::setUp()
 {
     GridViewPrivate::get(d.view).m_dropTest = ([this](int source, int row, int col) {
-        return !d.state.mayModify() || d.state.isConsolidated() || RowMover(*d.grid, d.state, d).isBadDropRow(source, row, col);
+        return !d.state.mayModify() || d.state.isConsolidated() || RowMover(d.book).isBadDropRow(source, row, col);
     });
     QObject::connect(d.view, &GridView::rowDropped, d.q, [this](int source, int row, int col) {
         if (d.state.mayModify() && !d.state.isConsolidated())
             d.step(QStringLiteral("MoveRow"), QStringLiteral("移动行"),
-                 [&] { return RowMover(*d.grid, d.state, d).drop(source, row, col); });
+                 [&] { return RowMover(d.book).drop(source, row, col); });
     });
 }
 

@@ -68,7 +68,7 @@ QString VoucherController::make(const QString &into)
     return d.exclusive(QStringLiteral("MakeAccDoc"), QString(), [p, &into, this] {
         if (!p->settleEditor() || !p->alive())
             return QString();
-        const Result<QString> made = VoucherMaker(*p->grid, p->state, *p, p->context()).make(into, codec);
+        const Result<QString> made = VoucherMaker(p->book).make(into, codec);
         if (!made.ok())
             p->prompt(made.error(), false);
         return made.valueOr(QString());

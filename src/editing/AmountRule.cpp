@@ -150,7 +150,7 @@ void AmountRule::afterEdit(EditContext &ctx, int row, int col)
         }
     }
     if (!ctx.batch)
-        BalanceCalculator(ctx.grid, ctx.state).calculate(row);
+        BalanceCalculator(ctx.book).calculate(row);
 }
 
 } // namespace kx

@@ -60,7 +60,7 @@ BalanceReach::BalanceReach(const EditContext &ctx)
 {
     // The balances as a recalculation makes them: rows without a day are
     // passed over, a summary row carries the balance through.
-    RowAmounts read(ctx.grid, ctx.state);
+    RowAmounts read(ctx.book);
     Currency local, foreign;
     for (int i = 0; i < m_rows; ++i) {
         if (read.read(m_first + i) != RowAmounts::Record)

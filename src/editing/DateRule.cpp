@@ -132,7 +132,7 @@ void DateRule::afterEdit(EditContext &ctx, int row, int col)
     const bool holdsAmount = !line.text(JournalColumns::Debit).isEmpty() || !line.text(JournalColumns::Credit).isEmpty() ||
                              !line.text(JournalColumns::Forex).isEmpty();
     if (holdsAmount && !ctx.batch)
-        BalanceCalculator(ctx.grid, ctx.state).calculate(row);
+        BalanceCalculator(ctx.book).calculate(row);
 }
 
 } // namespace kx

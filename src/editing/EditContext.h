@@ -2,11 +2,11 @@
 
 #include "editing/AccountChart.h"
 #include "editing/AccountLookup.h"
+#include "ledger/Book.h"
 #include "ledger/JournalColumns.h"
 
 #include <QHash>
 #include <QString>
-#include <functional>
 
 namespace kx {
 
@@ -17,17 +17,15 @@ class LedgerHost;
 struct LedgerState;
 
 /// What the edit rules work on and the little they remember between edits:
-/// the grid, the ledger's state, the host, the accounting context, and the
-/// editing state of the control (whether the edit under way changed its
-/// cell, the explanations typed, the explanation list read).
+/// the book (its sheet, state, host and context, named apart below for the
+/// rules' brevity) and the editing state of the control (whether the edit
+/// under way changed its cell, the explanations typed, the explanation list
+/// read).
 struct EditContext {
-    EditContext(Sheet &g, LedgerState &s, LedgerHost &h, std::function<AccContext *()> c)
-        : grid(g), state(s), host(h), context(std::move(c)), columns(g)
-    {
-    }
+    explicit EditContext(Book &b) : book(b), grid(b.sheet()), state(b.state()), host(b.host()), columns(b.sheet()) {}
 
     /// The accounting context, or nullptr when there is none.
-    AccContext *acc() const { return context ? context() : nullptr; }
+    AccContext *acc() const { return book.context(); }
     /// The open database of the context, or nullptr.
     const Database *db() const;
     /// The chart of accounts with the use counts of the book shown, read
@@ -48,10 +46,10 @@ struct EditContext {
         refusalBox = box;
     }
 
+    Book &book;
     Sheet &grid;
     LedgerState &state;
     LedgerHost &host;
-    std::function<AccContext *()> context;
     JournalColumns columns;      ///< where the columns sit; refreshed when an edit begins
     bool cellChanged = false;    ///< the edit under way changed its cell
     bool fromPicker = false;     ///< the text comes from a picker, not the keyboard

@@ -127,8 +127,7 @@ void EditSession::onEnded(int row, int col, bool stored)
         m_history.clear();
         return;
     }
-    m_history.push(new GridStepCommand(m_ctx.grid, m_ctx.state, m_ctx.host, std::move(changes), m_before, row,
-                                       col, QStringLiteral("输入")),
+    m_history.push(new GridStepCommand(m_ctx.book, std::move(changes), m_before, row, col, QStringLiteral("输入")),
                    m_historyFit);
 }
 

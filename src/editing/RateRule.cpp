@@ -27,7 +27,7 @@ void RateRule::afterEdit(EditContext &ctx, int row, int)
     if (value.isValid())
         ctx.grid.setAmount(row, ctx.columns[JournalColumns::Forex], value);
     if (!ctx.batch)
-        BalanceCalculator(ctx.grid, ctx.state).calculate(row);
+        BalanceCalculator(ctx.book).calculate(row);
 }
 
 } // namespace kx

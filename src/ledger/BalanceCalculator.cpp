@@ -26,10 +26,10 @@ void BalanceCalculator::twoLines(const QString &text, Currency &first, Currency 
     second = lf < 0 ? Currency() : Currency::fromText(whole.mid(lf + 1)).valueOr(Currency());
 }
 
-BalanceCalculator::BalanceCalculator(Sheet &grid, const LedgerState &state)
-    : m_grid(grid), m_state(state), m_outline(state.outlineColumn(grid))
+BalanceCalculator::BalanceCalculator(Book &book)
+    : m_book(book), m_grid(book.sheet()), m_state(book.state()), m_outline(m_state.outlineColumn(m_grid))
 {
-    const JournalColumns columns(grid);
+    const JournalColumns columns = book.columns();
     m_debit = columns[JournalColumns::Debit];
     m_credit = columns[JournalColumns::Credit];
     m_forex = columns[JournalColumns::Forex];
@@ -194,7 +194,7 @@ void BalanceCalculator::calculate(int startRow)
         ++row;
     }
     const int last = m_grid.rows();
-    RowAmounts read(m_grid, m_state);
+    RowAmounts read(m_book);
     ColumnReader dir(m_grid.cellStore(), m_dir);
     ColumnReader balance(m_grid.cellStore(), m_balance), fxBalance(m_grid.cellStore(), m_fxBalance);
     m_balanceCells = &balance;

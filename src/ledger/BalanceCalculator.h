@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ledger/Book.h"
 #include "grid/Cell.h"
 #include "kxjournal/Currency.h"
 
@@ -23,8 +24,8 @@ struct LedgerState;
 class BalanceCalculator
 {
 public:
-    /// Works on \a grid for the book in \a state.
-    BalanceCalculator(Sheet &grid, const LedgerState &state);
+    /// Works on \a book.
+    explicit BalanceCalculator(Book &book);
 
     /// Recalculates from \a startRow (0: the current row) to the last row.
     /// A summary row anchors the pass only while it holds the totals of a
@@ -76,6 +77,7 @@ private:
     void keepPeak(int col, const Peak &peak, int startRow);
     QString pair(Currency first, Currency second) const;
 
+    Book &m_book;
     Sheet &m_grid;
     const LedgerState &m_state;
     int m_debit, m_credit, m_forex, m_dir, m_balance, m_fxBalance, m_tag, m_outline;

@@ -9,8 +9,8 @@
 
 namespace kx {
 
-BookCheck::BookCheck(Sheet &grid, const LedgerState &state, LedgerHost &host)
-    : m_grid(grid), m_state(state), m_host(host)
+BookCheck::BookCheck(Book &book)
+    : m_book(book), m_grid(book.sheet()), m_state(book.state()), m_host(book.host())
 {
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ledger/Book.h"
 namespace kx {
 
 class Sheet;
@@ -11,8 +12,8 @@ struct LedgerState;
 class BookCheck
 {
 public:
-    /// Works on \a grid for the book in \a state, reporting to \a host.
-    BookCheck(Sheet &grid, const LedgerState &state, LedgerHost &host);
+    /// Works on \a book, reporting to its host.
+    explicit BookCheck(Book &book);
     /// True when every examined record passes; else says why in a message
     /// box and puts the cursor on the first offending row.
     bool check();
@@ -20,6 +21,7 @@ public:
     int offendingRow() const { return m_offending; }
 
 private:
+    Book &m_book;
     Sheet &m_grid;
     const LedgerState &m_state;
     LedgerHost &m_host;

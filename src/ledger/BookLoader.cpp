@@ -45,8 +45,8 @@ const QStringList &BookLoader::amountFields()
     return fields;
 }
 
-BookLoader::BookLoader(Sheet &grid, LedgerState &state, LedgerHost &host, AccContext *acc)
-    : m_grid(grid), m_state(state), m_host(host), m_acc(acc)
+BookLoader::BookLoader(Book &book)
+    : m_book(book), m_grid(book.sheet()), m_state(book.state()), m_host(book.host()), m_acc(book.context())
 {
 }
 
@@ -169,9 +169,9 @@ BookLoader::Outcome BookLoader::load(int docId)
         if (!consolidated)
             labelRows();
         m_host.layoutChanged(consolidated);
-        ColumnModel::define(m_grid, m_state);
+        ColumnModel::define(m_book);
     }
-    ColumnModel::applyFormats(m_grid, m_state);
+    ColumnModel::applyFormats(m_book);
     // What each record held as read, for a save to tell its changes from
     // other users' (balances are worked out again, never compared).
     m_grid.setCleanTextCols(StoredRecords::enteredColumns(JournalColumns(m_grid)));
@@ -202,7 +202,7 @@ BookLoader::Outcome BookLoader::load(int docId)
 void BookLoader::fillEmptyBook()
 {
     m_grid.setRows(10);
-    ColumnModel::define(m_grid, m_state);
+    ColumnModel::define(m_book);
     const int first = m_grid.fixedRows();
     const JournalColumns columns(m_grid);
     const BookRow opening(m_grid, columns, first);
@@ -248,7 +248,7 @@ void BookLoader::mergeMonths()
     QHash<int, QString> firstRecord;
     const Database &db = m_acc->Connection();
     QDate previous;
-    SummaryRows summaries(m_grid, m_state, LedgerHost::none());
+    SummaryRows summaries(m_book, LedgerHost::none());
     const JournalColumns columns(m_grid);
     for (int r = m_grid.fixedRows(); r < m_grid.rows(); ++r) {
         const BookRow row(m_grid, columns, r);
@@ -280,7 +280,7 @@ void BookLoader::mergeMonths()
         }
         previous = date;
     }
-    BalanceCalculator(m_grid, m_state).calculate(m_grid.fixedRows());
+    BalanceCalculator(m_book).calculate(m_grid.fixedRows());
 }
 
 QString BookLoader::dressRows(std::vector<int> *unstored)

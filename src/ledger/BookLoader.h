@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ledger/Book.h"
 #include <QPointer>
 #include <QStringList>
 #include <vector>
@@ -27,9 +28,9 @@ public:
         Loaded      ///< the records are in the grid
     };
 
-    /// Works on \a grid for the book in \a state, reading through \a acc
-    /// (a load without a context fails) and reporting to \a host.
-    BookLoader(Sheet &grid, LedgerState &state, LedgerHost &host, AccContext *acc);
+    /// Works on \a book, reading through its context (a load without a
+    /// context fails) and reporting to its host.
+    explicit BookLoader(Book &book);
 
     /// Loads book \a docId (0: the current book).
     Outcome load(int docId);
@@ -51,6 +52,7 @@ private:
     QString dressRows(std::vector<int> *unstored);
     void labelRows();
 
+    Book &m_book;
     Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;

@@ -59,8 +59,8 @@ private:
 
 } // namespace
 
-BookSaver::BookSaver(Sheet &grid, LedgerState &state, LedgerHost &host, AccContext *acc)
-    : m_grid(grid), m_state(state), m_host(host), m_acc(acc)
+BookSaver::BookSaver(Book &book)
+    : m_book(book), m_grid(book.sheet()), m_state(book.state()), m_host(book.host()), m_acc(book.context())
 {
 }
 
@@ -97,7 +97,7 @@ bool BookSaver::save(const QString &caption, int instance)
             }
             if (m_host.stopped() || !m_acc)
                 return false;
-            ConflictMerge merge(m_grid, m_state, m_host);
+            ConflictMerge merge(m_book);
             const Result<void> merged = merge.merge(m_acc->Connection(), m_conflicts, m_state.savedDocId());
             // The question may have ended the control or its context.
             if (m_host.stopped() || !m_acc)
@@ -116,7 +116,7 @@ bool BookSaver::save(const QString &caption, int instance)
     if (m_readAgain) {
         // Values taken from other users show with their names and labels.
         const int row = m_grid.row();
-        const BookLoader::Outcome reload = BookLoader(m_grid, m_state, m_host, m_acc).load(m_state.savedDocId());
+        const BookLoader::Outcome reload = BookLoader(m_book).load(m_state.savedDocId());
         m_reloaded = reload == BookLoader::Loaded || reload == BookLoader::Empty;
         if (m_reloaded)
             m_grid.setCursor(std::min(row, m_grid.rows() - 1), m_grid.col());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ledger/Book.h"
 #include "kxjournal/Result.h"
 
 #include <QHash>
@@ -31,9 +32,9 @@ struct LedgerState;
 class BookSaver
 {
 public:
-    /// Works on \a grid for the book in \a state, writing through \a acc
-    /// (a save without a context fails) and reporting to \a host.
-    BookSaver(Sheet &grid, LedgerState &state, LedgerHost &host, AccContext *acc);
+    /// Works on \a book, writing through its context (a save without a
+    /// context fails) and reporting to its host.
+    explicit BookSaver(Book &book);
 
     /// The whole save: refuses a consolidated journal, asks the host, writes
     /// when dirty, then notifies the context (\a instance tells this control
@@ -76,6 +77,7 @@ private:
     /// Whether the database can be reached (opened again when it dropped).
     Result<void> reachDatabase();
 
+    Book &m_book;
     Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;

@@ -11,8 +11,8 @@
 
 namespace kx {
 
-ColumnFit::ColumnFit(Sheet &grid, const LedgerState &state, Measure measure)
-    : m_grid(grid), m_state(state), m_measure(std::move(measure))
+ColumnFit::ColumnFit(Book &book, Measure measure)
+    : m_book(book), m_grid(book.sheet()), m_state(book.state()), m_measure(std::move(measure))
 {
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ledger/Book.h"
 #include <QFont>
 #include <QString>
 #include <functional>
@@ -23,7 +24,7 @@ public:
     using Measure = std::function<int(const QString &text, const QFont &font)>;
 
     /// Fits the columns of \a grid, measuring with \a measure.
-    ColumnFit(Sheet &grid, const LedgerState &state, Measure measure);
+    ColumnFit(Book &book, Measure measure);
 
     /// Grows every amount and balance column between columns \a left and
     /// \a right (all by default) to its widest value in rows \a first …
@@ -45,6 +46,7 @@ private:
     int measureCell(int row, int col) const;
     QFont fontAt(int row, int col) const;
 
+    Book &m_book;
     Sheet &m_grid;
     const LedgerState &m_state;
     Measure m_measure;

@@ -1,5 +1,6 @@
 #include "ledger/ColumnModel.h"
 
+#include "ledger/Book.h"
 #include "kxjournal/AccContext.h"
 #include "grid/Sheet.h"
 #include "ledger/BookRow.h"
@@ -60,8 +61,10 @@ const QString ColumnModel::DefaultAmountFormat = QStringLiteral("#,##0.00");
 const QString ColumnModel::DefaultEditFields =
     QStringLiteral("|ShowName|JnlNo|AccName|AccDoc|Explain|Debit|Credit|Rate|Forex|Field1|Field2|Field3|Field4|Remark|");
 
-void ColumnModel::define(Sheet &grid, LedgerState &state)
+void ColumnModel::define(Book &book)
 {
+    Sheet &grid = book.sheet();
+    LedgerState &state = book.state();
     const QString tag = grid.tag();
     const bool redraw = grid.redraw();
     grid.setTag(BusyTag);
@@ -96,14 +99,16 @@ void ColumnModel::define(Sheet &grid, LedgerState &state)
     font.setStrikeOut(false);
     grid.setFont(chosen.font.value_or(font));
     setColumnFonts(grid, QString(), QString());
-    applyChoices(grid, state);
+    applyChoices(book);
 
     grid.setTag(tag);
     grid.setRedraw(redraw);
 }
 
-void ColumnModel::applyFormats(Sheet &grid, const LedgerState &state)
+void ColumnModel::applyFormats(Book &book)
 {
+    Sheet &grid = book.sheet();
+    const LedgerState &state = book.state();
     setColumnFonts(grid, QString(), QString());
     const JournalColumns columns(grid);
     // Stored values stay exact; only what is shown is rounded to cents.
@@ -114,8 +119,10 @@ void ColumnModel::applyFormats(Sheet &grid, const LedgerState &state)
     grid.setColFormat(columns[JournalColumns::Rate], state.fields.rateFormat);
 }
 
-void ColumnModel::applyChoices(Sheet &grid, const LedgerState &state)
+void ColumnModel::applyChoices(Book &book)
 {
+    Sheet &grid = book.sheet();
+    const LedgerState &state = book.state();
     for (auto it = state.columns.shown.cbegin(); it != state.columns.shown.cend(); ++it) {
         const int c = grid.colIndex(it.key());
         if (c >= grid.fixedCols() && !JournalColumns::inList(state.fields.colsFilter, it.key()))
@@ -159,9 +166,11 @@ void ColumnModel::setColumnFonts(Sheet &grid, QString keys, QString fontName)
     }
 }
 
-void ColumnModel::applyExplainTemplate(Sheet &grid, const LedgerState &state, AccContext *acc, int row,
-                                       QString templ)
+void ColumnModel::applyExplainTemplate(Book &book, int row, QString templ)
 {
+    Sheet &grid = book.sheet();
+    const LedgerState &state = book.state();
+    AccContext *acc = book.context();
     if (!state.mayModify() || !grid.isDataRow(row))
         return;
     const JournalColumns columns(grid);

@@ -53,8 +53,8 @@ QString shown(const QString &text)
 
 } // namespace
 
-ConflictMerge::ConflictMerge(Sheet &grid, LedgerState &state, LedgerHost &host)
-    : m_grid(grid), m_state(state), m_host(host)
+ConflictMerge::ConflictMerge(Book &book)
+    : m_book(book), m_grid(book.sheet()), m_state(book.state()), m_host(book.host())
 {
 }
 
@@ -218,7 +218,7 @@ Result<void> ConflictMerge::merge(const Database &db, const QHash<int, int> &row
     }
     removeRows(goneUnchanged, said);
     if (firstChanged < m_grid.rows())
-        BalanceCalculator(m_grid, m_state).recalculateFrom(firstChanged);
+        BalanceCalculator(m_book).recalculateFrom(firstChanged);
     if (!said.isEmpty())
         m_host.prompt(said.join(QLatin1Char('\n')), false);
     return {};

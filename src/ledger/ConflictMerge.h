@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ledger/Book.h"
 #include "kxjournal/Result.h"
 
 #include <QHash>
@@ -27,8 +28,8 @@ struct LedgerState;
 class ConflictMerge
 {
 public:
-    /// Works on \a grid for the book in \a state, asking through \a host.
-    ConflictMerge(Sheet &grid, LedgerState &state, LedgerHost &host);
+    /// Works on \a book, asking through its host.
+    explicit ConflictMerge(Book &book);
 
     /// Merges the records \a rows names (key → grid row; -1 for a record
     /// this user removed) with what \a db holds for them now in book \a docId.
@@ -45,6 +46,7 @@ private:
     QString describe(int row) const;
     void removeRows(QList<int> rows, QStringList &said);
 
+    Book &m_book;
     Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;

@@ -1,5 +1,6 @@
 #include "ledger/GridStepCommand.h"
 
+#include "ledger/Book.h"
 #include "grid/Sheet.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/LedgerHost.h"
@@ -19,10 +20,11 @@ void LedgerMarks::applyTo(LedgerState &state) const
     state.removedRecords = removedRecords;
 }
 
-GridStepCommand::GridStepCommand(Sheet &grid, LedgerState &state, LedgerHost &host, GridChanges changes,
-                                 LedgerMarks before, int row, int col, const QString &text)
-    : QUndoCommand(text), m_grid(grid), m_state(state), m_host(host), m_changes(std::move(changes)),
-      m_before(std::move(before)), m_after(LedgerMarks::of(state)), m_row(row), m_col(col)
+GridStepCommand::GridStepCommand(Book &book, GridChanges changes, LedgerMarks before, int row, int col,
+                                 const QString &text)
+    : QUndoCommand(text), m_book(book), m_grid(book.sheet()), m_state(book.state()), m_host(book.host()),
+      m_changes(std::move(changes)), m_before(std::move(before)), m_after(LedgerMarks::of(m_state)), m_row(row),
+      m_col(col)
 {
 }
 
@@ -36,7 +38,7 @@ void GridStepCommand::flip(const LedgerMarks &marks)
     m_done = !m_done;
     marks.applyTo(m_state);
     // The step kept what the user did; balances follow from it again.
-    BalanceCalculator(m_grid, m_state).rederive();
+    BalanceCalculator(m_book).rederive();
     m_host.dirtyRestored(marks.dirty);
     if (m_grid.isDataRow(m_row) && m_grid.isDataCol(m_col))
         m_grid.setCursor(m_row, m_col);

@@ -7,6 +7,7 @@
 
 namespace kx {
 
+class Book;
 class Sheet;
 class LedgerHost;
 struct LedgerState;
@@ -30,15 +31,15 @@ struct LedgerMarks {
 class GridStepCommand : public QUndoCommand
 {
 public:
-    /// The step that made \a changes on \a grid at (\a row, \a col), the
-    /// marks being \a before before it and as \a state holds them now.
-    GridStepCommand(Sheet &grid, LedgerState &state, LedgerHost &host, GridChanges changes, LedgerMarks before,
-                    int row, int col, const QString &text);
+    /// The step that made \a changes on \a book at (\a row, \a col), the
+    /// marks being \a before before it and as the book's state holds them now.
+    GridStepCommand(Book &book, GridChanges changes, LedgerMarks before, int row, int col, const QString &text);
     void undo() override;
     void redo() override;
 
 private:
     void flip(const LedgerMarks &marks);
+    Book &m_book;
     Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;

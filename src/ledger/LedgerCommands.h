@@ -2,18 +2,16 @@
 
 namespace kx {
 
+class Book;
 class CommandRegistry;
-class Sheet;
-class LedgerHost;
-struct LedgerState;
 
 /// The book commands that need nothing beyond the ledger: statistics and
 /// the recalculation of every balance.
 class LedgerCommands
 {
 public:
-    /// Binds the book commands of \a registry to \a grid and \a state.
-    static void offer(CommandRegistry &registry, Sheet &grid, LedgerState &state, LedgerHost &host);
+    /// Binds the book commands of \a registry to \a book.
+    static void offer(CommandRegistry &registry, Book &book);
 };
 
 } // namespace kx

@@ -2,26 +2,27 @@
 
 #include "grid/GridChanges.h"
 #include "grid/Sheet.h"
+#include "ledger/Book.h"
 #include "ledger/EditHistory.h"
 #include "ledger/GridStepCommand.h"
 #include "ledger/LedgerState.h"
 
 namespace kx {
 
-bool LedgerStep::record(Sheet &grid, LedgerState &state, LedgerHost &host, EditHistory *history,
-                        const QString &text, const std::function<bool()> &work)
+bool LedgerStep::record(Book &book, EditHistory *history, const QString &text, const std::function<bool()> &work)
 {
+    Sheet &grid = book.sheet();
     // Inside another record (an edit under way) the work belongs to that step.
     if (!history || grid.isRecordingChanges())
         return work();
     const bool fitted = history->fits();
-    LedgerMarks before = LedgerMarks::of(state);
+    LedgerMarks before = LedgerMarks::of(book.state());
     const int row = grid.row();
     const int col = grid.col();
     grid.beginChanges();
     const bool ok = work();
     GridChanges changes = grid.endChanges();
-    const LedgerMarks after = LedgerMarks::of(state);
+    const LedgerMarks after = LedgerMarks::of(book.state());
     if (changes.isEmpty() && after.dirty == before.dirty && after.lastSumRow == before.lastSumRow &&
         after.removedRecords == before.removedRecords) {
         if (fitted)
@@ -32,8 +33,7 @@ bool LedgerStep::record(Sheet &grid, LedgerState &state, LedgerHost &host, EditH
         history->clear();
         return ok;
     }
-    history->push(new GridStepCommand(grid, state, host, std::move(changes), std::move(before), row, col, text),
-                  fitted);
+    history->push(new GridStepCommand(book, std::move(changes), std::move(before), row, col, text), fitted);
     return ok;
 }
 

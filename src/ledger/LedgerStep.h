@@ -6,10 +6,8 @@
 
 namespace kx {
 
+class Book;
 class EditHistory;
-class Sheet;
-class LedgerHost;
-struct LedgerState;
 
 /// Runs an operation on the grid as one step of the undo history: what it
 /// changes in the grid and in the ledger marks is recorded while it runs
@@ -17,11 +15,11 @@ struct LedgerState;
 class LedgerStep
 {
 public:
-    /// Runs \a work on \a grid, recording it as the step \a text of \a history
+    /// Runs \a work on \a book, recording it as the step \a text of \a history
     /// (none: just runs it). An operation that changed what a record cannot
     /// put back ends the history instead. Returns what \a work returned.
-    static bool record(Sheet &grid, LedgerState &state, LedgerHost &host, EditHistory *history,
-                       const QString &text, const std::function<bool()> &work);
+    static bool record(Book &book, EditHistory *history, const QString &text,
+                       const std::function<bool()> &work);
 };
 
 } // namespace kx

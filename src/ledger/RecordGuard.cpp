@@ -8,8 +8,8 @@
 
 namespace kx {
 
-RecordGuard::RecordGuard(const Sheet &grid, const LedgerState &state)
-    : m_grid(grid), m_state(state), m_columns(grid)
+RecordGuard::RecordGuard(const Book &book)
+    : m_grid(book.sheet()), m_state(book.state()), m_columns(m_grid)
 {
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ledger/Book.h"
 #include "ledger/JournalColumns.h"
 
 #include <QList>
@@ -20,7 +21,7 @@ class RecordGuard
 {
 public:
     /// Judges the rows of \a grid for the book in \a state.
-    RecordGuard(const Sheet &grid, const LedgerState &state);
+    explicit RecordGuard(const Book &book);
 
     /// True when \a row, not a summary row, lies in a closed period: above
     /// the last summary row, or locked (the opening row, locked against

@@ -1,5 +1,6 @@
 #include "ledger/RowAmounts.h"
 
+#include "ledger/Book.h"
 #include "grid/CellStore.h"
 #include "grid/Sheet.h"
 #include "ledger/BookRow.h"
@@ -9,7 +10,7 @@
 
 namespace kx {
 
-RowAmounts::RowAmounts(const Sheet &grid, const LedgerState &state) : RowAmounts(grid, state, JournalColumns(grid)) {}
+RowAmounts::RowAmounts(const Book &book) : RowAmounts(book.sheet(), book.state(), book.columns()) {}
 
 RowAmounts::RowAmounts(const Sheet &grid, const LedgerState &state, const JournalColumns &columns)
     : debitCol(columns[JournalColumns::Debit]), creditCol(columns[JournalColumns::Credit]),

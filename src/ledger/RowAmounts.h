@@ -7,6 +7,7 @@
 
 namespace kx {
 
+class Book;
 class JournalColumns;
 class Sheet;
 struct LedgerState;
@@ -22,7 +23,7 @@ class RowAmounts
 public:
     enum Kind { Blank, Summary, Record };
 
-    RowAmounts(const Sheet &grid, const LedgerState &state);
+    explicit RowAmounts(const Book &book);
 
     /// What \a row is; for a record, its amounts are read too.
     Kind read(int row);

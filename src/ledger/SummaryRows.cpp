@@ -11,8 +11,8 @@
 
 namespace kx {
 
-SummaryRows::SummaryRows(Sheet &grid, LedgerState &state, LedgerHost &host)
-    : m_grid(grid), m_state(state), m_host(host)
+SummaryRows::SummaryRows(Book &book, LedgerHost &host)
+    : m_book(book), m_grid(book.sheet()), m_state(book.state()), m_host(host)
 {
 }
 
@@ -52,7 +52,7 @@ bool SummaryRows::insert(int row)
     if (!BookRow(m_grid, columns, row).isDated())
         return false;
     insertBelow(row);
-    BalanceCalculator(m_grid, m_state).calculate(m_grid.fixedRows());
+    BalanceCalculator(m_book).calculate(m_grid.fixedRows());
     m_state.dirty = true;
     m_host.markDirty();
     m_host.prompt(QStringLiteral("已添加汇总行"), false);
@@ -81,7 +81,7 @@ bool SummaryRows::remove(int row)
         for (int walk = std::min(row, m_grid.rows() - 1); walk > stop; --walk)
             RowLook::setLocked(m_grid, columns, m_state.looks, walk, false);
     }
-    BalanceCalculator(m_grid, m_state).recalculateFrom(row);
+    BalanceCalculator(m_book).recalculateFrom(row);
     m_host.markDirty();
     m_host.prompt(QStringLiteral("已删除汇总行。"), false);
     return true;

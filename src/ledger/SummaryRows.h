@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ledger/Book.h"
 #include <QString>
 
 namespace kx {
@@ -13,8 +14,10 @@ struct LedgerState;
 class SummaryRows
 {
 public:
-    /// Works on \a grid for the book in \a state, reporting to \a host.
-    SummaryRows(Sheet &grid, LedgerState &state, LedgerHost &host);
+    /// Works on \a book, reporting to its host.
+    explicit SummaryRows(Book &book) : SummaryRows(book, book.host()) {}
+    /// Works on \a book, reporting to \a host instead (a load works quietly).
+    SummaryRows(Book &book, LedgerHost &host);
 
     /// Inserts a sub-total row below \a row without asking the host or
     /// recalculating: its date and label come from \a row, it becomes the
@@ -35,6 +38,7 @@ public:
     QString statistics() const;
 
 private:
+    Book &m_book;
     Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;

@@ -39,7 +39,7 @@ QHash<QString, int> readPairs(const QString &text)
 
 } // namespace
 
-FieldChoice::FieldChoice(Sheet &grid, LedgerState &state) : m_grid(grid), m_state(state) {}
+FieldChoice::FieldChoice(Book &book) : m_book(book), m_grid(book.sheet()), m_state(book.state()) {}
 
 bool FieldChoice::offered(int col) const
 {

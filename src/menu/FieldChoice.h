@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ledger/Book.h"
 #include <QList>
 #include <QString>
 
@@ -25,8 +26,8 @@ public:
         bool shown = false;
     };
 
-    /// The list over \a grid and \a state.
-    FieldChoice(Sheet &grid, LedgerState &state);
+    /// The list over the columns of \a book.
+    explicit FieldChoice(Book &book);
 
     /// The columns offered, in grid order.
     QList<Field> fields() const;
@@ -47,6 +48,7 @@ public:
 private:
     bool offered(int col) const;
 
+    Book &m_book;
     Sheet &m_grid;
     LedgerState &m_state;
 };

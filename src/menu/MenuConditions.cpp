@@ -136,20 +136,20 @@ bool MenuConditions::insertionOpen() const
     int r1 = 0, c1 = 0, r2 = 0, c2 = 0;
     g.selection(r1, c1, r2, c2);
     // Rows open above the selection, below the opening row.
-    return !RecordGuard(g, m_ctx.state).closesAt(std::max(r1, g.fixedRows() + 1));
+    return !RecordGuard(m_ctx.book).closesAt(std::max(r1, g.fixedRows() + 1));
 }
 
 bool MenuConditions::selectionDeletable() const
 {
     int r1 = 0, c1 = 0, r2 = 0, c2 = 0;
     m_ctx.grid.selection(r1, c1, r2, c2);
-    const RecordGuard guard(m_ctx.grid, m_ctx.state);
+    const RecordGuard guard(m_ctx.book);
     return anySelected([&](int r) { return guard.deletes(r, r1, r2); });
 }
 
 bool MenuConditions::selectionRenumberable() const
 {
-    const RecordGuard guard(m_ctx.grid, m_ctx.state);
+    const RecordGuard guard(m_ctx.book);
     return anySelected([&](int r) { return !m_ctx.grid.isSubtotal(r) && !guard.keeps(r); });
 }
 

@@ -35,10 +35,11 @@ void BookSession::Relay::captionChanged(const QString &caption)
 }
 
 BookSession::BookSession(AccContext *acc, int docId, LedgerHost &host)
-    : m_acc(acc), m_docId(docId), m_relay(*this, host), m_caption(QStringLiteral("流水账"))
+    : m_acc(acc), m_docId(docId), m_relay(*this, host),
+      m_book(m_relay, [this] { return m_acc.data(); }), m_caption(QStringLiteral("流水账"))
 {
     // The grid starts laid out, as a control's does before its first load.
-    ColumnModel::define(m_grid, m_state);
+    ColumnModel::define(m_book);
     if (acc)
         m_announce = QObject::connect(acc, &AccContext::Announce,
                                       [this](const QString &message) { m_relay.prompt(message, false); });
@@ -51,7 +52,7 @@ BookSession::~BookSession()
 
 bool BookSession::load()
 {
-    const BookLoader::Outcome outcome = BookLoader(m_grid, m_state, m_relay, m_acc.data()).load(m_docId);
+    const BookLoader::Outcome outcome = BookLoader(m_book).load(m_docId);
     // Nothing is typed here: no blank row is kept at the end for typing.
     fitColumns();
     return outcome == BookLoader::Loaded || outcome == BookLoader::Empty;
@@ -62,7 +63,7 @@ void BookSession::fitColumns()
     if (!canMeasure())
         return;
     // Measured as the control's view measures: the cell's font on the screen.
-    ColumnFit fit(m_grid, m_state, [](const QString &text, const QFont &font) {
+    ColumnFit fit(m_book, [](const QString &text, const QFont &font) {
         return QFontMetrics(font).horizontalAdvance(text);
     });
     fit.fitFigures();
@@ -71,7 +72,7 @@ void BookSession::fitColumns()
 
 bool BookSession::check()
 {
-    return BookCheck(m_grid, m_state, m_relay).check();
+    return BookCheck(m_book).check();
 }
 
 QStringList BookSession::databaseFiles() const
@@ -90,7 +91,7 @@ QString BookSession::exportTo(const QString &path, int type)
     }
     if (m_relay.cancels(QStringLiteral("Export")))
         return QString();
-    const Result<int> written = BookExporter(m_grid, m_relay).write(path, type, m_caption, databaseFiles());
+    const Result<int> written = BookExporter(m_book.sheet(), m_relay).write(path, type, m_caption, databaseFiles());
     if (!written.ok()) {
         m_relay.failure(written.error(), false);
         return QString();
@@ -111,7 +112,8 @@ bool BookSession::printToPdf(const QString &path)
         m_relay.failure(QStringLiteral("没有可用的字体，不能排出打印的页面。"), false);
         return false;
     }
-    const Result<void> printed = BookPrinter(m_grid, m_printGrid, m_caption, m_grid.font()).printToPdf(path, databaseFiles());
+    const Sheet &grid = m_book.sheet();
+    const Result<void> printed = BookPrinter(grid, m_printGrid, m_caption, grid.font()).printToPdf(path, databaseFiles());
     if (!printed.ok())
         m_relay.failure(printed.error(), false);
     return printed.ok();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "grid/Sheet.h"
+#include "ledger/Book.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 
@@ -21,8 +22,8 @@ class AccContext;
 /// checking and delimited text need none; the spreadsheet's column widths
 /// and printing do.
 ///
-/// The grid and the state are open to the voucher and other ledger classes
-/// (a voucher is made by VoucherMaker on sheet() and state()).
+/// The book is open to the voucher and other ledger classes (a voucher is
+/// made by VoucherMaker on book()).
 class BookSession
 {
 public:
@@ -58,10 +59,12 @@ public:
     AccContext *context() const { return m_acc.data(); }
     /// Where the session reports (it passes the caption on).
     LedgerHost &host() { return m_relay; }
+    /// The book: its records, its state, this session's host and context.
+    Book &book() { return m_book; }
     /// The book's grid (its cursor and selection included).
-    Sheet &sheet() { return m_grid; }
+    Sheet &sheet() { return m_book.sheet(); }
     /// What the ledger knows of the book beyond its cells.
-    LedgerState &state() { return m_state; }
+    LedgerState &state() { return m_book.state(); }
 
 private:
     // Passes every report on to the host and keeps the caption a load builds.
@@ -92,9 +95,8 @@ private:
     QPointer<AccContext> m_acc;
     int m_docId;
     Relay m_relay;
-    Sheet m_grid;
+    Book m_book;
     Sheet m_printGrid;  ///< the lines of the latest print layout
-    LedgerState m_state;
     QString m_caption;
     QMetaObject::Connection m_announce;
 };

@@ -27,7 +27,7 @@ void BlockPaste::finish(int firstRow, bool changed)
     m_ctx.accountsById.clear();
     if (!changed)
         return;
-    BalanceCalculator(m_ctx.grid, m_ctx.state).recalculateFrom(firstRow);
+    BalanceCalculator(m_ctx.book).recalculateFrom(firstRow);
     EditPipeline(m_ctx, m_rules).markBook();
 }
 

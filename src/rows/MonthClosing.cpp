@@ -10,8 +10,8 @@
 
 namespace kx {
 
-MonthClosing::MonthClosing(Sheet &grid, LedgerState &state, LedgerHost &host)
-    : m_grid(grid), m_state(state), m_host(host)
+MonthClosing::MonthClosing(Book &book)
+    : m_book(book), m_grid(book.sheet()), m_state(book.state()), m_host(book.host())
 {
 }
 
@@ -29,7 +29,7 @@ bool MonthClosing::closeBook()
         return false;
     }
     if (last > first && BookRow(m_grid, columns, last).isSummary()) {
-        if (!RowOperations(m_grid, m_state, m_host).deleteRows(last))
+        if (!RowOperations(m_book).deleteRows(last))
             return false;
         m_host.cancels(QStringLiteral("AfterAntiClosed"));
         return true;
@@ -49,7 +49,7 @@ bool MonthClosing::closeBook()
     RowLook::markSummary(m_grid, m_state.looks, at);
 
     const int previous = m_state.lastSumRow;
-    BalanceCalculator(m_grid, m_state).calculate(previous > first ? previous : first);
+    BalanceCalculator(m_book).calculate(previous > first ? previous : first);
     // Closing only colours the closed records; their locked cells stay as they are.
     for (int r = last; r >= std::max(previous + 1, first); --r)
         m_grid.setRowForeColor(r, m_state.looks.lockedColor());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ledger/Book.h"
 namespace kx {
 
 class Sheet;
@@ -13,13 +14,14 @@ struct LedgerState;
 class MonthClosing
 {
 public:
-    /// Works on \a grid for the book in \a state, reporting to \a host.
-    MonthClosing(Sheet &grid, LedgerState &state, LedgerHost &host);
+    /// Works on \a book, reporting to its host.
+    explicit MonthClosing(Book &book);
     /// Closes or un-closes; false when the book has no record or the
     /// un-closing was refused.
     bool closeBook();
 
 private:
+    Book &m_book;
     Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;

@@ -11,7 +11,7 @@
 
 namespace kx {
 
-RowMover::RowMover(Sheet &grid, LedgerState &state, LedgerHost &host) : m_grid(grid), m_state(state), m_host(host)
+RowMover::RowMover(Book &book) : m_book(book), m_grid(book.sheet()), m_state(book.state()), m_host(book.host())
 {
 }
 
@@ -33,7 +33,7 @@ bool RowMover::isBadDropRow(int source, int row, int col) const
         return true;
     // Records of a closed period and records on vouchers stay where they
     // are, and nothing is put among closed records.
-    const RecordGuard guard(m_grid, m_state);
+    const RecordGuard guard(m_book);
     if (guard.keeps(source) || guard.closesAt(row))
         return true;
     const QString month = monthOf(row);
@@ -49,7 +49,7 @@ bool RowMover::drop(int source, int row, int col)
     if (!m_grid.isDataRow(source) || !m_grid.isDataRow(row))
         return false;
     const JournalColumns columns(m_grid);
-    const RecordGuard guard(m_grid, m_state);
+    const RecordGuard guard(m_book);
     if (guard.isClosed(source)) {
         m_host.prompt(QStringLiteral("不能移动已结账月份中的记录。"), false);
         return false;
@@ -84,7 +84,7 @@ bool RowMover::drop(int source, int row, int col)
     for (int r = top; r < m_grid.rows(); ++r)
         if (m_grid.number(r, recCol) > 0)
             BookRow(m_grid, columns, r).setChangeMark(BookRow::Modified);
-    BalanceCalculator(m_grid, m_state).recalculateFrom(top);
+    BalanceCalculator(m_book).recalculateFrom(top);
     m_host.markDirty();
     m_state.dirty = true;
     return true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ledger/Book.h"
 #include <QString>
 
 namespace kx {
@@ -14,8 +15,8 @@ struct LedgerState;
 class RowMover
 {
 public:
-    /// Works on \a grid for the book in \a state, reporting to \a host.
-    RowMover(Sheet &grid, LedgerState &state, LedgerHost &host);
+    /// Works on \a book, reporting to its host.
+    explicit RowMover(Book &book);
     /// True when row \a source may not be dropped on grid row \a row over
     /// grid column \a col (0: the row header): above the rows, off the row
     /// header, onto a summary row, into another month, among the records of
@@ -31,6 +32,7 @@ public:
 
 private:
     QString monthOf(int row) const;
+    Book &m_book;
     Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;

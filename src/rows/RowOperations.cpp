@@ -34,8 +34,8 @@ void splitNumber(const QString &text, QString &prefix, qint64 &number)
 
 } // namespace
 
-RowOperations::RowOperations(Sheet &grid, LedgerState &state, LedgerHost &host)
-    : m_grid(grid), m_state(state), m_host(host)
+RowOperations::RowOperations(Book &book)
+    : m_book(book), m_grid(book.sheet()), m_state(book.state()), m_host(book.host())
 {
 }
 
@@ -54,7 +54,7 @@ bool RowOperations::insertRows()
     if (count <= 0 || !m_grid.isDataRow(r1))
         return false;
     // Empty rows among closed records would move them.
-    if (RecordGuard(m_grid, m_state).closesAt(r1)) {
+    if (RecordGuard(m_book).closesAt(r1)) {
         m_host.prompt(QStringLiteral("不能在已结账的记录中插入行。"), false);
         return false;
     }
@@ -76,7 +76,7 @@ bool RowOperations::deleteRows(int row)
         m_grid.selection(r1, c1, r2, c2);
     }
     QList<int> going, kept;
-    RecordGuard(m_grid, m_state).sortForDeletion(r1, r2, going, kept);
+    RecordGuard(m_book).sortForDeletion(r1, r2, going, kept);
     const QString reason = RecordGuard::keptReason();
     if (going.isEmpty() && !kept.isEmpty()) {
         if (m_state.mayModify() && !m_state.isConsolidated())
@@ -115,7 +115,7 @@ int RowOperations::removeRows(int r1, int r2)
     // The guard is asked here, where rows go, so that no record of a closed
     // period or on a voucher can reach the removed-records collection.
     QList<int> going, kept;
-    RecordGuard(m_grid, m_state).sortForDeletion(r1, r2, going, kept);
+    RecordGuard(m_book).sortForDeletion(r1, r2, going, kept);
     if (going.isEmpty())
         return 0;
     GridBusy busy(m_grid, QStringLiteral("Remove"));
@@ -153,7 +153,7 @@ int RowOperations::removeRows(int r1, int r2)
     }
     m_host.markDirty();
     m_state.dirty = true;
-    BalanceCalculator(m_grid, m_state).recalculateFrom(std::min(top, m_grid.rows() - 1));
+    BalanceCalculator(m_book).recalculateFrom(std::min(top, m_grid.rows() - 1));
     return int(going.size());
 }
 
@@ -178,7 +178,7 @@ bool RowOperations::renumber()
         splitNumber(above, prefix, number);
         width = int(above.size() - prefix.size());
     }
-    const RecordGuard guard(m_grid, m_state);
+    const RecordGuard guard(m_book);
     QList<int> kept;
     bool changed = false;
     for (int r = r1; r <= r2; ++r) {
@@ -234,7 +234,7 @@ Result<int> RowOperations::deleteHistory(AccContext *context)
     if (!cutOff.isValid())
         return Error(QStringLiteral("账套没有建账日期，无法删除以前的记录。"));
     const JournalColumns columns(m_grid);
-    const RecordGuard guard(m_grid, m_state);
+    const RecordGuard guard(m_book);
     QList<int> doomed;
     QList<int> kept;
     // The opening row carries the balance brought in, not a record of the

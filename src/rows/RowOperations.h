@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ledger/Book.h"
 #include "kxjournal/Result.h"
 
 #include <QString>
@@ -17,8 +18,8 @@ struct LedgerState;
 class RowOperations
 {
 public:
-    /// Works on \a grid for the book in \a state, reporting to \a host.
-    RowOperations(Sheet &grid, LedgerState &state, LedgerHost &host);
+    /// Works on \a book, reporting to its host.
+    explicit RowOperations(Book &book);
 
     /// Opens as many empty rows as are selected above the selection, never
     /// above the opening row nor among the records of a closed period. Does
@@ -52,6 +53,7 @@ public:
 
 
 private:
+    Book &m_book;
     Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;

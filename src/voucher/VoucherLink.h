@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ledger/Book.h"
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Result.h"
 
@@ -26,10 +27,9 @@ class LedgerState;
 class VoucherLink
 {
 public:
-    /// Works on \a grid with the book's \a state, reporting to \a host,
-    /// writing through \a acc's connection.
-    VoucherLink(Sheet &grid, LedgerState &state, LedgerHost &host, AccContext *acc)
-        : m_grid(grid), m_state(state), m_host(host), m_acc(acc)
+    /// Works on \a book, writing through its context's connection.
+    explicit VoucherLink(Book &book)
+        : m_book(book), m_grid(book.sheet()), m_state(book.state()), m_host(book.host()), m_acc(book.context())
     {
     }
 
@@ -60,6 +60,7 @@ private:
     // True when the record of \a row may change; otherwise says so.
     bool mayChange(int row) const;
 
+    Book &m_book;
     Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ledger/Book.h"
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Result.h"
 #include "kxjournal/Voucher.h"
@@ -24,10 +25,10 @@ class LedgerState;
 class VoucherMaker
 {
 public:
-    /// Works on the selected block of \a grid, for the book in \a state,
-    /// asking \a acc for accounts, people, the period and the voucher types.
-    VoucherMaker(Sheet &grid, LedgerState &state, LedgerHost &host, AccContext *acc)
-        : m_grid(grid), m_state(state), m_host(host), m_acc(acc)
+    /// Works on the selected block of \a book, asking its context for
+    /// accounts, people, the period and the voucher types.
+    explicit VoucherMaker(Book &book)
+        : m_book(book), m_grid(book.sheet()), m_state(book.state()), m_host(book.host()), m_acc(book.context())
     {
     }
 
@@ -47,6 +48,7 @@ private:
     // The first text of the voucher a code page cannot hold, named for the user.
     QString unencodable(const Voucher &voucher, int first, const QString &codec) const;
 
+    Book &m_book;
     Sheet &m_grid;
     LedgerState &m_state;
     LedgerHost &m_host;

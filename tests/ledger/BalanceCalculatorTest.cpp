@@ -1,5 +1,6 @@
 #include "QtPrinters.h"
 
+#include "ledger/Book.h"
 #include "ledger/LedgerState.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/ColumnFit.h"
@@ -23,8 +24,8 @@ class Balances : public ::testing::Test
 protected:
     void SetUp() override
     {
-        kx::ColumnModel::define(grid, book);
-        book.fields.accountFormat = QStringLiteral("0.00");
+        kx::ColumnModel::define(book);
+        state.fields.accountFormat = QStringLiteral("0.00");
     }
 
     int add(const char *date, const char *debit, const char *credit, const char *forex = "", const char *tag = "0")
@@ -40,10 +41,11 @@ protected:
     }
 
     QString cell(int row, const char *key) const { return grid.text(row, QString::fromLatin1(key)); }
-    void calculate(int start) { kx::BalanceCalculator(grid, book).calculate(start); }
+    void calculate(int start) { kx::BalanceCalculator(book).calculate(start); }
 
-    Sheet grid;
-    kx::LedgerState book;
+    kx::Book book;
+    Sheet &grid = book.sheet();
+    kx::LedgerState &state = book.state();
 };
 
 } // namespace
@@ -57,7 +59,7 @@ TEST_F(Balances, HeaderOnlyGridIsLeftAlone)
 
 TEST_F(Balances, RunsAcrossBlankAndSummaryRowsWithPeriodAndCumulativeTotals)
 {
-    book.book.direction = kx::BalanceSide::Debit;
+    state.book.direction = kx::BalanceSide::Debit;
     add("2026-01-01", "1000", "");                       // 1 opening
     add("2026-01-05", "250.50", "");                     // 2
     add("", "999", "999");                               // 3 blank: no balance, no effect
@@ -79,21 +81,21 @@ TEST_F(Balances, RunsAcrossBlankAndSummaryRowsWithPeriodAndCumulativeTotals)
     EXPECT_EQ(cell(6, "Balance"), QStringLiteral("1160.25"));
     EXPECT_EQ(cell(sum2, "Debit"), QStringLiteral("10.00\r\n1260.50")) << "periods restart, cumulative goes on";
     EXPECT_EQ(cell(sum2, "Credit"), QStringLiteral("0.00\r\n100.25"));
-    EXPECT_EQ(grid.cellForeColor(sum, grid.colIndex(QStringLiteral("Debit"))), book.looks.summaryForeColor);
+    EXPECT_EQ(grid.cellForeColor(sum, grid.colIndex(QStringLiteral("Debit"))), state.looks.summaryForeColor);
     EXPECT_EQ(grid.tag(), QString()) << "the busy tag is put back";
     EXPECT_TRUE(grid.redraw());
 }
 
 TEST_F(Balances, StartsAtTheFirstRowOrTheLastSummaryRowNeverBetween)
 {
-    book.book.direction = kx::BalanceSide::Debit;
+    state.book.direction = kx::BalanceSide::Debit;
     add("2026-01-01", "100", "");
     add("2026-01-02", "50", "");
     const int sum = add("2026-01-31", "", "", "", "-1");
     add("2026-02-01", "5", "");
     add("2026-02-02", "", "1");
     calculate(1);
-    book.lastSumRow = sum;
+    state.lastSumRow = sum;
     // Figures above the anchor change, and so does the anchor's own record of them.
     grid.setText(2, QStringLiteral("Debit"), QStringLiteral("7000"));
     grid.setText(sum, QStringLiteral("Debit"), QStringLiteral("1.00\r\n500.00"));
@@ -113,7 +115,7 @@ TEST_F(Balances, StartsAtTheFirstRowOrTheLastSummaryRowNeverBetween)
     EXPECT_EQ(cell(5, "Balance"), QStringLiteral("7104"));
     EXPECT_EQ(cell(sum, "Debit"), QStringLiteral("7100.00\r\n7100.00"));
 
-    book.lastSumRow = 0;
+    state.lastSumRow = 0;
     calculate(4); // no anchor: from the first data row
     EXPECT_EQ(cell(5, "Balance"), QStringLiteral("7104"));
 }
@@ -124,7 +126,7 @@ TEST_F(Balances, StartsAtTheFirstRowOrTheLastSummaryRowNeverBetween)
 // a wider figure above to be cut.
 TEST_F(Balances, TheWidestBalanceNotedStandsForTheWholeColumn)
 {
-    book.book.direction = kx::BalanceSide::None;  // signed, so a negative figure is the widest
+    state.book.direction = kx::BalanceSide::None;  // signed, so a negative figure is the widest
     add("2026-01-01", "100", "");
     const int wide = add("2026-01-02", "", "99999999.99");
     add("2026-01-03", "99999999.99", "");
@@ -134,10 +136,10 @@ TEST_F(Balances, TheWidestBalanceNotedStandsForTheWholeColumn)
     for (int i = 0; i < 10; ++i)
         add("2026-02-01", "1", "");
     calculate(1);
-    book.lastSumRow = sum;
+    state.lastSumRow = sum;
     const int col = grid.colIndex(QStringLiteral("Balance"));
     ASSERT_EQ(cell(wide, "Balance"), QStringLiteral("-99999899.99"));
-    const kx::ColumnFit fit(grid, book, [](const QString &text, const QFont &) { return int(text.size()) * 7; });
+    const kx::ColumnFit fit(book, [](const QString &text, const QFont &) { return int(text.size()) * 7; });
     const int widest = fit.figureWidth(col, wide, wide);
     EXPECT_EQ(fit.figureWidth(col), widest) << "after a pass over the whole book";
 
@@ -175,33 +177,33 @@ TEST_F(Balances, DirectionDecidesSignAndHighlight)
     add("2026-01-01", "", "30");
     add("2026-01-02", "", "20");
     const int bal = grid.colIndex(QStringLiteral("Balance"));
-    book.book.direction = kx::BalanceSide::Credit;
+    state.book.direction = kx::BalanceSide::Credit;
     calculate(1);
     EXPECT_EQ(cell(2, "Balance"), QStringLiteral("50"));
     EXPECT_EQ(cell(2, "Dir"), QStringLiteral("贷"));
-    EXPECT_EQ(grid.cellForeColor(2, bal), book.looks.highlightForeColor);
+    EXPECT_EQ(grid.cellForeColor(2, bal), state.looks.highlightForeColor);
 
-    book.book.direction = kx::BalanceSide::Debit;
+    state.book.direction = kx::BalanceSide::Debit;
     calculate(1);
     EXPECT_EQ(cell(2, "Balance"), QStringLiteral("50")) << "the same magnitude";
     EXPECT_FALSE(grid.cellForeColor(2, bal).isValid()) << "in the normal colour";
 
-    book.book.direction = kx::BalanceSide::None;
+    state.book.direction = kx::BalanceSide::None;
     calculate(1);
     EXPECT_EQ(cell(2, "Balance"), QStringLiteral("-50")) << "no fixed direction: signed";
     EXPECT_EQ(cell(2, "Dir"), QString());
 
     grid.setText(1, QStringLiteral("Debit"), QStringLiteral("100"));
     grid.setText(1, QStringLiteral("Credit"), QString());
-    book.book.direction = kx::BalanceSide::Debit;
+    state.book.direction = kx::BalanceSide::Debit;
     calculate(1);
     EXPECT_EQ(cell(1, "Balance"), QStringLiteral("100"));
-    EXPECT_EQ(grid.cellForeColor(1, bal), book.looks.highlightForeColor);
+    EXPECT_EQ(grid.cellForeColor(1, bal), state.looks.highlightForeColor);
 }
 
 TEST_F(Balances, ForeignAmountsGoToTheirSideAndZeroToCredit)
 {
-    book.book.direction = kx::BalanceSide::Debit;
+    state.book.direction = kx::BalanceSide::Debit;
     add("2026-01-01", "710", "", "100");
     add("2026-01-02", "", "71", "-10");
     add("2026-01-03", "5", "", "0");
@@ -216,7 +218,7 @@ TEST_F(Balances, ForeignAmountsGoToTheirSideAndZeroToCredit)
     EXPECT_EQ(grid.cellData(sum2, grid.colIndex(QStringLiteral("Forex"))).toString(), QStringLiteral("100.00\r\n10.50"));
 
     // Starting again at the second summary row reads the hidden cumulative pair back.
-    book.lastSumRow = sum2;
+    state.lastSumRow = sum2;
     add("2026-03-01", "", "", "2");
     calculate(sum2 + 1);
     EXPECT_EQ(cell(sum2 + 1, "fxBalance"), QStringLiteral("91.5"));

@@ -6,6 +6,7 @@
 
 #include "data/JournalDefinition.h"
 #include "data/SqlAccess.h"
+#include "ledger/Book.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookLoader.h"
 #include "ledger/BookRow.h"
@@ -68,13 +69,13 @@ protected:
     void SetUp() override
     {
         openSample(GetParam(), 3000);
-        loadSample(grid, state);
+        loadSample(book);
     }
 
     bool save()
     {
         state.dirty = true;
-        return kx::BookSaver(grid, state, host, acc.get()).save(QStringLiteral("测试"), 1);
+        return kx::BookSaver(on(book, host)).save(QStringLiteral("测试"), 1);
     }
 
     // The book's records by key, straight from the table.
@@ -117,11 +118,12 @@ protected:
         const C columns(grid);
         kx::BookRow(grid, columns, row).setText(C::Debit, debit);
         kx::BookRow(grid, columns, row).setText(C::Credit, QString());
-        kx::BalanceCalculator(grid, state).calculate(grid.fixedRows());
+        kx::BalanceCalculator(book).calculate(grid.fixedRows());
     }
 
-    kx::Sheet grid;
-    kx::LedgerState state;
+    kx::Book book;
+    kx::Sheet &grid = book.sheet();
+    kx::LedgerState &state = book.state();
     Messages host;
 };
 
@@ -243,7 +245,7 @@ TEST_P(BulkSave, NewAndChangedRowsInOnePass)
         if (row.isDated() && !row.isSummary() && row.recId() > 0)
             row.setText(C::Explain, QStringLiteral("改过第%1行").arg(r));
     }
-    kx::BalanceCalculator(grid, state).calculate(grid.fixedRows());
+    kx::BalanceCalculator(book).calculate(grid.fixedRows());
     for (int r = grid.fixedRows(); r < grid.rows(); ++r) {
         const kx::BookRow row(grid, columns, r);
         if (row.recId() <= 0 && row.isDated())
@@ -326,7 +328,7 @@ TEST_P(BulkSave, ChangeStoredAfterTheLoadIsKept)
     const int row = grid.fixedRows() + 1;
     kx::Database other = testDb->open();
     for (kx::Database *db : {&other, &acc->Connection()}) {
-        ASSERT_EQ(kx::BookLoader(grid, state, kx::LedgerHost::none(), acc.get()).load(0), kx::BookLoader::Loaded);
+        ASSERT_EQ(kx::BookLoader(on(book, kx::LedgerHost::none())).load(0), kx::BookLoader::Loaded);
         const int targetRow = row + 40 + int(db == &other);
         const int target = kx::BookRow(grid, columns, targetRow).recId();
         ASSERT_GT(target, 0);
@@ -421,7 +423,7 @@ TEST_P(BulkSave, RandomEditsOtherUsersAndSavesAgree)
             typeDebit(at, QStringLiteral("10"));
         } else if (op == 7 && rng.bounded(4) == 0) {
             // Read again: the grid shows what is stored.
-            ASSERT_EQ(kx::BookLoader(grid, state, kx::LedgerHost::none(), acc.get()).load(0), kx::BookLoader::Loaded);
+            ASSERT_EQ(kx::BookLoader(on(book, kx::LedgerHost::none())).load(0), kx::BookLoader::Loaded);
             theirs.clear();
             mine.clear();
         } else {

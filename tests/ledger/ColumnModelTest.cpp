@@ -1,5 +1,6 @@
 #include "QtPrinters.h"
 
+#include "ledger/Book.h"
 #include "ledger/LedgerState.h"
 #include "ledger/ColumnModel.h"
 
@@ -18,9 +19,10 @@ using kx::Sheet;
 
 TEST(ColumnModel, LaysDownTheTwentyNineColumns)
 {
-    Sheet grid;
-    kx::LedgerState book;
-    ColumnModel::define(grid, book);
+    kx::Book book;
+    Sheet &grid = book.sheet();
+    kx::LedgerState &state = book.state();
+    ColumnModel::define(book);
     ASSERT_EQ(grid.cols(), 29);
     const char *keys[] = {"SeqNo", "ShowName", "JnlDate", "JnlNo", "AccName", "AccDoc", "Explain", "Debit", "Credit",
                           "Rate", "Forex", "Dir", "Balance", "fxBalance", "Field1", "Field2", "Field3", "Field4",
@@ -37,17 +39,17 @@ TEST(ColumnModel, LaysDownTheTwentyNineColumns)
         EXPECT_FALSE(grid.isColHidden(grid.colIndex(QString::fromLatin1(shown)))) << shown;
     EXPECT_EQ(grid.colDataType(grid.colIndex(QStringLiteral("Debit"))), Sheet::TypeCurrency);
     EXPECT_EQ(grid.colAlignment(grid.colIndex(QStringLiteral("Dir"))), Qt::AlignCenter);
-    EXPECT_EQ(book.fields.colsFilter, ColumnModel::DefaultColsFilter + QStringLiteral("AssistName|"));
-    EXPECT_EQ(book.fields.editFields, ColumnModel::DefaultEditFields);
-    EXPECT_EQ(book.fields.dateFields, QStringLiteral("JnlDate"));
+    EXPECT_EQ(state.fields.colsFilter, ColumnModel::DefaultColsFilter + QStringLiteral("AssistName|"));
+    EXPECT_EQ(state.fields.editFields, ColumnModel::DefaultEditFields);
+    EXPECT_EQ(state.fields.dateFields, QStringLiteral("JnlDate"));
     EXPECT_EQ(grid.tag(), QString());
 
     // A consolidated journal shows which book each record is from.
-    book.isPacked = true;
-    book.book.isBottomClass = false;
-    ColumnModel::define(grid, book);
+    state.isPacked = true;
+    state.book.isBottomClass = false;
+    ColumnModel::define(book);
     EXPECT_FALSE(grid.isColHidden(grid.colIndex(QStringLiteral("AssistName"))));
-    EXPECT_EQ(book.fields.colsFilter, ColumnModel::DefaultColsFilter);
+    EXPECT_EQ(state.fields.colsFilter, ColumnModel::DefaultColsFilter);
 }
 
 TEST(ColumnModel, DefaultFormatPutsMovedColumnsBackAndKeepsEveryValue)
@@ -111,25 +113,27 @@ private:
 
 TEST(ColumnModel, ExplanationTemplatesFillTheirPlaceholdersOnce)
 {
-    Sheet grid;
-    kx::LedgerState book;
+    kx::Book book;
+    Sheet &grid = book.sheet();
+    kx::LedgerState &state = book.state();
     NamesOnly acc;
-    ColumnModel::define(grid, book);
+    book.setContext([&acc] { return &acc; });
+    ColumnModel::define(book);
     grid.setRows(2);
     grid.setText(1, QStringLiteral("JnlDate"), QStringLiteral("2026-03-09"));
     grid.setText(1, QStringLiteral("AccID"), QStringLiteral("1002"));
     grid.setText(1, QStringLiteral("Explain"), QStringLiteral("  旧摘要 "));
     auto apply = [&](const char *t) {
-        ColumnModel::applyExplainTemplate(grid, book, &acc, 1, QString::fromUtf8(t));
+        ColumnModel::applyExplainTemplate(book, 1, QString::fromUtf8(t));
         return grid.text(1, QStringLiteral("Explain"));
     };
-    book.allowModify = false;
-    book.book.docId = 3;
+    state.allowModify = false;
+    state.book.docId = 3;
     EXPECT_EQ(apply("新摘要"), QStringLiteral("  旧摘要 ")) << "nothing while changes are not allowed";
-    book.allowModify = true;
+    state.allowModify = true;
     EXPECT_EQ(apply("[]（补）"), QStringLiteral("旧摘要（补）"));
     EXPECT_EQ(apply("[]"), QStringLiteral("旧摘要（补）"));
-    book.fields.dateFormat = QStringLiteral("MM/dd");
+    state.fields.dateFormat = QStringLiteral("MM/dd");
     EXPECT_EQ(apply("[日期]至[日期]"), QStringLiteral("03/09至[日期]"));
     EXPECT_EQ(apply("[月份]转[科目名称]"), QStringLiteral("2026年03月转银行存款"));
     EXPECT_EQ(apply("无占位"), QStringLiteral("无占位"));

@@ -5,6 +5,7 @@
 #include "support/TestDatabase.h"
 
 #include "data/JournalDefinition.h"
+#include "ledger/Book.h"
 #include "ledger/BookLoader.h"
 #include "ledger/BookRow.h"
 #include "ledger/BookSaver.h"
@@ -42,11 +43,11 @@ protected:
         openSample(GetParam(), 120);
     }
 
-    // A grid with the book loaded, watched by the model tester.
-    void load(kx::Sheet &grid, kx::LedgerState &state, kx::LedgerHost &host)
+    // The sample loaded into \a book, as it is stored (figures unformatted).
+    void load(kx::Book &book, kx::LedgerHost &host)
     {
-        kx::JournalDefinition(acc->Connection(), state.book).read(docId);
-        ASSERT_EQ(kx::BookLoader(grid, state, host, acc.get()).load(0), kx::BookLoader::Loaded);
+        kx::JournalDefinition(acc->Connection(), book.state().book).read(docId);
+        ASSERT_EQ(kx::BookLoader(on(book, host)).load(0), kx::BookLoader::Loaded);
     }
 
 };
@@ -55,11 +56,12 @@ protected:
 
 TEST_P(LedgerWithoutControl, LoadEditSumAndSaveOnABareGrid)
 {
-    kx::Sheet grid;
+    kx::Book book;
+    kx::Sheet &grid = book.sheet();
     QAbstractItemModelTester tester(&grid, QAbstractItemModelTester::FailureReportingMode::Fatal);
-    kx::LedgerState state;
+    kx::LedgerState &state = book.state();
     Transcript host;
-    load(grid, state, host);
+    load(book, host);
     EXPECT_EQ(host.steps.front(), 0);
     EXPECT_EQ(host.steps.back(), -1);
     EXPECT_TRUE(host.messages.last().startsWith(QStringLiteral("已读入“")));
@@ -72,20 +74,22 @@ TEST_P(LedgerWithoutControl, LoadEditSumAndSaveOnABareGrid)
             record = r;
     ASSERT_GT(record, 0);
     kx::BookRow(grid, columns, record).setText(kx::JournalColumns::Explain, QStringLiteral("不经控件改的摘要"));
-    ASSERT_TRUE(kx::SummaryRows(grid, state, host).insert(record));
+    ASSERT_TRUE(kx::SummaryRows(on(book, host)).insert(record));
     EXPECT_EQ(host.dirty, 1);
     EXPECT_EQ(state.lastSumRow, record + 1);
     const kx::JournalColumns after(grid);
     EXPECT_TRUE(kx::BookRow(grid, after, record + 1).isSummary());
 
     state.dirty = true;
-    ASSERT_TRUE(kx::BookSaver(grid, state, host, acc.get()).save(QStringLiteral("测试"), 1)) << host.messages.join(QLatin1Char('\n')).toStdString();
+    ASSERT_TRUE(kx::BookSaver(on(book, host)).save(QStringLiteral("测试"), 1))
+        << host.messages.join(QLatin1Char('\n')).toStdString();
     EXPECT_FALSE(state.dirty);
 
-    kx::Sheet again;
+    kx::Book second;
+    kx::Sheet &again = second.sheet();
     QAbstractItemModelTester againTester(&again, QAbstractItemModelTester::FailureReportingMode::Fatal);
-    kx::LedgerState reread;
-    load(again, reread, kx::LedgerHost::none());
+    const kx::LedgerState &reread = second.state();
+    load(second, kx::LedgerHost::none());
     ASSERT_EQ(again.rows(), grid.rows());
     const kx::JournalColumns cols(again);
     EXPECT_EQ(kx::BookRow(again, cols, record).text(kx::JournalColumns::Explain), QStringLiteral("不经控件改的摘要"));
@@ -95,24 +99,25 @@ TEST_P(LedgerWithoutControl, LoadEditSumAndSaveOnABareGrid)
 
 TEST_P(LedgerWithoutControl, WithoutAContextNothingIsReadOrWritten)
 {
-    kx::Sheet grid;
-    kx::LedgerState state;
     Transcript host;
-    EXPECT_EQ(kx::BookLoader(grid, state, host, nullptr).load(docId), kx::BookLoader::Failed);
+    kx::Book book(host);
+    kx::LedgerState &state = book.state();
+    EXPECT_EQ(kx::BookLoader(book).load(docId), kx::BookLoader::Failed);
     state.dirty = true;
-    EXPECT_FALSE(kx::BookSaver(grid, state, host, nullptr).save(QStringLiteral("x"), 1));
+    EXPECT_FALSE(kx::BookSaver(book).save(QStringLiteral("x"), 1));
     EXPECT_TRUE(state.dirty);
     EXPECT_EQ(host.messages.count(QStringLiteral("没有连接到账套。")), 2);
 }
 
 TEST_P(LedgerWithoutControl, BookCommandsRunThroughTheRegistryAndItsGate)
 {
-    kx::Sheet grid;
-    kx::LedgerState state;
+    kx::Book book;
+    kx::Sheet &grid = book.sheet();
+    kx::LedgerState &state = book.state();
     Transcript host;
-    load(grid, state, host);
+    load(book, host);
     kx::CommandRegistry registry;
-    kx::LedgerCommands::offer(registry, grid, state, host);
+    kx::LedgerCommands::offer(registry, book);
     const kx::Command *recalc = registry.byName(QStringLiteral("mnuRecalc"));
     ASSERT_NE(recalc, nullptr);
     EXPECT_EQ(registry.byCommand(QStringLiteral("mnuRecalc")), nullptr) << "menu names are not command names";

@@ -6,6 +6,7 @@
 
 #include "data/JournalDefinition.h"
 #include "data/SqlAccess.h"
+#include "ledger/Book.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookLoader.h"
 #include "ledger/BookRow.h"
@@ -35,13 +36,13 @@ protected:
     void SetUp() override
     {
         openSample(GetParam(), 150);
-        loadSample(grid, state);
+        loadSample(book);
     }
 
     bool save()
     {
         state.dirty = true;
-        const bool ok = kx::BookSaver(grid, state, host, acc.get()).save(QStringLiteral("测试"), 1);
+        const bool ok = kx::BookSaver(on(book, host)).save(QStringLiteral("测试"), 1);
         if (!ok)
             ADD_FAILURE() << host.said.join(QLatin1Char('\n')).toStdString();
         return ok;
@@ -75,8 +76,9 @@ protected:
         return -1;
     }
 
-    kx::Sheet grid;
-    kx::LedgerState state;
+    kx::Book book;
+    kx::Sheet &grid = book.sheet();
+    kx::LedgerState &state = book.state();
     Messages host;
 };
 
@@ -125,13 +127,13 @@ TEST_P(PartialSave, RandomChangesEndAsAFullRewriteWould)
                     grid.moveRowTo(r, r + 1);
             }
         }
-        kx::BalanceCalculator(grid, state).calculate(grid.fixedRows());
+        kx::BalanceCalculator(book).calculate(grid.fixedRows());
         const QStringList expected = stored(grid);
         ASSERT_TRUE(save()) << "round " << round;
 
-        kx::Sheet reread;
-        kx::LedgerState rereadState;
-        loadSample(reread, rereadState);
+        kx::Book second;
+        kx::Sheet &reread = second.sheet();
+        loadSample(second);
         EXPECT_EQ(stored(reread), stored(grid)) << "round " << round;
         EXPECT_EQ(stored(grid).size(), expected.size());
         const int inDb = kx::sqlScalar(acc->Connection(), {QStringLiteral("Select count(*) From kxJournalRecs Where DocID=?"), {docId}})
@@ -205,7 +207,7 @@ TEST_P(PartialSave, AChangeMadeWhileTheSaveReportsProgressIsNotLost)
     // Something to save further down, so the pass has work past the middle.
     kx::BookRow(grid, columns, grid.rows() - 2).setText(C::Remark, QStringLiteral("最后一行的备注"));
     state.dirty = true;
-    const bool saved = kx::BookSaver(grid, state, meddling, acc.get()).save(QStringLiteral("测试"), 1);
+    const bool saved = kx::BookSaver(on(book, meddling)).save(QStringLiteral("测试"), 1);
     ASSERT_TRUE(meddling.done);
     const QString stored = kx::sqlScalar(acc->Connection(), {QStringLiteral("Select Explain From kxJournalRecs Where RecID=?"), {key}})
                                .valueOr(QVariant())
@@ -242,7 +244,7 @@ TEST_P(PartialSave, AChangeMadeWhileTheSaveReportsProgressIsNotLost)
                                .valueOr(QVariant())
                                .toString();
     state.dirty = true;
-    EXPECT_FALSE(kx::BookSaver(grid, state, restless, acc.get()).save(QStringLiteral("测试"), 1));
+    EXPECT_FALSE(kx::BookSaver(on(book, restless)).save(QStringLiteral("测试"), 1));
     EXPECT_TRUE(restless.said.contains(QStringLiteral("存储时表格一直在被改动，没有存储任何记录。请稍后再存储。")))
         << restless.said.join(QLatin1Char('\n')).toStdString();
     EXPECT_TRUE(state.dirty);

@@ -7,6 +7,7 @@
 
 #include "data/JournalDefinition.h"
 #include "data/SqlAccess.h"
+#include "ledger/Book.h"
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookLoader.h"
 #include "ledger/BookRow.h"
@@ -49,13 +50,13 @@ protected:
 
     void load()
     {
-        ASSERT_EQ(kx::BookLoader(grid, state, kx::LedgerHost::none(), acc.get()).load(0), kx::BookLoader::Loaded);
+        ASSERT_EQ(kx::BookLoader(on(book, kx::LedgerHost::none())).load(0), kx::BookLoader::Loaded);
     }
 
     bool save()
     {
         state.dirty = true;
-        return kx::BookSaver(grid, state, host, acc.get()).save(QStringLiteral("测试"), 1);
+        return kx::BookSaver(on(book, host)).save(QStringLiteral("测试"), 1);
     }
 
     void typeDebit(int row, const QString &debit)
@@ -63,7 +64,7 @@ protected:
         const C columns(grid);
         kx::BookRow(grid, columns, row).setText(C::Debit, debit);
         kx::BookRow(grid, columns, row).setText(C::Credit, QString());
-        kx::BalanceCalculator(grid, state).calculate(grid.fixedRows());
+        kx::BalanceCalculator(book).calculate(grid.fixedRows());
     }
 
     // A field of a stored record, read on a connection of its own.
@@ -77,8 +78,9 @@ protected:
         return q.value(0);
     }
 
-    kx::Sheet grid;
-    kx::LedgerState state;
+    kx::Book book;
+    kx::Sheet &grid = book.sheet();
+    kx::LedgerState &state = book.state();
     Host host;
 };
 

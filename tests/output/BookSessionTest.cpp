@@ -201,7 +201,7 @@ TEST_P(BookWithoutControl, ChecksAndMakesAVoucherAsTheControlDoes)
     QObject::connect(&journal, &kx::Journal::AfterMaked, [&](const QString &path) { controlMade = path; });
     ASSERT_TRUE(journal.Make()) << qPrintable(controlSaid.join(QLatin1Char('\n')));
     const kx::Result<QString> made =
-        kx::VoucherMaker(session.sheet(), session.state(), session.host(), session.context()).make(sessionDir.path(), QStringLiteral("GBK"));
+        kx::VoucherMaker(session.book()).make(sessionDir.path(), QStringLiteral("GBK"));
     ASSERT_TRUE(made.ok()) << qPrintable(made.error());
     const QByteArray voucher = fileBytes(made.value());
     EXPECT_TRUE(voucher.contains("<Voucher>"));

@@ -1,6 +1,7 @@
 #include "support/SampleBookFixture.h"
 
 #include "data/JournalDefinition.h"
+#include "ledger/Book.h"
 #include "ledger/BookLoader.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
@@ -20,16 +21,23 @@ void SampleBookFixture::openSample(Engine engine, int records)
     acc = std::make_unique<kx::SqlAccContext>(testDb->open());
 }
 
-void SampleBookFixture::loadSample(kx::Sheet &grid, kx::LedgerState &state, kx::LedgerHost &host) const
+kx::Book &SampleBookFixture::on(kx::Book &book, kx::LedgerHost &host) const
 {
-    kx::JournalDefinition(acc->Connection(), state.book).read(docId);
-    state.fields.accountFormat = QStringLiteral("0.00");
-    ASSERT_EQ(kx::BookLoader(grid, state, host, acc.get()).load(0), kx::BookLoader::Loaded);
+    book.setHost(host);
+    book.setContext([this] { return acc.get(); });
+    return book;
 }
 
-void SampleBookFixture::loadSample(kx::Sheet &grid, kx::LedgerState &state) const
+void SampleBookFixture::loadSample(kx::Book &book, kx::LedgerHost &host) const
 {
-    loadSample(grid, state, kx::LedgerHost::none());
+    kx::JournalDefinition(acc->Connection(), book.state().book).read(docId);
+    book.state().fields.accountFormat = QStringLiteral("0.00");
+    ASSERT_EQ(kx::BookLoader(on(book, host)).load(0), kx::BookLoader::Loaded);
+}
+
+void SampleBookFixture::loadSample(kx::Book &book) const
+{
+    loadSample(book, kx::LedgerHost::none());
 }
 
 } // namespace kxtest

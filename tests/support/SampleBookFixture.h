@@ -7,9 +7,8 @@
 #include <memory>
 
 namespace kx {
+class Book;
 class LedgerHost;
-struct LedgerState;
-class Sheet;
 } // namespace kx
 
 namespace kxtest {
@@ -21,11 +20,13 @@ class SampleBookFixture
 protected:
     /// Fills \a records records of one book on \a engine.
     void openSample(Engine engine, int records);
-    /// Reads the book's definition into \a state (figures as "0.00") and
-    /// loads the book into \a grid; a failed load fails the test.
-    void loadSample(kx::Sheet &grid, kx::LedgerState &state, kx::LedgerHost &host) const;
+    /// \a book, on the sample's context, reporting to \a host from now on.
+    kx::Book &on(kx::Book &book, kx::LedgerHost &host) const;
+    /// Reads the sample's definition into \a book (figures as "0.00") and
+    /// loads its records; a failed load fails the test.
+    void loadSample(kx::Book &book, kx::LedgerHost &host) const;
     /// As loadSample(), telling nobody.
-    void loadSample(kx::Sheet &grid, kx::LedgerState &state) const;
+    void loadSample(kx::Book &book) const;
 
     std::unique_ptr<TestDatabase> testDb;
     std::unique_ptr<kx::SqlAccContext> acc;
