@@ -81,7 +81,7 @@ void BM_ExportCsv(benchmark::State &state)
     kxbench::Opened &o = book(int(state.range(0)));
     const QString path = scratch().filePath(QStringLiteral("book.csv"));
     for (auto _ : state)
-        if (!kx::BookExporter(o.grid, kx::LedgerHost::none()).write(path, kx::BookExporter::Csv, QString()).ok())
+        if (!kx::BookExporter(o.ledger).write(path, kx::BookExporter::Csv, QString()).ok())
             state.SkipWithError("export failed");
     state.counters["bytes"] = double(QFile(path).size());
 }
@@ -114,7 +114,7 @@ void BM_ExportXlsx(benchmark::State &state)
     kxbench::Opened &o = book(int(state.range(0)));
     const QString path = scratch().filePath(QStringLiteral("book.xlsx"));
     for (auto _ : state)
-        if (!kx::BookExporter(o.grid, kx::LedgerHost::none()).write(path, kx::BookExporter::Xlsx, QString()).ok())
+        if (!kx::BookExporter(o.ledger).write(path, kx::BookExporter::Xlsx, QString()).ok())
             state.SkipWithError("export failed");
 }
 

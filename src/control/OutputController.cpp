@@ -96,7 +96,7 @@ QString OutputController::exportBook(bool ask, QString path, int type)
     return d.exclusive(QStringLiteral("Export"), QString(), [&] {
         if (!d.settleEditor() || !alive)
             return QString();
-        const Result<int> written = BookExporter(*d.grid, d).write(path, type, d.q->Caption(), databaseFiles());
+        const Result<int> written = BookExporter(d.book).write(path, type, d.q->Caption(), databaseFiles());
         if (!alive)
             return QString();
         if (!written.ok()) {

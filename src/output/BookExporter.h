@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ledger/Book.h"
 #include "kxjournal/Result.h"
 
 #include <QString>
@@ -18,8 +19,8 @@ public:
     /// The kinds of file.
     enum Type { ByName = 0, Csv = 1, Tsv = 2, Xlsx = 3 };
 
-    /// Exports the book in \a grid, reporting progress to \a host.
-    BookExporter(const Sheet &grid, LedgerHost &host) : m_grid(grid), m_host(host) {}
+    /// Exports \a book, reporting progress to its host.
+    explicit BookExporter(const Book &book) : m_grid(book.sheet()), m_host(book.host()) {}
 
     /// The kind \a type stands for; ByName follows \a path's extension
     /// (".xlsx" spreadsheet, ".tsv" or ".txt" tab-separated, else comma-separated).

@@ -91,7 +91,7 @@ QString BookSession::exportTo(const QString &path, int type)
     }
     if (m_relay.cancels(QStringLiteral("Export")))
         return QString();
-    const Result<int> written = BookExporter(m_book.sheet(), m_relay).write(path, type, m_caption, databaseFiles());
+    const Result<int> written = BookExporter(m_book).write(path, type, m_caption, databaseFiles());
     if (!written.ok()) {
         m_relay.failure(written.error(), false);
         return QString();
