@@ -1,10 +1,15 @@
 #include "bank/StatementReader.h"
 #include "QtPrinters.h"
+#include "bank/BiffWriter.h"
+
+#include <QFile>
+#include <QTemporaryDir>
 
 #include <QRandomGenerator>
 #include <QStringEncoder>
 #include <gtest/gtest.h>
 #include <iostream>
+#include <xlsxwriter.h>
 
 using kx::Currency;
 using kx::Statement;
@@ -208,9 +213,26 @@ TEST(StatementRandom, DamagedFilesGiveLinesOrAMessage)
         "<Document xmlns=\"urn:iso:std:iso:20022:tech:xsd:camt.053.001.02\"><BkToCstmrStmt><Stmt>"
         "<Acct><Id><IBAN>CN1</IBAN></Id></Acct><Ntry><Amt Ccy=\"CNY\">5.00</Amt><CdtDbtInd>CRDT</CdtDbtInd>"
         "<BookgDt><Dt>2026-03-05</Dt></BookgDt><AcctSvcrRef>R</AcctSvcrRef></Ntry></Stmt></BkToCstmrStmt></Document>";
-    // A tiny stored zip of one part, so that damage reaches the workbook's XML too.
+    kxtest::BiffWriter xls;
+    xls.text(0, 0, QStringLiteral("交易日期"));
+    xls.text(0, 1, QStringLiteral("金额"));
+    xls.text(0, 2, QStringLiteral("摘要"));
+    xls.date(1, 0, 46086);
+    xls.number(1, 1, -12.5);
+    xls.text(1, 2, QStringLiteral("货款"));
+    QTemporaryDir dir;
+    const QByteArray xlsxPath = QFile::encodeName(dir.filePath(QStringLiteral("a.xlsx")));
+    lxw_workbook *wb = workbook_new(xlsxPath.constData());
+    lxw_worksheet *ws = workbook_add_worksheet(wb, nullptr);
+    worksheet_write_string(ws, 0, 0, "交易日期", nullptr);
+    worksheet_write_string(ws, 0, 1, "金额", nullptr);
+    worksheet_write_number(ws, 1, 0, 46086, nullptr);
+    worksheet_write_number(ws, 1, 1, 12.5, nullptr);
+    ASSERT_EQ(workbook_close(wb), LXW_NO_ERROR);
+    QFile xlsxFile(QFile::decodeName(xlsxPath));
+    ASSERT_TRUE(xlsxFile.open(QIODevice::ReadOnly));
     const struct { QByteArray bytes; const char *name; } originals[] = {
-        {csv, "a.csv"}, {ofx, "a.ofx"}, {camt, "a.xml"}};
+        {csv, "a.csv"}, {ofx, "a.ofx"}, {camt, "a.xml"}, {xls.bytes(), "a.xls"}, {xlsxFile.readAll(), "a.xlsx"}};
     for (const auto &original : originals) {
         ASSERT_TRUE(StatementReader::read(original.bytes, QLatin1String(original.name)).ok()) << original.name;
         for (int round = 0; round < 400; ++round) {

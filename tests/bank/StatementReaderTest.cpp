@@ -1,5 +1,6 @@
 #include "bank/StatementReader.h"
 #include "QtPrinters.h"
+#include "bank/BiffWriter.h"
 
 #include <QCryptographicHash>
 #include <QStringEncoder>
@@ -334,14 +335,45 @@ TEST(StatementReader, ReadsAWorkbookWithSharedStringsAndDateSerials)
     EXPECT_TRUE(readError(QByteArray("PK\x03\x04garbage", 11), QStringLiteral("a.xlsx")).startsWith(QStringLiteral("不是有效的 .xlsx 工作簿")));
 }
 
-// No tool on these machines writes .xls, and no sample file is shipped:
-// what can be checked is that a file that is not a workbook is refused.
-TEST(StatementReader, RefusesAnXlsThatIsNoWorkbook)
+TEST(StatementReader, ReadsALegacyWorkbook)
 {
+    // Written by the test's own BIFF8 writer: no tool here writes .xls.
+    kxtest::BiffWriter w;
+    w.text(0, 0, QStringLiteral("账号：6222 0000 2222"));
+    const char *header[] = {"记账日期", "借方发生额", "贷方发生额", "余额", "对方户名", "摘要"};
+    for (int c = 0; c < 6; ++c)
+        w.text(2, c, QString::fromUtf8(header[c]));
+    const double serial = double(QDate(1899, 12, 30).daysTo(QDate(2026, 3, 5)));
+    w.date(3, 0, serial);
+    w.number(3, 1, 300.25);
+    w.number(3, 3, 700.75);
+    w.text(3, 4, QStringLiteral("李四物业"));
+    w.text(3, 5, QStringLiteral("房租"));
+    w.text(4, 0, QStringLiteral("2026-03-06"));
+    w.text(4, 2, QStringLiteral("1,000.00"));
+    w.number(4, 3, 1700.75);
+    w.text(4, 5, QStringLiteral("房租")); // a shared string used twice
+    w.number(5, 0, serial + 3);          // a date cell without the date format
+    w.number(5, 2, 100000000);
+    w.number(5, 3, 100001700.75);
+    w.text(6, 0, QStringLiteral("合计"));
+    const QByteArray bytes = w.bytes();
+
+    const Statement st = readOk(bytes, QStringLiteral("明细.xls"));
+    EXPECT_EQ(st.format, QStringLiteral("xls"));
+    EXPECT_EQ(st.account, QStringLiteral("6222 0000 2222"));
+    expectLines(st, {{4, QDate(2026, 3, 5), Out, "300.25", "700.75", "", "李四物业", "", "房租"},
+                     {5, QDate(2026, 3, 6), In, "1000", "1700.75", "", "", "", "房租"},
+                     {6, QDate(2026, 3, 8), In, "100000000", "100001700.75", "", "", "", ""}});
+    EXPECT_TRUE(st.balanceBreaks.isEmpty());
+    EXPECT_TRUE(st.mappingUsed.contains(QStringLiteral("收入=贷方发生额, 支出=借方发生额"))) << st.mappingUsed.toStdString();
+
+    // Not a workbook: a compound file with nothing in it, and plain bytes.
     QByteArray ole("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8);
     ole.append(QByteArray(504, '\0'));
     EXPECT_TRUE(readError(ole, QStringLiteral("a.xls")).startsWith(QStringLiteral("不是有效的 .xls 工作簿")));
     EXPECT_TRUE(readError(QByteArray(2048, '\x01'), QStringLiteral("a.xls")).startsWith(QStringLiteral("不是有效的 .xls 工作簿")));
+    EXPECT_TRUE(readError(bytes.left(bytes.size() - 600), QStringLiteral("a.xls")).startsWith(QStringLiteral("不是有效的 .xls 工作簿")));
 }
 
 TEST(StatementReader, ReadsOfxInSgmlAndXml)
