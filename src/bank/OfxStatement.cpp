@@ -145,8 +145,8 @@ Result<Statement> OfxStatement::read(const QByteArray &bytes)
         QString tag = text.mid(lt + 1, gt - lt - 1).trimmed();
         line += int(tag.count(QLatin1Char('\n')));
         i = gt + 1;
-        if (tag.startsWith(QLatin1Char('?')) || tag.startsWith(QLatin1Char('!')))
-            continue; // a processing instruction or a comment
+        if (tag.startsWith(QLatin1Char('?')) || tag.startsWith(QLatin1Char('!')) || tag.endsWith(QLatin1Char('/')))
+            continue; // a processing instruction, a comment or an empty element
         const bool end = tag.startsWith(QLatin1Char('/'));
         if (end)
             tag = tag.mid(1).trimmed();

@@ -116,6 +116,9 @@ QDate TableStatement::parseDate(const QString &cell, bool serials)
 Result<Currency> TableStatement::parseAmount(const QString &cell)
 {
     QString s = cell.trimmed();
+    // A dash in the unused column is no amount.
+    if (s == QLatin1String("-") || s == QLatin1String("--") || s == QStringLiteral("—") || s == QStringLiteral("－"))
+        return Currency();
     for (const char16_t *unit : {u"元", u"CNY", u"RMB"})
         if (s.endsWith(QStringView(unit)))
             s = s.chopped(qsizetype(std::char_traits<char16_t>::length(unit))).trimmed();
@@ -207,6 +210,15 @@ Result<Statement> TableStatement::read(const QList<TableRow> &rows, const std::o
         line.date = parseDate(dateText, serials);
         if (!line.date.isValid())
             return lineError(row.sourceLine, QStringLiteral("日期“%1”不是有效的日期。").arg(dateText));
+
+        // A mapping that points past the row would read every amount as
+        // zero and skip every line without a word.
+        const int width = int(row.cells.size());
+        const bool amountsPastRow = mapping.amount >= 0
+                                        ? mapping.amount >= width
+                                        : mapping.receipt >= width && mapping.payment >= width;
+        if (amountsPastRow)
+            return lineError(row.sourceLine, QStringLiteral("只有 %1 列，没有金额所在的列。").arg(width));
 
         Currency signedAmount;
         if (mapping.receipt >= 0 && mapping.payment >= 0) {

@@ -103,7 +103,7 @@ QString headedStatement()
         "交易日期,摘要,收入金额,支出金额,余额,对方户名,对方账号,交易流水号",
         "2026-03-02 09:15:00,货款,\"￥1,234.56\",,11234.56,广州永达有限公司,6222000011112222,TX0001",
         "20260303,\"房租,三月\",,3000.00,8234.56,李四物业,=\"6217000099998888\",TX0002",
-        "2026/3/5,利息,0.56,0.00,8235.12,,,TX0003",
+        "2026/3/5,利息,0.56,-,8235.12,,,TX0003",
         "2026年3月6日,手续费,,(12.30),8222.82,,,TX0004",
         "2026-03-07,冲正,0,0.00,8222.82,,,TX0005",
         "2026-03-08,\"代收\r\n货款\",500,,8722.82,\"张三 \"\"个体\"\"\",,TX0006",
@@ -281,6 +281,10 @@ TEST(StatementReader, AConfirmedMappingOverridesTheGuessAndIsStoredAsText)
     expectLines(st, {{2, QDate(2026, 6, 3), In, "5", nullptr, "", "", "", ""},
                      {3, QDate(2026, 6, 4), Out, "6", nullptr, "", "", "", ""}});
     EXPECT_EQ(st.mappingUsed, QStringLiteral("日期=记账日期, 收入=收入, 支出=支出"));
+    ColumnMapping past = other;
+    past.receipt = 7;
+    past.payment = 8;
+    EXPECT_EQ(readError(twoDates.toUtf8(), QStringLiteral("d.csv"), past), QStringLiteral("第 2 行：只有 4 列，没有金额所在的列。"));
     EXPECT_EQ(readError(twoDates.toUtf8(), QStringLiteral("d.csv"), ColumnMapping()),
               QStringLiteral("给定的列对应不全：要有日期列和金额列。"));
 }
@@ -413,7 +417,7 @@ TEST(StatementReader, ReadsOfxInSgmlAndXml)
         "<STMTRS><CURDEF>CNY</CURDEF><BANKACCTFROM><BANKID>1</BANKID><ACCTID>999</ACCTID><ACCTTYPE>CHECKING</ACCTTYPE></BANKACCTFROM>",
         "<BANKTRANLIST><DTSTART>20260301</DTSTART><DTEND>20260310</DTEND>",
         "<STMTTRN><TRNTYPE>CREDIT</TRNTYPE><DTPOSTED>20260302</DTPOSTED><TRNAMT>10.00</TRNAMT><FITID>X1</FITID><NAME>张三</NAME><MEMO>货款 &lt;3月&gt;</MEMO></STMTTRN>",
-        "<STMTTRN><TRNTYPE>DEBIT</TRNTYPE><DTPOSTED>20260303</DTPOSTED><TRNAMT>-4,25</TRNAMT><FITID>X2</FITID></STMTTRN>",
+        "<STMTTRN><TRNTYPE>DEBIT</TRNTYPE><DTPOSTED>20260303</DTPOSTED><TRNAMT>-4,25</TRNAMT><FITID>X2</FITID><MEMO/><NAME></NAME></STMTTRN>",
         "</BANKTRANLIST><LEDGERBAL><BALAMT>5.75</BALAMT><DTASOF>20260310</DTASOF></LEDGERBAL></STMTRS></STMTTRNRS></BANKMSGSRSV1></OFX>",
     }, "\n").toUtf8();
     st = readOk(xml, QStringLiteral("b.ofx"));
