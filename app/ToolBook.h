@@ -40,6 +40,8 @@ class ToolBook
 public:
     /// Opens the database at \a url and finds the book coded \a code; false when either is not there.
     bool open(const QString &url, const QString &code);
+    /// The id of the book opened.
+    int bookId() const { return m_bookId; }
     /// The context over the opened database.
     kx::SqlAccContext &context() { return *m_context; }
     /// Loads the book; false (the reason told) when it cannot be loaded.

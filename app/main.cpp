@@ -1,3 +1,4 @@
+#include "BankTool.h"
 #include "CheckTool.h"
 #include "DemoWindow.h"
 #include "OutputTool.h"
@@ -29,6 +30,9 @@
 #include <QTimer>
 #include <cstdio>
 #include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <cerrno>
 
 namespace {
 
@@ -241,7 +245,7 @@ const QStringList &knownCommands()
 {
     static const QStringList commands{QStringLiteral("demo"),   QStringLiteral("sample"), QStringLiteral("voucher"),
                                       QStringLiteral("make"),   QStringLiteral("export"), QStringLiteral("print"),
-                                      QStringLiteral("check")};
+                                      QStringLiteral("check"),  QStringLiteral("statement"), QStringLiteral("reconcile")};
     return commands;
 }
 
@@ -261,7 +265,8 @@ bool exportsSpreadsheet(const QByteArray &type, const QByteArray &out)
 ToolNeeds toolNeeds(int argc, char **argv)
 {
     static const QByteArrayList valued{"--db", "--screenshot", "--records", "--books", "--book", "--picker",
-                                       "--from", "--to", "--out", "--type", "--types", "--user", "--director", "--codec"};
+                                       "--from", "--to", "--out", "--type", "--types", "--user", "--director", "--codec",
+                                       "--mapping"};
     QByteArray command, type, out;
     bool screenshot = false;
     for (int i = 1; i < argc; ++i) {
@@ -290,8 +295,11 @@ ToolNeeds toolNeeds(int argc, char **argv)
         return ToolNeeds::Nothing;
     // A book is loaded, checked, made into a voucher or written as text
     // without fonts; a spreadsheet's widths and printed pages need them.
-    if (command == "make" || command == "check")
+    if (command == "make" || command == "check" || command == "statement")
         return ToolNeeds::Nothing;
+    // The reconciliation's pages are drawn; its spreadsheet needs no font.
+    if (command == "reconcile")
+        return out.toLower().endsWith(".pdf") ? ToolNeeds::Drawing : ToolNeeds::Nothing;
     if (command == "export")
         return exportsSpreadsheet(type, out) ? ToolNeeds::Drawing : ToolNeeds::Nothing;
     if (command == "print")
@@ -299,6 +307,24 @@ ToolNeeds toolNeeds(int argc, char **argv)
     if ((command.isEmpty() || command == "demo") && screenshot)
         return ToolNeeds::Drawing;
     return ToolNeeds::Screen;
+}
+
+// Qt wants a private runtime folder and says so on every start where no
+// session named one; the tool speaks only when something is wrong, so it
+// names the folder Qt would fall back to, made private to this user.
+void quietRuntimeFolder()
+{
+    if (!qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
+        return;
+    const QByteArray folder = QFile::encodeName(QDir::tempPath()) + "/runtime-kxjournal-" + QByteArray::number(getuid());
+    struct stat seen {};
+    if (mkdir(folder.constData(), 0700) != 0 && errno != EEXIST)
+        return;
+    if (stat(folder.constData(), &seen) != 0 || !S_ISDIR(seen.st_mode) || seen.st_uid != getuid())
+        return;
+    if ((seen.st_mode & 0777) != 0700 && chmod(folder.constData(), 0700) != 0)
+        return;
+    qputenv("XDG_RUNTIME_DIR", folder);
 }
 
 } // namespace
@@ -312,6 +338,7 @@ int main(int argc, char **argv)
     // checking and exporting text run without a GUI at all; a spreadsheet's
     // column widths and printed pages are measured in fonts, drawn offscreen.
     const ToolNeeds needs = toolNeeds(argc, argv);
+    quietRuntimeFolder();
     if (needs == ToolNeeds::Drawing && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     if (needs == ToolNeeds::Screen && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") &&
@@ -333,9 +360,13 @@ int main(int argc, char **argv)
                                                     "  make     make a voucher file of a book's records of some days\n"
                                                     "  export   write a book into a CSV, TSV or XLSX file\n"
                                                     "  print    write a book's printed pages into a PDF file\n"
-                                                    "  check    check a book's dates and order (exit 1 with the finding)"));
+                                                    "  check    check a book's dates and order (exit 1 with the finding)\n"
+                                                    "  statement import FILE\n"
+                                                    "           import a bank statement (CSV, XLSX, XLS, OFX, camt.053) into a bank book\n"
+                                                    "  reconcile\n"
+                                                    "           write a bank book's balance reconciliation on --to into a PDF or XLSX file"));
     parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("demo, sample, voucher, make, export, print or check"));
+    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("demo, sample, voucher, make, export, print, check, statement or reconcile"));
     const QCommandLineOption dbOption(QStringLiteral("db"), QStringLiteral("Database URL (sqlite:PATH, postgresql://…)."),
                                       QStringLiteral("URL"));
     const QCommandLineOption screenshot(QStringLiteral("screenshot"), QStringLiteral("Write a PNG of the window to FILE and quit."),
@@ -374,6 +405,12 @@ int main(int argc, char **argv)
     const QCommandLineOption menuShot(QStringLiteral("menu"), QStringLiteral("With --screenshot: show the context menu open (demo)."));
     const QCommandLineOption previewShot(QStringLiteral("preview"),
                                          QStringLiteral("With --screenshot: draw the print preview instead (demo)."));
+    const QCommandLineOption mapping(QStringLiteral("mapping"),
+                                     QStringLiteral("The statement layout, by name or as stored (statement import)."),
+                                     QStringLiteral("NAME"));
+    const QCommandLineOption autoMatch(QStringLiteral("auto"),
+                                       QStringLiteral("Match the statement with the book's records first (reconcile)."));
+    parser.addOptions({mapping, autoMatch});
     parser.addOptions({menuShot, previewShot, dbOption, screenshot, records, books, book, packed, firstFrame, append, picker, from, to, out, types,
                        user, director, codec, type});
     parser.process(app);
@@ -446,6 +483,23 @@ int main(int argc, char **argv)
             return 2;
         }
         return CheckTool::check(parser.value(dbOption), parser.value(book));
+    }
+    if (command == QLatin1String("statement")) {
+        if (args.size() != 3 || args.at(1) != QLatin1String("import") || !parser.isSet(dbOption) || !parser.isSet(book)) {
+            std::fprintf(stderr, "kxjournal: statement import needs --db URL, --book CODE and the statement FILE\n");
+            return 2;
+        }
+        return BankTool::importStatement(parser.value(dbOption), parser.value(book), args.at(2), parser.value(mapping));
+    }
+    if (command == QLatin1String("reconcile")) {
+        const QDate until = QDate::fromString(parser.value(to), Qt::ISODate);
+        if (!parser.isSet(dbOption) || !parser.isSet(book) || !until.isValid() || parser.value(out).isEmpty()) {
+            std::fprintf(stderr, "kxjournal: reconcile needs --db URL, --book CODE, --to DATE (yyyy-MM-dd) and --out "
+                                 "FILE.pdf|FILE.xlsx\n");
+            return 2;
+        }
+        return BankTool::reconcile(parser.value(dbOption), parser.value(book), until, parser.isSet(autoMatch),
+                                   parser.value(out), parser.value(user));
     }
     if (command == QLatin1String("demo")) {
         const QString url = parser.isSet(dbOption) ? parser.value(dbOption) : defaultDatabaseUrl();

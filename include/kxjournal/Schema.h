@@ -12,7 +12,9 @@ class Database;
 /// kxJournal (book definitions), kxJournalRecs (records), kxAccClass (chart
 /// of accounts), kxDocDir (vouchers), with database-generated keys, amounts
 /// that keep four decimals exactly, and the indexes the load and save paths
-/// use. SQLite and PostgreSQL; an ODBC database is the host's own.
+/// use; beside them the tables of bank reconciliation (statement files,
+/// statement lines, their matches with records, each bank book's statement
+/// layout). SQLite and PostgreSQL; an ODBC database is the host's own.
 class KXJOURNAL_EXPORT Schema
 {
 public:

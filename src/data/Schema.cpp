@@ -1,5 +1,6 @@
 #include "kxjournal/Schema.h"
 
+#include "data/BankSchema.h"
 #include "data/SqlAccess.h"
 #include "data/Transaction.h"
 #include "kxjournal/Database.h"
@@ -56,7 +57,10 @@ Result<void> Schema::create(Database &db)
     Transaction tx(db);
     if (!tx.ok())
         return Error(tx.error());
-    for (const QString &sql : statements(db.engine() == Database::PostgresEngine)) {
+    const bool postgres = db.engine() == Database::PostgresEngine;
+    QStringList all = statements(postgres);
+    all += BankSchema::statements(postgres ? SqlDialect::Postgres : SqlDialect::Sqlite);
+    for (const QString &sql : all) {
         const Result<void> s = sqlRun(db, {sql, {}});
         if (!s.ok())
             return s;

@@ -62,7 +62,9 @@ void PagePainter::paintPage(QPainter &p, int page, int pages, int firstRow, cons
     p.drawText(QRectF(0, y, width, PageLayout::CaptionHeight), Qt::AlignCenter, m_caption.trimmed());
     y += PageLayout::CaptionHeight;
     p.setFont(m_font);
-    if (!m_period.isEmpty())
+    if (!m_subtitle.isEmpty())
+        p.drawText(QRectF(0, y, width, PageLayout::PeriodHeight), Qt::AlignLeft | Qt::AlignVCenter, m_subtitle);
+    else if (!m_period.isEmpty())
         p.drawText(QRectF(0, y, width, PageLayout::PeriodHeight), Qt::AlignLeft | Qt::AlignVCenter,
                    QStringLiteral("期间：") + m_period);
     y += PageLayout::PeriodHeight;
@@ -94,6 +96,9 @@ void PagePainter::paintPage(QPainter &p, int page, int pages, int firstRow, cons
                 const Qt::Alignment align = m_grid.colAlignment(c) & Qt::AlignHorizontal_Mask;
                 p.save();
                 p.setClipRect(cell);
+                // A figure that must be noticed (a difference) keeps the colour it was given.
+                if (const QColor fore = m_grid.cellForeColor(r, c); fore.isValid())
+                    p.setPen(fore);
                 // Figures stay on one line; texts wrap as they were laid out.
                 if (align & Qt::AlignRight) {
                     p.drawText(cell.adjusted(pad, 0, -pad, 0), int(align | Qt::AlignVCenter | Qt::TextSingleLine), text);

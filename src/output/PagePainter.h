@@ -27,6 +27,9 @@ public:
     {
     }
 
+    /// Heads every page with \a line as it is, in place of the period.
+    void setSubtitle(const QString &line) { m_subtitle = line; }
+
     /// Paints every page onto \a printer; fails when the printer cannot be drawn on.
     Result<void> print(QPrinter &printer) const;
     /// Paints every page onto \a device (a printer or a PDF writer), named
@@ -43,6 +46,7 @@ private:
     const Sheet &m_grid;
     QString m_caption;
     QString m_period;
+    QString m_subtitle;
     QFont m_font;
 };
 

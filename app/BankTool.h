@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QDate>
+#include <QString>
+
+/// The tool's bank statement commands: importing a bank's statement file
+/// into a bank book, and the balance reconciliation of the book on a day.
+namespace BankTool {
+
+/// Imports the statement file \a file into book \a code of \a url, read with
+/// the layout \a mapping (a layout's name, or the layout itself as stored;
+/// empty: guessed from the file's header, else the book's remembered one).
+/// Prints the lines read, added and skipped; 1 with one line on failure.
+int importStatement(const QString &url, const QString &code, const QString &file, const QString &mapping);
+
+/// Writes the reconciliation of book \a code of \a url on \a to into \a out
+/// (.pdf or .xlsx), prepared by \a user; with \a autoMatch the statement's
+/// open lines are matched with the book's records first. 1 with one line on
+/// failure.
+int reconcile(const QString &url, const QString &code, const QDate &to, bool autoMatch, const QString &out,
+              const QString &user);
+
+} // namespace BankTool
