@@ -249,6 +249,33 @@ Result<void> StatementStore::match(const QList<QPair<int, int>> &pairs, const QS
     if (!tx.ok())
         return Error(tx.error());
     const QString now = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    if (sqlite3 *h = sqliteOf(m_db)) {
+        sqlite3_stmt *stmt = nullptr;
+        if (sqlite3_prepare_v2(h,
+                               "INSERT INTO kxBankMatch (StmtID, RecID, MatchedBy, MatchedAt, IsAuto) "
+                               "VALUES (?, ?, ?, ?, ?)",
+                               -1, &stmt, nullptr) != SQLITE_OK)
+            return Error(QString::fromUtf8(sqlite3_errmsg(h)));
+        const QByteArray who = user.toUtf8();
+        const QByteArray when = now.toUtf8();
+        int rc = sqlite3_bind_text(stmt, 3, who.constData(), int(who.size()), SQLITE_STATIC);
+        rc = rc ? rc : sqlite3_bind_text(stmt, 4, when.constData(), int(when.size()), SQLITE_STATIC);
+        rc = rc ? rc : sqlite3_bind_int(stmt, 5, automatic ? 1 : 0);
+        for (const QPair<int, int> &p : pairs) {
+            if (rc != SQLITE_OK)
+                break;
+            sqlite3_reset(stmt);
+            rc = sqlite3_bind_int(stmt, 1, p.first);
+            rc = rc ? rc : sqlite3_bind_int(stmt, 2, p.second);
+            if (rc == SQLITE_OK && sqlite3_step(stmt) != SQLITE_DONE)
+                rc = SQLITE_ERROR;
+        }
+        const QString why = rc == SQLITE_OK ? QString() : QString::fromUtf8(sqlite3_errmsg(h));
+        sqlite3_finalize(stmt);
+        if (rc != SQLITE_OK)
+            return Error(why);
+        return tx.commit();
+    }
     for (const QPair<int, int> &p : pairs) {
         const Result<void> r = sqlRun(m_db, {QStringLiteral("INSERT INTO kxBankMatch (StmtID, RecID, MatchedBy, "
                                                             "MatchedAt, IsAuto) VALUES (%1, %2, ?, ?, %3)")
