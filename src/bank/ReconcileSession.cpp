@@ -46,6 +46,24 @@ bool ReconcileSession::inMonth(const QDate &day) const
     return !m_month.isValid() || (day.year() == m_month.year() && day.month() == m_month.month());
 }
 
+QList<StoredLine> ReconcileSession::monthLines() const
+{
+    QList<StoredLine> out;
+    for (const StoredLine &l : m_lines)
+        if (inMonth(l.line.date))
+            out << l;
+    return out;
+}
+
+QList<BankRecord> ReconcileSession::monthRecords() const
+{
+    QList<BankRecord> out;
+    for (const BankRecord &r : m_records)
+        if (inMonth(r.date))
+            out << r;
+    return out;
+}
+
 QList<StoredLine> ReconcileSession::openLines() const
 {
     QList<StoredLine> out;

@@ -37,8 +37,14 @@ public:
     QList<StoredLine> openLines() const;
     /// The month's records not yet matched, by date.
     QList<BankRecord> openRecords() const;
+    /// The month's statement lines, matched or not, by date.
+    QList<StoredLine> monthLines() const;
+    /// The month's records, matched or not, by date.
+    QList<BankRecord> monthRecords() const;
     /// True when record \a recId is matched to a statement line.
     bool isMatched(int recId) const { return m_matchedRecords.contains(recId); }
+    /// True when statement line \a lineId is matched.
+    bool isLineMatched(int lineId) const { return m_matches.contains(lineId); }
 
     /// Matches what can be matched without a guess; how many pairs were
     /// made (one undo step), and in \a ambiguous how many lines were left.

@@ -34,6 +34,7 @@ enum class CommandId {
     Find,
     Export,
     Print,
+    Reconcile,
     PackJnl,
     Refresh,
     DefaultFormatItem,
@@ -56,6 +57,7 @@ enum class CommandCondition {
     CanRedo,
     HasRows,             ///< some row below the header
     HasRecords,          ///< some dated record below the opening row
+    OneBookRecords,      ///< records of one book, not the consolidated journal
     SelectionEditable,
     PasteTarget,         ///< clipboard text and a current row that takes it
     InsertionOpen,       ///< rows may open above the selection

@@ -92,6 +92,8 @@ bool MenuConditions::holds(CommandCondition condition) const
         return hasRows();
     case C::HasRecords:
         return hasRecords();
+    case C::OneBookRecords:
+        return !state.isConsolidated() && hasRecords();
     case C::SelectionEditable:
         return selectionEditable();
     case C::PasteTarget:

@@ -1,0 +1,146 @@
+// The reconciliation view beside the journal, driven as a cashier drives
+// it: ticks from the keyboard, the automatic pass from its button, a tick
+// taken off and a step undone, each stored at once; a context the host
+// deleted and a control closed under the view.
+#include "support/SampleJournal.h"
+
+#include "bank/StatementStore.h"
+#include "bank/StatementMatcher.h"
+#include "control/ReconcileView.h"
+#include "grid/Sheet.h"
+#include "ledger/Book.h"
+#include "ledger/BookRow.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QTest>
+
+namespace {
+
+struct ReconcileFixture : kxtest::SampleJournal {
+    ReconcileFixture() : SampleJournal(150)
+    {
+        journal.setAsker([](const QString &, const QString &) { return true; });
+        const kx::Sheet &g = *kx::Sheet::of(journal.Grid());
+        const kx::JournalColumns columns(g);
+        for (int r = g.fixedRows(); r < g.rows(); ++r) {
+            const kx::BookRow row = kx::BookRow::of(g, columns, r);
+            if (!row.isOpening() && row.isDated() && !row.isSummary() && row.date().month() == 2 && row.recId() > 0)
+                february << row.recId();
+        }
+        kx::Statement s;
+        s.hash = "february";
+        // One line for each February record but the last, a day later.
+        for (int r = g.fixedRows(); r < g.rows(); ++r) {
+            const kx::BookRow row = kx::BookRow::of(g, columns, r);
+            if (!february.contains(row.recId()) || row.recId() == february.last())
+                continue;
+            kx::StatementLine l;
+            l.date = row.date().addDays(1);
+            const kx::Currency net = row.debit() - row.credit();
+            l.side = net.sign() > 0 ? kx::StatementSide::Receipt : kx::StatementSide::Payment;
+            l.amount = net.abs();
+            l.reference = QStringLiteral("B%1").arg(row.recId());
+            s.lines << l;
+        }
+        EXPECT_TRUE(kx::StatementStore(acc->Connection()).import(book, s, QStringLiteral("二月.csv"), QString()).ok());
+    }
+    kx::ReconcileView *open()
+    {
+        journal.DoCommand(QStringLiteral("Reconcile"));
+        auto *view = journal.findChild<kx::ReconcileView *>(QStringLiteral("reconcileView"));
+        if (view) {
+            QApplication::setActiveWindow(view);
+            EXPECT_TRUE(QTest::qWaitForWindowActive(view));
+        }
+        return view;
+    }
+    int stored() { return int(kx::StatementStore(acc->Connection()).matches(book).value().size()); }
+    QList<int> february;
+};
+
+void selectRow(QTableWidget *t, int row, QItemSelectionModel::SelectionFlags how = QItemSelectionModel::ClearAndSelect)
+{
+    t->selectionModel()->select(t->model()->index(row, 0), how | QItemSelectionModel::Rows);
+}
+
+} // namespace
+
+TEST(ReconcileView, TicksFromTheKeyboardAndTheAutomaticPassAreStoredAndUndone)
+{
+    ReconcileFixture f;
+    ASSERT_GT(f.february.size(), 4);
+    kx::ReconcileView *view = f.open();
+    ASSERT_NE(view, nullptr);
+    auto *lines = view->findChild<QTableWidget *>(QStringLiteral("statementLines"));
+    auto *records = view->findChild<QTableWidget *>(QStringLiteral("journalRecords"));
+    auto *status = view->findChild<QLabel *>(QStringLiteral("reconcileStatus"));
+    view->showMonth(QDate(2025, 2, 1));
+    ASSERT_EQ(lines->rowCount(), f.february.size() - 1);
+    ASSERT_EQ(records->rowCount(), f.february.size());
+
+    // The first line and its record, ticked with Enter.
+    const QString reference = lines->item(0, 4)->text();
+    selectRow(lines, 0);
+    // Records are found by their key, kept with the row.
+    int target = -1;
+    for (int r = 0; r < records->rowCount(); ++r)
+        if (records->item(r, 0)->data(Qt::UserRole).toInt() == reference.mid(1).toInt())
+            target = r;
+    ASSERT_GE(target, 0);
+    selectRow(records, target);
+    QTest::keyClick(lines, Qt::Key_Return);
+    EXPECT_EQ(f.stored(), 1) << qPrintable(status->text());
+    EXPECT_EQ(lines->item(0, 0)->text(), QStringLiteral("✓"));
+
+    // A record of the other side is refused, saying why.
+    selectRow(lines, 1);
+    int otherSide = -1;
+    for (int r = 0; r < records->rowCount(); ++r)
+        if (records->item(r, 3)->text() != lines->item(1, 2)->text())
+            otherSide = r;
+    ASSERT_GE(otherSide, 0);
+    selectRow(records, otherSide);
+    QTest::keyClick(lines, Qt::Key_Enter);
+    EXPECT_EQ(f.stored(), 1);
+    EXPECT_TRUE(status->text().contains(QStringLiteral("不能勾对"))) << qPrintable(status->text());
+
+    // The automatic pass ticks the rest; the last record has no line.
+    QPushButton *autoButton = nullptr;
+    for (QPushButton *b : view->findChildren<QPushButton *>())
+        if (b->text() == QStringLiteral("自动勾对"))
+            autoButton = b;
+    ASSERT_NE(autoButton, nullptr);
+    QTest::mouseClick(autoButton, Qt::LeftButton);
+    EXPECT_EQ(f.stored(), f.february.size() - 1);
+    EXPECT_TRUE(status->text().startsWith(QStringLiteral("自动勾对 %1 笔").arg(f.february.size() - 2))) << qPrintable(status->text());
+
+    // Ctrl+Z takes the whole pass back; Delete takes a line's tick off.
+    QTest::keyClick(lines, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(f.stored(), 1);
+    selectRow(lines, 0);
+    QTest::keyClick(lines, Qt::Key_Delete);
+    EXPECT_EQ(f.stored(), 0);
+    EXPECT_EQ(lines->item(0, 0)->text(), QString());
+    view->close();
+}
+
+TEST(ReconcileView, AContextDeletedOrAControlClosedUnderTheViewIsNoCrash)
+{
+    auto f = std::make_unique<ReconcileFixture>();
+    kx::ReconcileView *view = f->open();
+    ASSERT_NE(view, nullptr);
+    f->journal.setAcc(nullptr);
+    f->acc.reset();
+    view->autoMatch();
+    auto *status = view->findChild<QLabel *>(QStringLiteral("reconcileStatus"));
+    EXPECT_EQ(status->text(), QStringLiteral("没有连接到账套。"));
+
+    auto g = std::make_unique<ReconcileFixture>();
+    QPointer<kx::ReconcileView> second = g->open();
+    ASSERT_TRUE(second);
+    g.reset();  // the control, its book and the view go together
+    EXPECT_TRUE(second.isNull());
+}
