@@ -9,6 +9,8 @@
 #include "ledger/Book.h"
 
 #include <QFileInfo>
+#include <QSaveFile>
+#include <QStringEncoder>
 #include <QSet>
 #include <cstdio>
 
@@ -89,6 +91,68 @@ int importStatement(const QString &url, const QString &code, const QString &file
                     qPrintable(at.join(QStringLiteral("、"))));
     }
     return 0;
+}
+
+int sampleStatement(const QString &url, const QString &code, const QDate &to, const QString &out)
+{
+    return ToolBook::run(url, code, [&](ToolBook &book) {
+        QList<kx::BankRecord> records = kx::BankRecord::of(book.session().book());
+        std::stable_sort(records.begin(), records.end(),
+                         [](const kx::BankRecord &a, const kx::BankRecord &b) { return a.date < b.date; });
+        QList<kx::StatementLine> lines;
+        int kept = 0;
+        for (const kx::BankRecord &r : records) {
+            const QDate day = r.date.addDays(1);
+            if (r.date < QDate(to.year(), 1, 1) || day > to.addDays(-3) || ++kept % 17 == 0)
+                continue;  // before the year, not yet at the bank, or the odd one the bank has not booked
+            kx::StatementLine l;
+            l.date = day;
+            l.side = r.side;
+            l.amount = r.amount;
+            l.reference = QStringLiteral("2%1%2").arg(day.toString(QStringLiteral("MMdd"))).arg(r.recId, 6, 10, QLatin1Char('0'));
+            l.memo = r.explain;
+            lines << l;
+        }
+        for (int m = 3; m <= to.month(); m += 3) {
+            kx::StatementLine interest;
+            interest.date = QDate(to.year(), m, 21);
+            interest.side = kx::StatementSide::Receipt;
+            interest.amount = kx::Currency::fromText(QStringLiteral("%1.%2").arg(100 + m * 7).arg(m * 3 % 100, 2, 10, QLatin1Char('0'))).valueOr(kx::Currency());
+            interest.reference = QStringLiteral("JX%1").arg(m, 2, 10, QLatin1Char('0'));
+            interest.memo = QStringLiteral("结息");
+            lines << interest;
+        }
+        kx::StatementLine fee;
+        fee.date = to.addDays(-4);
+        fee.side = kx::StatementSide::Payment;
+        fee.amount = kx::Currency::fromText(QStringLiteral("12.50")).valueOr(kx::Currency());
+        fee.reference = QStringLiteral("SXF01");
+        fee.memo = QStringLiteral("账户管理费");
+        lines << fee;
+        std::stable_sort(lines.begin(), lines.end(),
+                         [](const kx::StatementLine &a, const kx::StatementLine &b) { return a.date < b.date; });
+        kx::Currency balance = kx::Reconciliation::balanceOf(book.session().book(), QDate(to.year() - 1, 12, 31));
+        QStringList text{QStringLiteral("账号：6222020200012345678"), QStringLiteral("户名：%1").arg(book.session().state().book.journalName),
+                         QStringLiteral("起止日期：%1至%2").arg(QDate(to.year(), 1, 1).toString(Qt::ISODate), to.toString(Qt::ISODate)),
+                         QStringLiteral("交易日期,摘要,收入金额,支出金额,余额,对方户名,对方账号,交易流水号")};
+        for (const kx::StatementLine &l : lines) {
+            const bool in = l.side == kx::StatementSide::Receipt;
+            balance = in ? balance + l.amount : balance - l.amount;
+            QString memo = l.memo;
+            memo.replace(QLatin1Char('"'), QStringLiteral("\"\""));
+            text << QStringLiteral("%1,\"%2\",%3,%4,%5,,,%6")
+                        .arg(l.date.toString(QStringLiteral("yyyyMMdd")), memo, in ? l.amount.toString() : QString(),
+                             in ? QString() : l.amount.toString(), balance.toString(), l.reference);
+        }
+        text << QStringLiteral("合计,,,,,,,");
+        QSaveFile file(out);
+        QStringEncoder gbk("GBK");
+        const QByteArray bytes = gbk.encode(text.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n"));
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+            return failWith(code, QStringLiteral("不能写出文件“%1”。").arg(out));
+        std::printf("kxjournal: %s: 对账单 %d 行已写入 %s\n", qPrintable(code), int(lines.size()), qPrintable(out));
+        return 0;
+    });
 }
 
 int reconcile(const QString &url, const QString &code, const QDate &to, bool autoMatch, const QString &out,

@@ -13,6 +13,12 @@ namespace BankTool {
 /// Prints the lines read, added and skipped; 1 with one line on failure.
 int importStatement(const QString &url, const QString &code, const QString &file, const QString &mapping);
 
+/// Writes into \a out a bank's statement of book \a code of \a url up to
+/// \a to, as online banking exports one (GBK CSV with a header block and a
+/// totals line): the bank books each record a day later and misses the
+/// last few, and adds its fee and interest; for trying reconciliation.
+int sampleStatement(const QString &url, const QString &code, const QDate &to, const QString &out);
+
 /// Writes the reconciliation of book \a code of \a url on \a to into \a out
 /// (.pdf or .xlsx), prepared by \a user; with \a autoMatch the statement's
 /// open lines are matched with the book's records first. 1 with one line on

@@ -135,6 +135,7 @@ struct Shot {
     QString pickerSearch;  ///< null: no picker
     bool menu = false;
     bool preview = false;
+    bool reconcile = false;
 };
 
 // Draws the window (and a popup over it) into the shot's file.
@@ -164,20 +165,21 @@ int takeShot(DemoWindow &window, const Shot &shot)
         journal->contextMenu()->popup(at);
         over = journal->contextMenu();
     }
-    if (shot.preview) {
-        journal->menuAction(QStringLiteral("mnuPrint"))->trigger();
+    if (shot.preview || shot.reconcile) {
+        journal->menuAction(shot.preview ? QStringLiteral("mnuPrint") : QStringLiteral("mnuReconcile"))->trigger();
+        const QLatin1String name(shot.preview ? "printPreview" : "reconcileView");
         for (QWidget *w : QApplication::topLevelWidgets())
-            if (w->objectName() == QLatin1String("printPreview") && w->isVisible())
+            if (w->objectName() == name && w->isVisible())
                 over = w;
         if (!over) {
-            std::fprintf(stderr, "kxjournal: the print preview did not open\n");
+            std::fprintf(stderr, "kxjournal: the %s did not open\n", shot.preview ? "print preview" : "reconciliation view");
             return 1;
         }
-        over->resize(1180, 820);
+        over->resize(1180, shot.preview ? 820 : 600);
     }
     QCoreApplication::processEvents();
     QPixmap picture;
-    if (shot.preview) {
+    if (shot.preview || shot.reconcile) {
         picture = over->grab();
     } else {
         picture = window.grab();
@@ -363,6 +365,8 @@ int main(int argc, char **argv)
                                                     "  check    check a book's dates and order (exit 1 with the finding)\n"
                                                     "  statement import FILE\n"
                                                     "           import a bank statement (CSV, XLSX, XLS, OFX, camt.053) into a bank book\n"
+                                                    "  statement sample\n"
+                                                    "           write a bank's statement of a book up to --to, for trying reconciliation\n"
                                                     "  reconcile\n"
                                                     "           write a bank book's balance reconciliation on --to into a PDF or XLSX file"));
     parser.addHelpOption();
@@ -403,6 +407,9 @@ int main(int argc, char **argv)
     const QCommandLineOption codec(QStringLiteral("codec"), QStringLiteral("Code page of the voucher file (voucher, make)."),
                                    QStringLiteral("NAME"), QStringLiteral("GBK"));
     const QCommandLineOption menuShot(QStringLiteral("menu"), QStringLiteral("With --screenshot: show the context menu open (demo)."));
+    const QCommandLineOption reconcileShot(QStringLiteral("reconcile-view"),
+                                           QStringLiteral("With --screenshot: draw the bank reconciliation view instead (demo)."));
+    parser.addOption(reconcileShot);
     const QCommandLineOption previewShot(QStringLiteral("preview"),
                                          QStringLiteral("With --screenshot: draw the print preview instead (demo)."));
     const QCommandLineOption mapping(QStringLiteral("mapping"),
@@ -484,6 +491,14 @@ int main(int argc, char **argv)
         }
         return CheckTool::check(parser.value(dbOption), parser.value(book));
     }
+    if (command == QLatin1String("statement") && args.value(1) == QLatin1String("sample")) {
+        const QDate until = QDate::fromString(parser.value(to), Qt::ISODate);
+        if (!parser.isSet(dbOption) || !parser.isSet(book) || !until.isValid() || parser.value(out).isEmpty()) {
+            std::fprintf(stderr, "kxjournal: statement sample needs --db URL, --book CODE, --to DATE and --out FILE\n");
+            return 2;
+        }
+        return BankTool::sampleStatement(parser.value(dbOption), parser.value(book), until, parser.value(out));
+    }
     if (command == QLatin1String("statement")) {
         if (args.size() != 3 || args.at(1) != QLatin1String("import") || !parser.isSet(dbOption) || !parser.isSet(book)) {
             std::fprintf(stderr, "kxjournal: statement import needs --db URL, --book CODE and the statement FILE\n");
@@ -508,6 +523,7 @@ int main(int argc, char **argv)
         shot.pickerSearch = parser.isSet(picker) ? parser.value(picker) : QString();
         shot.menu = parser.isSet(menuShot);
         shot.preview = parser.isSet(previewShot);
+        shot.reconcile = parser.isSet(reconcileShot);
         return runDemo(app, url, shot, parser.value(book), parser.isSet(packed), clock, parser.isSet(firstFrame));
     }
     std::fprintf(stderr, "kxjournal: unknown command '%s'; the commands are %s (see kxjournal --help)\n",

@@ -35,6 +35,7 @@ QTableWidget *table(const QStringList &headers, const QString &name)
     t->setSelectionMode(QAbstractItemView::ExtendedSelection);
     t->setEditTriggers(QAbstractItemView::NoEditTriggers);
     t->verticalHeader()->hide();
+    t->verticalHeader()->setDefaultSectionSize(22);
     t->horizontalHeader()->setStretchLastSection(true);
     return t;
 }
@@ -154,12 +155,16 @@ bool ReconcileView::reload()
         say(read.error(), true);
         return false;
     }
-    // The months the statement or the open records fall in, newest first.
+    // The months the statement or the records fall in, newest first; the
+    // view opens at the statement's last month.
     QList<QDate> months;
+    QDate latest;
     m_session->setMonth(QDate());
-    for (const StoredLine &l : m_session->openLines())
+    for (const StoredLine &l : m_session->monthLines()) {
         months << QDate(l.line.date.year(), l.line.date.month(), 1);
-    for (const BankRecord &r : m_session->openRecords())
+        latest = std::max(latest, months.last());
+    }
+    for (const BankRecord &r : m_session->monthRecords())
         months << QDate(r.date.year(), r.date.month(), 1);
     std::sort(months.begin(), months.end(), std::greater<QDate>());
     months.erase(std::unique(months.begin(), months.end()), months.end());
@@ -168,7 +173,7 @@ bool ReconcileView::reload()
     for (const QDate &m : months)
         m_month->addItem(m.toString(QStringLiteral("yyyy-MM")), m);
     m_month->addItem(QStringLiteral("全部"), QDate());
-    showMonth(months.isEmpty() ? QDate() : months.first());
+    showMonth(latest.isValid() ? latest : months.isEmpty() ? QDate() : months.first());
     return true;
 }
 
