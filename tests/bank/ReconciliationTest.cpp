@@ -179,6 +179,36 @@ TEST_P(StatementStoreTest, MatchesAndTheBooksLayoutAreKept)
     EXPECT_EQ(kept->toString(), layout.toString());
 }
 
+// A line the database refuses halfway through a file: nothing of the file
+// stays, and the same file goes in whole once the database takes it.
+TEST(StatementImport, AFileTheDatabaseRefusesHalfwayLeavesNothing)
+{
+    kxtest::TestDatabase testDb(Engine::Sqlite);
+    kx::Database db = testDb.open();
+    const int docId = kxtest::fillSampleBooks(db, 20, 1);
+    kx::StatementStore store(db);
+    kx::Statement s;
+    s.hash = "half";
+    for (const char *ref : {"A1", "BAD", "A3"})
+        s.lines << bankLine(QDate(2025, 5, 6), kx::StatementSide::Receipt, money("10"), QString::fromLatin1(ref));
+    ASSERT_TRUE(store.lines(docId).ok());  // the tables made
+    ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("CREATE TRIGGER refuse BEFORE INSERT ON kxBankStmt WHEN NEW.BankRef = 'BAD' "
+                                               "BEGIN SELECT RAISE(ABORT, 'refused'); END"),
+                                {}})
+                    .ok());
+    const kx::Result<kx::ImportOutcome> failed = store.import(docId, s, QStringLiteral("半.csv"), QString());
+    ASSERT_FALSE(failed.ok());
+    EXPECT_TRUE(failed.error().contains(QStringLiteral("refused"))) << qPrintable(failed.error());
+    EXPECT_TRUE(store.lines(docId).value().isEmpty());
+    EXPECT_EQ(kx::sqlScalar(db, {QStringLiteral("SELECT COUNT(*) FROM kxBankImport"), {}}).value().toInt(), 0);
+
+    ASSERT_TRUE(kx::sqlRun(db, {QStringLiteral("DROP TRIGGER refuse"), {}}).ok());
+    const kx::Result<kx::ImportOutcome> done = store.import(docId, s, QStringLiteral("半.csv"), QString());
+    ASSERT_TRUE(done.ok());
+    EXPECT_FALSE(done.value().again);
+    EXPECT_EQ(done.value().added, 3);
+}
+
 // The statement holds every record of the first half year but three (the
 // bank has not seen them), and a fee and interest the journal has not got:
 // each lands on its side of the statement, and both adjusted balances are
