@@ -134,7 +134,10 @@ void BookSheet::readRecord(int r, Row &row) const
     row.kind = Row::Record;
     row.gridRow = r;
     row.cells.resize(m_columns.size());
-    const bool dated = r > m_grid.fixedRows() && !BookRow::of(m_grid, m_keys, r).isSummary();
+    // The opening row shows a label ("2025年期初"); in a column of dates it
+    // is written as the day it holds, as every other row is.
+    const BookRow book = BookRow::of(m_grid, m_keys, r);
+    const bool dated = r > m_grid.fixedRows() ? !book.isSummary() : book.isDated();
     for (int k = 0; k < m_columns.size(); ++k) {
         const Column &col = m_columns[k];
         Cell &cell = row.cells[k];
@@ -163,7 +166,7 @@ void BookSheet::readRecord(int r, Row &row) const
             cell.text = m_grid.text(r, col.gridCol);
             // The date column shows a label; a sheet wants the date itself.
             if (col.column == JournalColumns::ShowName && dated)
-                cell.date = BookRow::of(m_grid, m_keys, r).date();
+                cell.date = book.date();
             break;
         }
     }
