@@ -151,7 +151,9 @@ Result<void> SampleBooks::create(Database &db, const SampleOptions &options)
         if (!write(QDate(year, 1, 1), QString(), 0, QStringLiteral("期初余额"), balance, Currency(), fxBalance, 0, 0))
             return fail();
         const int records = std::max(0, count - 1);
-        const int days = QDate(year, 1, 1).daysTo(QDate(year, lastMonth, 1).addMonths(1).addDays(-1)) + 1;
+        // The records stop at today: a book of this year has none in days to come.
+        const QDate lastDay = std::min(QDate(year, lastMonth, 1).addMonths(1).addDays(-1), std::max(today, QDate(year, 1, 1)));
+        const int days = QDate(year, 1, 1).daysTo(lastDay) + 1;
         int month = 1;
         for (int i = 0; i < records; ++i) {
             const QDate date = QDate(year, 1, 1).addDays(qint64(i) * days / std::max(records, 1));

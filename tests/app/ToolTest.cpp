@@ -230,3 +230,29 @@ TEST_F(ToolAndControl, CheckAndMakeRunWithoutAGuiAndMatchTheControl)
     EXPECT_EQ(codec.err, QStringLiteral("kxjournal: ") + said + QLatin1Char('\n'));
     EXPECT_EQ(QDir(path(QStringLiteral("tool"))).entryList(QDir::Files).size(), 1);
 }
+
+// A sample of this year has no record in days to come, and the tool says
+// nothing on stderr where no desktop session named a runtime folder.
+TEST(ToolSample, ThisYearsSampleStopsAtTodayAndTheToolIsQuiet)
+{
+    QTemporaryDir dir;
+    const QString file = dir.filePath(QStringLiteral("sample.db"));
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.remove(QStringLiteral("XDG_RUNTIME_DIR"));
+    env.remove(QStringLiteral("DISPLAY"));
+    p.setProcessEnvironment(env);
+    p.start(QStringLiteral(KX_TOOL), {QStringLiteral("sample"), QStringLiteral("--db"), QStringLiteral("sqlite:") + file,
+                                      QStringLiteral("--records"), QStringLiteral("400"), QStringLiteral("--books"),
+                                      QStringLiteral("1")});
+    ASSERT_TRUE(p.waitForFinished(120000));
+    EXPECT_EQ(p.exitCode(), 0);
+    EXPECT_EQ(QString::fromUtf8(p.readAllStandardError()), QString());
+    const kx::Database db = kx::Database::open(QStringLiteral("sqlite:") + file);
+    const QDate last = QDate::fromString(
+        kx::sqlScalar(db, {QStringLiteral("SELECT MAX(JnlDate) FROM kxJournalRecs"), {}}).value().toString().left(10),
+        Qt::ISODate);
+    ASSERT_TRUE(last.isValid());
+    EXPECT_LE(last, QDate::currentDate());
+    EXPECT_EQ(last.year(), QDate::currentDate().year());
+}
