@@ -282,8 +282,13 @@ bool Journal::Load(int rDocID)
         if (!p->alive())
             return filled;
         p->edit->context().forgetBook();
-        if (outcome == BookLoader::Loaded)
+        if (outcome == BookLoader::Loaded) {
             p->edit->keepBlankRow();
+            // The book opens where the cashier goes on: the empty row under
+            // the last record, on its date.
+            const int dateCol = p->grid->colIndex(JournalColumns::key(JournalColumns::ShowName));
+            p->grid->setCursor(p->grid->rows() - 1, dateCol >= 0 ? dateCol : p->grid->col());
+        }
         p->edit->clearHistory();
         p->layout->fitColumns();
         if (outcome == BookLoader::Loaded)
