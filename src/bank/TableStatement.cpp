@@ -201,13 +201,17 @@ Result<Statement> TableStatement::read(const QList<TableRow> &rows, const std::o
                                  QStringLiteral("表格在第 %1 行已经结束，这一行却还有交易。").arg(endedAt));
             continue;
         }
-        if (isTotals(row) || !hasDigit(dateText)) {
-            endedAt = row.sourceLine;
-            continue;
-        }
         StatementLine line;
         line.sourceLine = row.sourceLine;
         line.date = parseDate(dateText, serials);
+        // A row without a date ends the table ("第 1 页 共 3 页", "以下空白"),
+        // unless it has amounts: then it is a line with a bad date.
+        const bool hasAmount = !cellAt(row, mapping.amount).isEmpty() || !cellAt(row, mapping.receipt).isEmpty()
+                               || !cellAt(row, mapping.payment).isEmpty();
+        if (isTotals(row) || (!line.date.isValid() && (!hasDigit(dateText) || !hasAmount))) {
+            endedAt = row.sourceLine;
+            continue;
+        }
         if (!line.date.isValid())
             return lineError(row.sourceLine, QStringLiteral("日期“%1”不是有效的日期。").arg(dateText));
 
