@@ -22,7 +22,7 @@ bool looksBinary(const QByteArray &bytes)
 // export that way so that account numbers keep their digits.
 QString cleanCell(QString cell)
 {
-    cell = cell.trimmed();
+    cell = std::move(cell).trimmed();
     if (cell.size() >= 3 && cell.startsWith(QLatin1String("=\"")) && cell.endsWith(QLatin1Char('"')))
         cell = cell.mid(2, cell.size() - 3).trimmed();
     return cell;
@@ -89,8 +89,8 @@ Result<QList<TableRow>> DelimitedText::read(const QByteArray &bytes, const QStri
     bool atCellStart = true;
     row.sourceLine = 1;
     auto endCell = [&] {
-        row.cells.append(cleanCell(cell));
-        cell.clear();
+        row.cells.append(cleanCell(std::move(cell)));
+        cell = QString();
         atCellStart = true;
     };
     auto endRow = [&] {
@@ -101,39 +101,54 @@ Result<QList<TableRow>> DelimitedText::read(const QByteArray &bytes, const QStri
     };
     const qsizetype n = text.size();
     const QChar *s = text.constData();
-    for (qsizetype i = 0; i < n; ++i) {
-        const QChar c = s[i];
+    rows.reserve(text.count(QLatin1Char('\n')) + 1);
+    // Plain characters are taken in runs up to the next character that
+    // means something (a quote, the delimiter, a line break).
+    for (qsizetype i = 0; i < n;) {
         if (quoted) {
-            if (c == QLatin1Char('"')) {
-                if (i + 1 < n && s[i + 1] == QLatin1Char('"')) {
-                    cell += c;
-                    ++i;
-                } else {
-                    quoted = false;
-                }
-            } else {
-                if (c == QLatin1Char('\n'))
+            qsizetype j = i;
+            while (j < n && s[j] != QLatin1Char('"')) {
+                if (s[j] == QLatin1Char('\n'))
                     ++line;
-                cell += c;
+                ++j;
+            }
+            cell.append(s + i, j - i);
+            if (j >= n)
+                break;
+            if (j + 1 < n && s[j + 1] == QLatin1Char('"')) {
+                cell += QLatin1Char('"');
+                i = j + 2;
+            } else {
+                quoted = false;
+                i = j + 1;
             }
             continue;
         }
+        const QChar c = s[i];
         if (c == QLatin1Char('"') && atCellStart) {
             quoted = true;
             quoteLine = line;
             atCellStart = false;
-            cell.clear();
+            cell.clear(); // blanks before the quote
+            ++i;
         } else if (c == delimiter) {
             endCell();
+            ++i;
         } else if (c == QLatin1Char('\n') || c == QLatin1Char('\r')) {
-            if (c == QLatin1Char('\r') && i + 1 < n && s[i + 1] == QLatin1Char('\n'))
-                ++i;
+            i += c == QLatin1Char('\r') && i + 1 < n && s[i + 1] == QLatin1Char('\n') ? 2 : 1;
             ++line;
             endRow();
         } else {
-            if (atCellStart && c != QLatin1Char(' ') && c != QLatin1Char('\t'))
-                atCellStart = false;
-            cell += c;
+            // A quote inside a cell that did not start with one is a character.
+            qsizetype j = i + 1;
+            while (j < n && s[j] != delimiter && s[j] != QLatin1Char('\n') && s[j] != QLatin1Char('\r')
+                   && (s[j] != QLatin1Char('"') || !atCellStart))
+                ++j;
+            for (qsizetype k = i; k < j && atCellStart; ++k)
+                if (s[k] != QLatin1Char(' ') && s[k] != QLatin1Char('\t'))
+                    atCellStart = false;
+            cell.append(s + i, j - i);
+            i = j;
         }
     }
     if (quoted)

@@ -23,12 +23,16 @@ bool isTotals(const TableRow &row)
 {
     static const char16_t *const Marks[] = {u"合计", u"总计", u"本页小计", u"本页合计", u"小计", u"共计",
                                             u"累计", u"笔数", u"交易笔数", u"总笔数"};
-    // The mark stands in one of the first cells of a totals row.
+    // The mark stands in one of the first cells of a totals row, perhaps
+    // spaced out ("合　计").
     for (int c = 0; c < qMin<int>(3, int(row.cells.size())); ++c) {
-        QString cell = row.cells.at(c);
-        cell.remove(QLatin1Char(' ')).remove(QChar(0x3000));
+        const QString &cell = row.cells.at(c);
+        if (cell.isEmpty() || cell.at(0).unicode() < 0x3000)
+            continue;
+        QString packed = cell;
+        packed.remove(QLatin1Char(' ')).remove(QChar(0x3000));
         for (const char16_t *m : Marks)
-            if (cell.startsWith(QStringView(m)))
+            if (packed.startsWith(QStringView(m)))
                 return true;
     }
     return false;
@@ -87,8 +91,41 @@ Error lineError(int line, const QString &what)
 
 } // namespace
 
+namespace {
+
+// The usual forms without a regular expression: "2026-03-05", "2026/3/5",
+// with a time after a blank or a T. Nothing when it is another form.
+std::optional<QDate> quickDate(QStringView s)
+{
+    auto digit = [&](qsizetype i) { return i < s.size() && s[i] >= u'0' && s[i] <= u'9'; };
+    auto number = [&](qsizetype &i, int most) {
+        int v = 0;
+        const qsizetype from = i;
+        while (digit(i) && i - from < most)
+            v = v * 10 + (s[i++].unicode() - u'0');
+        return i == from ? -1 : v;
+    };
+    qsizetype i = 0;
+    const int year = number(i, 4);
+    if (i != 4 || i >= s.size() || (s[i] != u'-' && s[i] != u'/' && s[i] != u'.'))
+        return std::nullopt;
+    const QChar sep = s[i++];
+    const int month = number(i, 2);
+    if (month < 0 || i >= s.size() || s[i] != sep)
+        return std::nullopt;
+    ++i;
+    const int day = number(i, 2);
+    if (day < 0 || (i < s.size() && s[i] != u' ' && s[i] != u'T'))
+        return std::nullopt;
+    return QDate(year, month, day);
+}
+
+} // namespace
+
 QDate TableStatement::parseDate(const QString &cell, bool serials)
 {
+    if (const std::optional<QDate> quick = quickDate(cell))
+        return *quick;
     const QString s = cell.trimmed();
     static const QRegularExpression separated(
         QStringLiteral("^(\\d{4})\\s*[-/.年]\\s*(\\d{1,2})\\s*[-/.月]\\s*(\\d{1,2})\\s*日?(?:[ T]\\S.*)?$"));
@@ -201,13 +238,17 @@ Result<Statement> TableStatement::read(const QList<TableRow> &rows, const std::o
                                  QStringLiteral("表格在第 %1 行已经结束，这一行却还有交易。").arg(endedAt));
             continue;
         }
-        if (isTotals(row) || !hasDigit(dateText)) {
-            endedAt = row.sourceLine;
-            continue;
-        }
         StatementLine line;
         line.sourceLine = row.sourceLine;
         line.date = parseDate(dateText, serials);
+        // A row without a date ends the table ("第 1 页 共 3 页", "以下空白"),
+        // unless it has amounts: then it is a line with a bad date.
+        const bool hasAmount = !cellAt(row, mapping.amount).isEmpty() || !cellAt(row, mapping.receipt).isEmpty()
+                               || !cellAt(row, mapping.payment).isEmpty();
+        if (isTotals(row) || (!line.date.isValid() && (!hasDigit(dateText) || !hasAmount))) {
+            endedAt = row.sourceLine;
+            continue;
+        }
         if (!line.date.isValid())
             return lineError(row.sourceLine, QStringLiteral("日期“%1”不是有效的日期。").arg(dateText));
 

@@ -7,8 +7,11 @@
 
 namespace kx {
 
-/// Reads the first worksheet of a legacy .xls workbook (BIFF) into rows of
-/// cell texts, through FreeXL. Date cells come as yyyy-MM-dd.
+/// Reads the first worksheet of a legacy .xls workbook (Excel 97 and later:
+/// BIFF8 in a compound file) into rows of cell texts. Numbers keep their
+/// digits (a date stays its day serial); texts come from the shared string
+/// table, from text cells and from formulas' last results. Every length
+/// and index is checked against the bytes, so a damaged file gives an error.
 class XlsTable
 {
 public:

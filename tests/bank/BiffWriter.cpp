@@ -153,16 +153,22 @@ QByteArray BiffWriter::bytes() const
     record(globals, 0x000A, {});
     Q_ASSERT(globals.size() == sheetOffset);
 
-    // The compound file: sector 0 the allocation table, then the stream
-    // (at least 4096 bytes, so it needs no small-stream table), then the
+    // The compound file: sector 0 the allocation table, then (for a small
+    // stream) the small-stream table and the container of 64-byte pieces
+    // the root holds, or the stream itself (at least 4096 bytes), then the
     // directory.
     QByteArray stream = globals + sheet;
-    const quint32 streamSize = quint32(qMax<qsizetype>(stream.size(), 4096));
-    stream.resize(qsizetype((streamSize + 511) / 512 * 512), '\0');
-    const quint32 streamSectors = quint32(stream.size() / 512);
-    Q_ASSERT(streamSectors + 2 <= 128);
-    const quint32 dirSector = 1 + streamSectors;
     constexpr quint32 End = 0xFFFFFFFE, Free = 0xFFFFFFFF, FatSect = 0xFFFFFFFD;
+    const bool small = m_smallStream && stream.size() < 4096;
+    const quint32 streamSize = small ? quint32(stream.size()) : quint32(qMax<qsizetype>(stream.size(), 4096));
+    const quint32 miniSectors = small ? (streamSize + 63) / 64 : 0;
+    QByteArray body = stream;
+    body.resize(qsizetype(small ? miniSectors * 64 : streamSize), '\0');
+    body.resize((body.size() + 511) / 512 * 512, '\0');
+    const quint32 bodySectors = quint32(body.size() / 512);
+    const quint32 bodyStart = small ? 2 : 1;
+    const quint32 dirSector = bodyStart + bodySectors;
+    Q_ASSERT(dirSector + 1 <= 128);
 
     QByteArray out;
     out.append("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8);
@@ -173,28 +179,38 @@ QByteArray BiffWriter::bytes() const
     u16(out, 9);
     u16(out, 6);
     out.append(QByteArray(6, '\0'));
-    u32(out, 0);         // directory sectors (version 3: none counted)
-    u32(out, 1);         // allocation table sectors
-    u32(out, dirSector); // first directory sector
+    u32(out, 0);                 // directory sectors (version 3: none counted)
+    u32(out, 1);                 // allocation table sectors
+    u32(out, dirSector);         // first directory sector
     u32(out, 0);
-    u32(out, 4096);      // small-stream cutoff
-    u32(out, End);       // no small-stream table
+    u32(out, 4096);              // small-stream cutoff
+    u32(out, small ? 1 : End);   // the small-stream table
+    u32(out, small ? 1 : 0);
+    u32(out, End);               // no further table of allocation sectors
     u32(out, 0);
-    u32(out, End);       // no further table of allocation sectors
-    u32(out, 0);
-    u32(out, 0);         // the allocation table is sector 0
+    u32(out, 0);                 // the allocation table is sector 0
     for (int i = 1; i < 109; ++i)
         u32(out, Free);
 
     QByteArray fat;
     u32(fat, FatSect);
-    for (quint32 s = 1; s <= streamSectors; ++s)
-        u32(fat, s == streamSectors ? End : s + 1);
+    if (small)
+        u32(fat, End); // the small-stream table
+    for (quint32 s = bodyStart; s < dirSector; ++s)
+        u32(fat, s + 1 == dirSector ? End : s + 1);
     u32(fat, End); // the directory
     while (fat.size() < 512)
         u32(fat, Free);
     out.append(fat);
-    out.append(stream);
+    if (small) {
+        QByteArray miniFat;
+        for (quint32 m = 0; m < miniSectors; ++m)
+            u32(miniFat, m + 1 == miniSectors ? End : m + 1);
+        while (miniFat.size() < 512)
+            u32(miniFat, Free);
+        out.append(miniFat);
+    }
+    out.append(body);
 
     auto entry = [](const QString &name, quint8 type, quint32 child, quint32 start, quint32 size) {
         QByteArray e;
@@ -214,8 +230,8 @@ QByteArray BiffWriter::bytes() const
         return e;
     };
     QByteArray dir;
-    dir.append(entry(QStringLiteral("Root Entry"), 5, 1, End, 0));
-    dir.append(entry(QStringLiteral("Workbook"), 2, 0xFFFFFFFF, 1, streamSize));
+    dir.append(entry(QStringLiteral("Root Entry"), 5, 1, small ? bodyStart : End, miniSectors * 64));
+    dir.append(entry(QStringLiteral("Workbook"), 2, 0xFFFFFFFF, small ? 0 : 1, streamSize));
     dir.append(entry(QString(), 0, 0xFFFFFFFF, 0, 0));
     dir.append(entry(QString(), 0, 0xFFFFFFFF, 0, 0));
     out.append(dir);

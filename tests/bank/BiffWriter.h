@@ -20,10 +20,14 @@ public:
     void number(int row, int column, double value);
     /// A day serial shown as a date.
     void date(int row, int column, double serial);
+    /// Keeps a workbook under 4096 bytes in the small-stream container, as
+    /// some writers do, instead of padding it to a stream of its own.
+    void setSmallStream(bool small) { m_smallStream = small; }
     /// The file's bytes.
     QByteArray bytes() const;
 
 private:
+    bool m_smallStream = false;
     struct Cell { int row; int column; int xf; QVariant value; };
     QList<Cell> m_cells;
 };

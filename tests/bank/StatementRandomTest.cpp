@@ -220,6 +220,8 @@ TEST(StatementRandom, DamagedFilesGiveLinesOrAMessage)
     xls.date(1, 0, 46086);
     xls.number(1, 1, -12.5);
     xls.text(1, 2, QStringLiteral("货款"));
+    kxtest::BiffWriter smallXls = xls;
+    smallXls.setSmallStream(true);
     QTemporaryDir dir;
     const QByteArray xlsxPath = QFile::encodeName(dir.filePath(QStringLiteral("a.xlsx")));
     lxw_workbook *wb = workbook_new(xlsxPath.constData());
@@ -232,7 +234,8 @@ TEST(StatementRandom, DamagedFilesGiveLinesOrAMessage)
     QFile xlsxFile(QFile::decodeName(xlsxPath));
     ASSERT_TRUE(xlsxFile.open(QIODevice::ReadOnly));
     const struct { QByteArray bytes; const char *name; } originals[] = {
-        {csv, "a.csv"}, {ofx, "a.ofx"}, {camt, "a.xml"}, {xls.bytes(), "a.xls"}, {xlsxFile.readAll(), "a.xlsx"}};
+        {csv, "a.csv"}, {ofx, "a.ofx"}, {camt, "a.xml"}, {xls.bytes(), "a.xls"}, {smallXls.bytes(), "a.xls"},
+        {xlsxFile.readAll(), "a.xlsx"}};
     for (const auto &original : originals) {
         ASSERT_TRUE(StatementReader::read(original.bytes, QLatin1String(original.name)).ok()) << original.name;
         for (int round = 0; round < 400; ++round) {

@@ -109,6 +109,8 @@ QString headedStatement()
         "2026-03-08,\"代收\r\n货款\",500,,8722.82,\"张三 \"\"个体\"\"\",,TX0006",
         "合计,,\"1,735.12\",\"3,012.30\",,,,",
         "笔数：5,,,,,,,",
+        "第 1 页 共 1 页",
+        "打印时间：2026-04-01 08:00:00",
     });
 }
 
@@ -362,15 +364,20 @@ TEST(StatementReader, ReadsALegacyWorkbook)
     w.number(5, 3, 100001700.75);
     w.text(6, 0, QStringLiteral("合计"));
     const QByteArray bytes = w.bytes();
+    w.setSmallStream(true);
+    const QByteArray smallBytes = w.bytes();
+    ASSERT_NE(smallBytes, bytes);
 
-    const Statement st = readOk(bytes, QStringLiteral("明细.xls"));
-    EXPECT_EQ(st.format, QStringLiteral("xls"));
-    EXPECT_EQ(st.account, QStringLiteral("6222 0000 2222"));
-    expectLines(st, {{4, QDate(2026, 3, 5), Out, "300.25", "700.75", "", "李四物业", "", "房租"},
-                     {5, QDate(2026, 3, 6), In, "1000", "1700.75", "", "", "", "房租"},
-                     {6, QDate(2026, 3, 8), In, "100000000", "100001700.75", "", "", "", ""}});
-    EXPECT_TRUE(st.balanceBreaks.isEmpty());
-    EXPECT_TRUE(st.mappingUsed.contains(QStringLiteral("收入=贷方发生额, 支出=借方发生额"))) << st.mappingUsed.toStdString();
+    for (const QByteArray &file : {bytes, smallBytes}) {
+        const Statement st = readOk(file, QStringLiteral("明细.xls"));
+        EXPECT_EQ(st.format, QStringLiteral("xls"));
+        EXPECT_EQ(st.account, QStringLiteral("6222 0000 2222"));
+        expectLines(st, {{4, QDate(2026, 3, 5), Out, "300.25", "700.75", "", "李四物业", "", "房租"},
+                         {5, QDate(2026, 3, 6), In, "1000", "1700.75", "", "", "", "房租"},
+                         {6, QDate(2026, 3, 8), In, "100000000", "100001700.75", "", "", "", ""}});
+        EXPECT_TRUE(st.balanceBreaks.isEmpty());
+        EXPECT_TRUE(st.mappingUsed.contains(QStringLiteral("收入=贷方发生额, 支出=借方发生额"))) << st.mappingUsed.toStdString();
+    }
 
     // Not a workbook: a compound file with nothing in it, and plain bytes.
     QByteArray ole("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8);
