@@ -172,6 +172,13 @@ BookLoader::Outcome BookLoader::load(int docId)
         ColumnModel::define(m_book);
     }
     ColumnModel::applyFormats(m_book);
+    // A book kept in a foreign currency shows its rate and foreign figures.
+    if (!consolidated) {
+        const Result<QVariant> currency =
+            sqlScalar(db, {QStringLiteral("SELECT Currency FROM kxAccClass WHERE AccID = %1").arg(book.accId), {}});
+        if (currency.ok() && ColumnModel::isForeignCurrency(currency.value().toString()))
+            ColumnModel::showForeignColumns(m_book);
+    }
     // What each record held as read, for a save to tell its changes from
     // other users' (balances are worked out again, never compared).
     m_grid.setCleanTextCols(StoredRecords::enteredColumns(JournalColumns(m_grid)));

@@ -119,6 +119,26 @@ void ColumnModel::applyFormats(Book &book)
     grid.setColFormat(columns[JournalColumns::Rate], state.fields.rateFormat);
 }
 
+bool ColumnModel::isForeignCurrency(const QString &currency)
+{
+    const QString c = currency.trimmed().toUpper();
+    return !c.isEmpty() && c != QLatin1String("CNY") && c != QLatin1String("RMB") && c != QStringLiteral("人民币") &&
+           c != QStringLiteral("本位币");
+}
+
+void ColumnModel::showForeignColumns(Book &book)
+{
+    Sheet &grid = book.sheet();
+    const LedgerState &state = book.state();
+    for (JournalColumns::Column column : {JournalColumns::Rate, JournalColumns::Forex, JournalColumns::fxBalance}) {
+        const QString &key = JournalColumns::key(column);
+        const int c = grid.colIndex(key);
+        if (c >= grid.fixedCols() && !state.columns.shown.contains(key) &&
+            !JournalColumns::inList(state.fields.colsFilter, key))
+            grid.setColHidden(c, false);
+    }
+}
+
 void ColumnModel::applyChoices(Book &book)
 {
     Sheet &grid = book.sheet();

@@ -43,6 +43,12 @@ public:
     /// placeholder once (account names come from the book's context, if any).
     /// Does nothing while changes are not allowed.
     static void applyExplainTemplate(Book &book, int row, QString templ);
+    /// Shows the rate, the foreign amount and the foreign balance of a book
+    /// kept in a foreign currency, except where the user or the host chose.
+    static void showForeignColumns(Book &book);
+    /// True when \a currency (kxAccClass.Currency) names a foreign currency:
+    /// neither empty nor the home currency.
+    static bool isForeignCurrency(const QString &currency);
     /// Shows, hides and sizes the columns as the user chose (state.columns);
     /// columns the key lists keep from the user are left alone.
     static void applyChoices(Book &book);

@@ -4,6 +4,7 @@
 #include "support/BookBuilder.h"
 #include "grid/GridViewPrivate.h"
 #include "support/TestDatabase.h"
+#include "data/SqlAccess.h"
 
 #include <kxjournal/EditCycle.h>
 #include "grid/Sheet.h"
@@ -370,4 +371,41 @@ TEST(Layout, ColoursComeFromThePaletteUnlessTheHostSetThem)
     EXPECT_EQ(view->backColor(), QColor(250, 250, 240)) << "the host's colour wins";
     journal->setHotBackColor(QColor(255, 255, 200));
     EXPECT_EQ(view->hotBackColor(), QColor(255, 255, 200));
+}
+
+// A book kept in US dollars opens with its rate, foreign amounts and
+// foreign balances in sight; a book in yuan does not; a column the user
+// hid stays hidden.
+TEST(Layout, AForeignCurrencyBookShowsItsForeignColumns)
+{
+    kxtest::TestDatabase db(kxtest::Engine::Sqlite);
+    int dollars = 0, yuan = 0;
+    {
+        kx::Database conn = db.open();
+        dollars = kxtest::fillSampleBooks(conn, 300, 5, QStringLiteral("0203"));
+        yuan = kx::sqlScalar(conn, {QStringLiteral("SELECT asID FROM kxJournal WHERE AssistCode = '020101'"), {}})
+                   .value()
+                   .toInt();
+    }
+    ASSERT_GT(dollars, 0);
+    ASSERT_GT(yuan, 0);
+    kx::SqlAccContext acc(db.open());
+    kx::Journal journal;
+    journal.setAcc(&acc);
+    kx::GridModel *g = journal.Grid();
+    const auto hidden = [g](const char *key) { return g->isColHidden(g->colIndex(QString::fromLatin1(key))); };
+    ASSERT_TRUE(journal.Load(dollars));
+    EXPECT_FALSE(hidden("Rate"));
+    EXPECT_FALSE(hidden("Forex"));
+    EXPECT_FALSE(hidden("fxBalance"));
+    ASSERT_TRUE(journal.Load(yuan));
+    EXPECT_TRUE(hidden("Rate"));
+    EXPECT_TRUE(hidden("Forex"));
+    EXPECT_TRUE(hidden("fxBalance"));
+
+    ASSERT_TRUE(journal.Load(dollars));
+    ASSERT_TRUE(journal.setColumnVisible(QStringLiteral("Rate"), false));
+    ASSERT_TRUE(journal.Load(dollars));
+    EXPECT_TRUE(hidden("Rate")) << "the user's choice stands";
+    EXPECT_FALSE(hidden("Forex"));
 }
