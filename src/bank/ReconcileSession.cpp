@@ -4,6 +4,7 @@
 #include "editing/EditPipeline.h"
 #include "grid/Sheet.h"
 #include "ledger/Book.h"
+#include "ledger/ReconciledRows.h"
 #include "ledger/BookRow.h"
 
 #include <algorithm>
@@ -82,6 +83,14 @@ QList<BankRecord> ReconcileSession::openRecords() const
     return out;
 }
 
+void ReconcileSession::markBook()
+{
+    QSet<qint64> matched;
+    for (const int recId : m_matchedRecords)
+        matched.insert(recId);
+    ReconciledRows::mark(m_book.sheet(), matched);
+}
+
 void ReconcileSession::note(const QList<QPair<int, int>> &pairs, bool on)
 {
     for (const QPair<int, int> &p : pairs) {
@@ -93,6 +102,7 @@ void ReconcileSession::note(const QList<QPair<int, int>> &pairs, bool on)
             m_matchedRecords.remove(p.second);
         }
     }
+    markBook();
 }
 
 Result<void> ReconcileSession::apply(const Step &step, bool backwards)

@@ -71,6 +71,8 @@ private:
     bool inMonth(const QDate &day) const;
     Result<void> apply(const Step &step, bool backwards);
     void note(const QList<QPair<int, int>> &pairs, bool on);
+    // Ticks the journal's Reconciled column as the matches stand.
+    void markBook();
 
     Book &m_book;
     Database &m_db;

@@ -10,6 +10,7 @@
 #include "control/ReconcileView.h"
 #include "kxjournal/Journal.h"
 #include "ledger/ColumnModel.h"
+#include "ledger/ReconciledRows.h"
 #include "ledger/LedgerCommands.h"
 
 #include <QShortcut>
@@ -40,6 +41,9 @@ void JournalCommands::offer(JournalPrivate &d)
     r.bind(I::Refresh, [p](const QString &) { p->refresh(); });
     r.bind(I::DefaultFormatItem, [p](const QString &) { p->defaultFormatCommand(); });
     r.bind(I::FieldShow, [p](const QString &) { p->layout->openFieldMenu(); });
+    r.bind(
+        I::Unreconciled, [p](const QString &on) { ReconciledRows::filter(*p->grid, on == QLatin1String("True")); },
+        [p] { return ReconciledRows::filtered(*p->grid); });
     r.bind(
         I::SideTask,
         [p](const QString &on) {

@@ -67,6 +67,18 @@ QStringList BankSchema::statements(SqlDialect::Kind kind)
     };
 }
 
+bool BankSchema::exists(const Database &db)
+{
+    if (!db.isOpen())
+        return false;
+    // A PostgreSQL catalogue names a table of another schema "schema.table".
+    const QString last = tables().last().toLower();
+    for (const QString &name : db.handle().tables())
+        if (name.toLower() == last || name.toLower().endsWith(QLatin1Char('.') + last))
+            return true;
+    return false;
+}
+
 Result<void> BankSchema::ensure(Database &db)
 {
     if (!db.isOpen())

@@ -35,6 +35,9 @@ public:
     /// Creates whatever of the tables is missing in \a db (an upgrade in
     /// place of a database made before reconciliation existed).
     static Result<void> ensure(Database &db);
+    /// True when \a db holds the tables (asked of the catalogue: no failing
+    /// statement, which would spoil a transaction the host holds open).
+    static bool exists(const Database &db);
     /// The table names, in the order they are made.
     static const QStringList &tables();
 };

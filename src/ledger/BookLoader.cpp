@@ -1,5 +1,7 @@
 #include "ledger/BookLoader.h"
 
+#include "data/BankSchema.h"
+
 #include "data/JournalDefinition.h"
 #include "data/RecordFetcher.h"
 #include "data/RecordWriter.h"
@@ -10,6 +12,7 @@
 #include "ledger/BalanceCalculator.h"
 #include "ledger/BookRow.h"
 #include "ledger/ColumnModel.h"
+#include "ledger/ReconciledRows.h"
 #include "ledger/LedgerHost.h"
 #include "ledger/LedgerState.h"
 #include "ledger/RowLook.h"
@@ -179,6 +182,8 @@ BookLoader::Outcome BookLoader::load(int docId)
         if (currency.ok() && ColumnModel::isForeignCurrency(currency.value().toString()))
             ColumnModel::showForeignColumns(m_book);
     }
+    if (!consolidated)
+        markReconciled(db);
     // What each record held as read, for a save to tell its changes from
     // other users' (balances are worked out again, never compared).
     m_grid.setCleanTextCols(StoredRecords::enteredColumns(JournalColumns(m_grid)));
@@ -204,6 +209,25 @@ BookLoader::Outcome BookLoader::load(int docId)
     }
     m_host.progress(-1);
     return outcome;
+}
+
+void BookLoader::markReconciled(const Database &db)
+{
+    ReconciledRows::reset(m_grid);
+    if (!BankSchema::exists(db))
+        return;
+    Result<QSqlQuery> q = sqlExec(db, {QStringLiteral("SELECT m.RecID FROM kxBankMatch m INNER JOIN kxBankStmt s ON "
+                                                      "s.StmtID = m.StmtID WHERE s.DocID = %1")
+                                           .arg(m_state.book.docId),
+                                       {}});
+    if (!q.ok())
+        return;
+    QSet<qint64> matched;
+    QSqlQuery query = q.takeValue();
+    while (query.next())
+        matched.insert(query.value(0).toLongLong());
+    if (!matched.isEmpty())
+        ReconciledRows::mark(m_grid, matched);
 }
 
 void BookLoader::fillEmptyBook()

@@ -11,6 +11,7 @@ class BookRow;
 struct FetchedRows;
 
 class AccContext;
+class Database;
 class Sheet;
 class LedgerHost;
 struct LedgerState;
@@ -39,6 +40,9 @@ public:
 
 private:
     void fillEmptyBook();
+    /// Ticks the records a bank statement line is matched to, when the
+    /// database keeps statements.
+    void markReconciled(const Database &db);
     /// The first record key of \a rows the grid cannot hold ("" when none).
     static QString oversizedKey(FetchedRows &rows);
     /// Remembers what the database holds of \a row; notes it in \a unstored

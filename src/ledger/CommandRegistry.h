@@ -39,6 +39,7 @@ enum class CommandId {
     Refresh,
     DefaultFormatItem,
     FieldShow,
+    Unreconciled,
     SideTask,
     // Without a menu item: DoCommand names and keys of their own.
     DefaultFormat,

@@ -47,6 +47,7 @@ const std::vector<CommandSpec> &CommandRegistry::table()
         {I::Refresh, "mnuRefresh", "Refresh", "刷新", "view", "F5", J, C::BookChosen, false},
         {I::DefaultFormatItem, "mnuDefaultFormat", "", "默认格式", "view", "", J, C::Always, false},
         {I::FieldShow, "mnuFieldShow", "", "显示字段", "view", "", J, C::Always, false},
+        {I::Unreconciled, "mnuUnreconciled", "Unreconciled", "只看未对账记录", "view", "", J, C::OneBookRecords, true},
         {I::SideTask, "mnuSideTask", "", "侧边任务", "view", "", J, C::Always, true},
 
         // A host's own commands, without a menu item. ("Find" is not one: it

@@ -41,6 +41,8 @@ const JournalColumns::Layout Layouts[JournalColumns::Count] = {
     {"Tag", "Tag", Sheet::TypeLong, ByType, true, "", 10},
     {"Locked", "Locked", Sheet::TypeLong, ByType, true, "", 10},
     {"Row", "Row", Sheet::TypeLong, ByType, true, "", 10},
+    // Not stored with the record: ticked when a bank statement line is matched to it.
+    {"Reconciled", "对账", Sheet::TypeString, Centre, true, "", 400},
 };
 
 struct Keys {

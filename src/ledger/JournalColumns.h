@@ -20,7 +20,7 @@ public:
     enum Column {
         SeqNo, ShowName, JnlDate, JnlNo, AccName, AccDoc, Explain, Debit, Credit, Rate, Forex, Dir, Balance,
         fxBalance, Field1, Field2, Field3, Field4, Remark, AssistName, AccCode, AccID, DirID, RecID, DocID, Flag,
-        Tag, Locked, Row,
+        Tag, Locked, Row, Reconciled,
         Count  ///< not a column: how many there are
     };
 

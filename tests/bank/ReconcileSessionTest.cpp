@@ -48,7 +48,8 @@ protected:
     }
     int lineId(const QString &reference) const
     {
-        for (const kx::StoredLine &l : kx::StatementStore(acc->Connection()).lines(docId).value())
+        const QList<kx::StoredLine> lines = kx::StatementStore(acc->Connection()).lines(docId).value();
+        for (const kx::StoredLine &l : lines)
             if (l.line.reference == reference)
                 return l.id;
         return 0;

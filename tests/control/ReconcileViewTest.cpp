@@ -11,6 +11,7 @@
 #include "ledger/Book.h"
 #include "ledger/BookRow.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QLabel>
 #include <QPushButton>
@@ -143,4 +144,58 @@ TEST(ReconcileView, AContextDeletedOrAControlClosedUnderTheViewIsNoCrash)
     ASSERT_TRUE(second);
     g.reset();  // the control, its book and the view go together
     EXPECT_TRUE(second.isNull());
+}
+
+// Ticked records show it in the journal's 对账 column, from the view at once
+// and from the database after a load; the filter hides them and shows them
+// again; the ticks are no change to the book.
+TEST(ReconcileView, TicksShowInTheJournalAndCanBeFilteredOut)
+{
+    ReconcileFixture f;
+    kx::ReconcileView *view = f.open();
+    ASSERT_NE(view, nullptr);
+    view->autoMatch();
+    view->close();
+    const int matched = f.stored();
+    ASSERT_EQ(matched, f.february.size() - 1);
+    kx::GridModel *g = f.journal.Grid();
+    const int mark = g->colIndex(QStringLiteral("Reconciled"));
+    const int key = g->colIndex(QStringLiteral("RecID"));
+    ASSERT_GE(mark, 0);
+    EXPECT_TRUE(g->isColHidden(mark)) << "shown when the user asks for it";
+    EXPECT_EQ(g->text(0, mark), QStringLiteral("对账"));
+    auto ticked = [&] {
+        QList<int> rows;
+        for (int r = g->fixedRows(); r < g->rows(); ++r)
+            if (g->text(r, mark) == QStringLiteral("✓"))
+                rows << int(g->text(r, key).toInt());
+        return rows;
+    };
+    QList<int> expected = f.february.mid(0, f.february.size() - 1);
+    std::sort(expected.begin(), expected.end());
+    QList<int> got = ticked();
+    std::sort(got.begin(), got.end());
+    EXPECT_EQ(got, expected) << "ticked from the view";
+    EXPECT_FALSE(f.journal.IsDirty());
+
+    ASSERT_TRUE(f.journal.Load(f.book));
+    got = ticked();
+    std::sort(got.begin(), got.end());
+    EXPECT_EQ(got, expected) << "ticked from the database after a load";
+
+    QAction *filter = f.journal.menuAction(QStringLiteral("mnuUnreconciled"));
+    ASSERT_NE(filter, nullptr);
+    ASSERT_TRUE(filter->isCheckable());
+    filter->trigger();
+    EXPECT_TRUE(filter->isChecked());
+    int hidden = 0;
+    for (int r = g->fixedRows(); r < g->rows(); ++r)
+        if (g->isRowHidden(r)) {
+            ++hidden;
+            EXPECT_EQ(g->text(r, mark), QStringLiteral("✓"));
+        }
+    EXPECT_EQ(hidden, expected.size());
+    filter->trigger();
+    for (int r = g->fixedRows(); r < g->rows(); ++r)
+        EXPECT_FALSE(g->isRowHidden(r)) << r;
 }

@@ -17,23 +17,24 @@
 using kx::ColumnModel;
 using kx::Sheet;
 
-TEST(ColumnModel, LaysDownTheTwentyNineColumns)
+TEST(ColumnModel, LaysDownItsThirtyColumns)
 {
     kx::Book book;
     Sheet &grid = book.sheet();
     kx::LedgerState &state = book.state();
     ColumnModel::define(book);
-    ASSERT_EQ(grid.cols(), 29);
+    ASSERT_EQ(grid.cols(), 30);
     const char *keys[] = {"SeqNo", "ShowName", "JnlDate", "JnlNo", "AccName", "AccDoc", "Explain", "Debit", "Credit",
                           "Rate", "Forex", "Dir", "Balance", "fxBalance", "Field1", "Field2", "Field3", "Field4",
                           "Remark", "AssistName", "AccCode", "AccID", "DirID", "RecID", "DocID", "Flag", "Tag",
-                          "Locked", "Row"};
-    for (int c = 0; c < 29; ++c)
+                          "Locked", "Row", "Reconciled"};
+    for (int c = 0; c < 30; ++c)
         EXPECT_EQ(grid.colKey(c), QString::fromLatin1(keys[c])) << c;
     EXPECT_EQ(grid.text(0, grid.colIndex(QStringLiteral("Field3"))), QStringLiteral("字段一"));
     EXPECT_EQ(grid.text(0, grid.colIndex(QStringLiteral("Field4"))), QStringLiteral("字段二"));
     EXPECT_EQ(grid.text(0, grid.colIndex(QStringLiteral("AccDoc"))), QStringLiteral("记账凭证"));
-    for (const char *hidden : {"JnlDate", "Rate", "Forex", "fxBalance", "Field1", "Remark", "RecID", "Row", "AssistName"})
+    for (const char *hidden : {"JnlDate", "Rate", "Forex", "fxBalance", "Field1", "Remark", "RecID", "Row", "AssistName",
+                               "Reconciled"})
         EXPECT_TRUE(grid.isColHidden(grid.colIndex(QString::fromLatin1(hidden)))) << hidden;
     for (const char *shown : {"ShowName", "Explain", "Debit", "Credit", "Dir", "Balance"})
         EXPECT_FALSE(grid.isColHidden(grid.colIndex(QString::fromLatin1(shown)))) << shown;
@@ -69,7 +70,7 @@ TEST(ColumnModel, DefaultFormatPutsMovedColumnsBackAndKeepsEveryValue)
     g->setColWidth(g->colIndex(QStringLiteral("Debit")), 5);
 
     j.SetDefaultFormat();
-    ASSERT_EQ(g->cols(), 29);
+    ASSERT_EQ(g->cols(), 30);
     EXPECT_EQ(g->colIndex(QStringLiteral("Explain")), 6);
     EXPECT_EQ(g->colIndex(QStringLiteral("Remark")), 18);
     EXPECT_EQ(g->colIndex(QStringLiteral("Row")), 28);
