@@ -8,7 +8,7 @@ class Book;
 class Sheet;
 struct RowLooks;
 
-/// The journal's 29 keyed columns and the routine that lays them down on the
+/// The journal's 30 keyed columns and the routine that lays them down on the
 /// grid (the card definition), the fonts of numeric columns, and the
 /// explanation template.
 class ColumnModel
@@ -23,7 +23,7 @@ public:
     /// How amounts and balances show while the host sets no AccountFormat.
     static const QString DefaultAmountFormat;
 
-    /// Lays the 29 columns down in their order with their headers, types,
+    /// Lays the 30 columns down in their order with their headers, types,
     /// alignments, widths and hidden flags, keeping every cell value (cells
     /// move with their columns); resets the key lists in \a state, the row
     /// heights and the fonts, except those the host chose (the state's chosen).
