@@ -66,8 +66,15 @@ int importStatement(const QString &url, const QString &code, const QString &file
     if (!read.ok())
         return failWith(code, QFileInfo(file).fileName() + QStringLiteral("：") + read.error());
     const kx::Statement &statement = read.value();
-    if (asked.value())
-        if (const kx::Result<void> kept = store.rememberMapping(book.bookId(), *asked.value()); !kept.ok())
+    // The layout given, or the one the first file's header told, is the book's from now on.
+    std::optional<kx::ColumnMapping> keep = asked.value();
+    if (!keep && statement.mapping) {
+        const kx::Result<std::optional<kx::ColumnMapping>> kept = store.mapping(book.bookId());
+        if (kept.ok() && !kept.value())
+            keep = statement.mapping;
+    }
+    if (keep)
+        if (const kx::Result<void> kept = store.rememberMapping(book.bookId(), *keep); !kept.ok())
             return failWith(code, kept.error());
     const kx::Result<kx::ImportOutcome> done =
         store.import(book.bookId(), statement, QFileInfo(file).fileName(), book.context().UserName());

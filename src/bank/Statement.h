@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bank/ColumnMapping.h"
 #include "kxjournal/Currency.h"
 
 #include <QByteArray>
@@ -50,6 +51,8 @@ struct Statement
     /// For tables: which column was taken for what, in one line
     /// ("日期=交易日期, 收入=收入金额, …").
     QString mappingUsed;
+    /// For tables: the layout read by, to be remembered once confirmed.
+    std::optional<ColumnMapping> mapping;
     /// sourceLine of each line whose balance is not the balance before it
     /// plus its receipt or minus its payment. Flagged for the cashier, not
     /// refused: a bank may leave out lines or order them by another key.

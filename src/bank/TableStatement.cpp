@@ -207,6 +207,7 @@ Result<Statement> TableStatement::read(const QList<TableRow> &rows, const std::o
     for (qsizetype r = 0; r < (header >= 0 ? header : rows.size()) && st.account.isEmpty(); ++r)
         st.account = accountIn(rows.at(r));
     st.mappingUsed = mapping.describe(headerCells);
+    st.mapping = mapping;
 
     // Without a header (a given mapping on a headerless table) the table
     // starts at the first row whose date cell holds a date.

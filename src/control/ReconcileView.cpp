@@ -5,8 +5,12 @@
 #include "kxjournal/AccContext.h"
 #include "kxjournal/Journal.h"
 #include "ledger/LedgerStep.h"
+#include "bank/StatementReader.h"
+#include "kxjournal/Database.h"
 
 #include <QComboBox>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeySequence>
@@ -60,6 +64,18 @@ ReconcileView::ReconcileView(JournalPrivate &journal, AccContext &acc, QWidget *
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(new QLabel(QStringLiteral("月份：")));
     buttons->addWidget(m_month);
+    auto *import = new QPushButton(QStringLiteral("导入对账单..."));
+    import->setAutoDefault(false);
+    connect(import, &QPushButton::clicked, this, [this] {
+        const QString path = chooseFile ? chooseFile() : QString();
+        if (!path.isEmpty())
+            importFile(path);
+    });
+    buttons->addWidget(import);
+    chooseFile = [this] {
+        return QFileDialog::getOpenFileName(this, QStringLiteral("导入银行对账单"), QString(),
+                                            QStringLiteral("银行对账单 (*.csv *.txt *.xlsx *.xls *.ofx *.qfx *.xml);;所有文件 (*)"));
+    };
     const QList<std::pair<QString, void (ReconcileView::*)()>> actions{
         {QStringLiteral("自动勾对"), &ReconcileView::autoMatch},   {QStringLiteral("勾对"), &ReconcileView::matchSelected},
         {QStringLiteral("取消勾对"), &ReconcileView::unmatchSelected}, {QStringLiteral("撤销"), &ReconcileView::undo},
@@ -244,6 +260,61 @@ QList<int> ReconcileView::selectedKeys(QTableWidget *t) const
     for (const QModelIndex &index : t->selectionModel()->selectedRows())
         keys << t->item(index.row(), 0)->data(Qt::UserRole).toInt();
     return keys;
+}
+
+bool ReconcileView::importFile(const QString &path)
+{
+    if (contextGone())
+        return false;
+    Database &db = m_acc->Connection();
+    StatementStore store(db);
+    const int docId = d.state.savedDocId();
+    const Result<std::optional<ColumnMapping>> kept = store.mapping(docId);
+    if (!kept.ok()) {
+        say(kept.error(), true);
+        return false;
+    }
+    Result<Statement> read = StatementReader::read(path, kept.value());
+    // A file of another layout than the one kept: read by its own header.
+    if (!read.ok() && kept.value())
+        read = StatementReader::read(path);
+    if (!read.ok()) {
+        say(QFileInfo(path).fileName() + QStringLiteral("：") + read.error(), true);
+        return false;
+    }
+    const Statement &statement = read.value();
+    if (statement.mapping && (!kept.value() || !(*kept.value() == *statement.mapping))) {
+        const std::shared_ptr<JournalPrivate> keep = d.shared_from_this();
+        const bool yes = d.ask(QStringLiteral("对账单各列取用如下：\n%1\n\n按这样导入，并记住这本账的对账单格式吗？")
+                                   .arg(statement.mappingUsed),
+                               QStringLiteral("导入银行对账单"));
+        if (!yes || !d.alive() || contextGone())
+            return false;
+        if (const Result<void> r = store.rememberMapping(docId, *statement.mapping); !r.ok()) {
+            say(r.error(), true);
+            return false;
+        }
+    }
+    const Result<ImportOutcome> done = store.import(docId, statement, QFileInfo(path).fileName(), m_acc->UserName());
+    if (!done.ok()) {
+        say(done.error(), true);
+        return false;
+    }
+    const ImportOutcome &o = done.value();
+    reload();
+    if (o.again) {
+        say(QStringLiteral("这个文件已经在 %1 导入过了，没有再导入。").arg(o.before), true);
+        return false;
+    }
+    QString text = QStringLiteral("读入 %1 行，导入 %2 行，跳过 %3 行（已经导入过）。").arg(o.read).arg(o.added).arg(o.skipped);
+    if (!statement.balanceBreaks.isEmpty()) {
+        QStringList at;
+        for (int line : statement.balanceBreaks)
+            at << QString::number(line);
+        text += QStringLiteral("余额接不上的行：第 %1 行，请核对对账单。").arg(at.join(QStringLiteral("、")));
+    }
+    say(text, !statement.balanceBreaks.isEmpty());
+    return true;
 }
 
 void ReconcileView::autoMatch()

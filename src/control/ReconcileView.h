@@ -4,6 +4,7 @@
 
 #include <QDialog>
 #include <QPointer>
+#include <functional>
 #include <memory>
 
 class QComboBox;
@@ -37,6 +38,13 @@ public:
     bool reload();
     /// Shows the month \a day falls in (invalid: every month).
     void showMonth(const QDate &day);
+
+    /// Imports the statement file \a path into the book: a table's columns,
+    /// when this book has no layout yet, are shown and asked about once, and
+    /// remembered. False when nothing was imported (the reason shown).
+    bool importFile(const QString &path);
+    /// Asks for the statement file to import (a file dialog; tests set their own).
+    std::function<QString()> chooseFile;
 
     void autoMatch();
     void matchSelected();

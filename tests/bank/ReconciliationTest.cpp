@@ -396,6 +396,10 @@ TEST(ReconcileTool, ImportsMatchesAndWritesTheStatementWithoutADisplay)
     EXPECT_EQ(rc, 0) << qPrintable(err);
     EXPECT_TRUE(out.contains(QStringLiteral("读入 %1 行，导入 %1 行，跳过 0 行").arg(records.size()))) << qPrintable(out);
     EXPECT_TRUE(out.contains(QStringLiteral("收入=收入金额"))) << qPrintable(out);
+    {
+        kx::Database db = testDb.open();
+        EXPECT_TRUE(kx::StatementStore(db).mapping(docId).value().has_value()) << "the first file's layout is the book's";
+    }
     std::tie(rc, out, err) = tool(QStringList{QStringLiteral("statement"), QStringLiteral("import")} + where + QStringList{file});
     EXPECT_EQ(rc, 0);
     EXPECT_TRUE(out.contains(QStringLiteral("导入 0 行：这个文件已经在"))) << qPrintable(out);

@@ -16,6 +16,9 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QTableWidget>
+#include <QFile>
+#include <QStringEncoder>
+#include <QTemporaryDir>
 #include <QTest>
 
 namespace {
@@ -198,4 +201,59 @@ TEST(ReconcileView, TicksShowInTheJournalAndCanBeFilteredOut)
     filter->trigger();
     for (int r = g->fixedRows(); r < g->rows(); ++r)
         EXPECT_FALSE(g->isRowHidden(r)) << r;
+}
+
+// A statement imported from the view: its columns shown and confirmed once,
+// then remembered for the book; the same file again adds nothing; a file
+// that cannot be read is named with its reason and adds nothing.
+TEST(ReconcileView, ImportsAStatementAfterTheLayoutIsConfirmedOnce)
+{
+    kxtest::SampleJournal j(80);
+    QStringList asked;
+    j.journal.setAsker([&](const QString &text, const QString &) {
+        asked << text;
+        return true;
+    });
+    QTemporaryDir dir;
+    const QString file = dir.filePath(QStringLiteral("三月.csv"));
+    {
+        QFile f(file);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        QStringEncoder gbk("GBK");
+        f.write(gbk.encode(QStringLiteral("账号：6222020200012345678\r\n交易日期,摘要,收入金额,支出金额,余额,交易流水号\r\n"
+                                          "20250302,货款,1000.00,,1000.00,A1\r\n20250303,手续费,,2.50,997.50,A2\r\n合计,,,,,\r\n")));
+    }
+    j.journal.DoCommand(QStringLiteral("Reconcile"));
+    auto *view = j.journal.findChild<kx::ReconcileView *>(QStringLiteral("reconcileView"));
+    ASSERT_NE(view, nullptr);
+    auto *status = view->findChild<QLabel *>(QStringLiteral("reconcileStatus"));
+    view->chooseFile = [&] { return file; };
+    QPushButton *import = nullptr;
+    for (QPushButton *b : view->findChildren<QPushButton *>())
+        if (b->text() == QStringLiteral("导入对账单..."))
+            import = b;
+    ASSERT_NE(import, nullptr);
+    QTest::mouseClick(import, Qt::LeftButton);
+    EXPECT_EQ(status->text(), QStringLiteral("读入 2 行，导入 2 行，跳过 0 行（已经导入过）。"));
+    ASSERT_EQ(asked.size(), 1);
+    EXPECT_TRUE(asked.first().contains(QStringLiteral("收入=收入金额"))) << qPrintable(asked.first());
+    kx::StatementStore store(j.acc->Connection());
+    EXPECT_EQ(store.lines(j.book).value().size(), 2);
+    EXPECT_TRUE(store.mapping(j.book).value().has_value()) << "remembered for the book";
+
+    QTest::mouseClick(import, Qt::LeftButton);
+    EXPECT_EQ(asked.size(), 1) << "asked once per book";
+    EXPECT_TRUE(status->text().startsWith(QStringLiteral("这个文件已经在"))) << qPrintable(status->text());
+    EXPECT_EQ(store.lines(j.book).value().size(), 2);
+
+    const QString bad = dir.filePath(QStringLiteral("坏.csv"));
+    {
+        QFile f(bad);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write("交易日期,摘要,收入金额,支出金额\r\n20250305,x,12.3x,\r\n");
+    }
+    EXPECT_FALSE(view->importFile(bad));
+    EXPECT_TRUE(status->text().startsWith(QStringLiteral("坏.csv："))) << qPrintable(status->text());
+    EXPECT_EQ(store.lines(j.book).value().size(), 2);
+    view->close();
 }
