@@ -404,6 +404,12 @@ public:
     /// The account a path of names points at ("银行存款/工商银行"; "/", "\\",
     /// "_" or "." between levels), 0 when none.
     Q_INVOKABLE int findAccountByPath(const QString &path);
+    /// Whether an explanation typed or picked that earlier records of the
+    /// book carry fills the row's empty account and amount from the latest
+    /// of them (default true; kept in the property bag as "QuickFill").
+    bool quickFill() const;
+    /// Turns filling from the explanation on or off.
+    void setQuickFill(bool on);
     /// The folder Make writes into (default: the system's temporary folder).
     QString voucherFolder() const;
     /// Sets the folder Make writes into; empty: the temporary folder.

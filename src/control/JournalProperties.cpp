@@ -107,6 +107,7 @@ void Journal::WriteProperties(PropertyBag &bag) const
     bag.write(QStringLiteral("RowHeightMax"), RowHeightMax());
     bag.write(QStringLiteral("RowHeightMin"), RowHeightMin());
     // The user's arrangement: columns shown or hidden, widths, split panes.
+    bag.write(QStringLiteral("QuickFill"), quickFill());
     bag.write(QStringLiteral("FieldShow"), FieldChoice::shownText(d->state.columns));
     bag.write(QStringLiteral("ColumnWidths"), FieldChoice::widthText(d->state.columns));
     bag.write(QStringLiteral("LayoutSizes"), d->frame->sizesText());
@@ -134,6 +135,8 @@ void Journal::ReadProperties(const PropertyBag &bag)
     d->view->setGridColor(color("GridColor", GridColor()));
     d->view->setGridColorFixed(color("GridColorFixed", GridColorFixed()));
     d->state.looks.lockedForeColor = color("LockedForeColor", LockedForeColor());
+    if (bag.contains(QStringLiteral("QuickFill")))
+        setQuickFill(bag.read(QStringLiteral("QuickFill"), quickFill()).toBool());
     d->layout->applyLooks();
     if (bag.contains(QStringLiteral("FieldShow")) || bag.contains(QStringLiteral("ColumnWidths"))) {
         const QString shown = bag.read(QStringLiteral("FieldShow"), QString()).toString();
@@ -145,6 +148,16 @@ void Journal::ReadProperties(const PropertyBag &bag)
     }
     if (bag.contains(QStringLiteral("LayoutSizes")))
         d->frame->setSizesText(bag.read(QStringLiteral("LayoutSizes"), QString()).toString());
+}
+
+bool Journal::quickFill() const
+{
+    return d->state.quickFill;
+}
+
+void Journal::setQuickFill(bool on)
+{
+    d->state.quickFill = on;
 }
 
 } // namespace kx

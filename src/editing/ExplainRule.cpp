@@ -2,7 +2,10 @@
 
 #include "editing/AccountLookup.h"
 #include "editing/EditContext.h"
+#include "grid/ColumnReader.h"
 #include "grid/Sheet.h"
+#include "ledger/BalanceCalculator.h"
+#include "ledger/BookRow.h"
 #include "ledger/LedgerState.h"
 
 namespace kx {
@@ -42,6 +45,58 @@ void ExplainRule::afterEdit(EditContext &ctx, int row, int col)
     const QString text = ctx.grid.text(row, col);
     if (!text.contains(QLatin1Char('|')) && !ctx.explainHistory.contains(text))
         ctx.explainHistory = text + QLatin1Char('|') + ctx.explainHistory;
+    if (ctx.state.quickFill && !text.isEmpty())
+        quickFill(ctx, row, col);
+}
+
+int ExplainRule::latestWith(const Sheet &grid, const JournalColumns &columns, int row, int col)
+{
+    // Equal texts are one pooled text: the column is searched by its cells,
+    // from the bottom (the latest records) up, with no text made.
+    const Cell wanted = grid.cellStore().cell(row, col);
+    if (wanted.kind() != Cell::Text)
+        return -1;
+    ColumnReader cells(grid.cellStore(), col);
+    for (int r = grid.rows() - 1; r >= grid.fixedRows(); --r) {
+        if (r == row || cells.at(r) != wanted)
+            continue;
+        const BookRow record = BookRow::of(grid, columns, r);
+        if (!record.isSummary() && record.isDated())
+            return r;
+    }
+    return -1;
+}
+
+void ExplainRule::quickFill(EditContext &ctx, int row, int col)
+{
+    Sheet &grid = ctx.grid;
+    const JournalColumns &columns = ctx.columns;
+    const BookRow here(grid, columns, row);
+    if (here.isSummary() || here.isOpening())
+        return;
+    const int from = latestWith(grid, columns, row, col);
+    if (from < 0)
+        return;
+    const BookRow source = BookRow::of(grid, columns, from);
+    bool amount = false;
+    // Only what is still empty is filled: the cashier's own entries stand.
+    if (here.text(JournalColumns::AccName).isEmpty() && here.number(JournalColumns::AccID) == 0 &&
+        !source.text(JournalColumns::AccName).isEmpty()) {
+        here.setText(JournalColumns::AccName, source.text(JournalColumns::AccName));
+        here.setText(JournalColumns::AccID, source.text(JournalColumns::AccID));
+    }
+    if (here.text(JournalColumns::Debit).isEmpty() && here.text(JournalColumns::Credit).isEmpty()) {
+        for (JournalColumns::Column side : {JournalColumns::Debit, JournalColumns::Credit}) {
+            const Currency value = source.amount(side);
+            if (value.isValid() && !value.isZero()) {
+                grid.setAmount(row, columns[side], value);
+                amount = true;
+                break;
+            }
+        }
+    }
+    if (amount && here.isDated())
+        BalanceCalculator(ctx.book).calculate(row);
 }
 
 } // namespace kx

@@ -80,6 +80,7 @@ struct LedgerState {
     int lastSumRow = 0;          ///< the last summary row (0: none)
     bool allowModify = true;     ///< the host's word; see mayModify()
     bool allowAudit = false;
+    bool quickFill = true;       ///< an explanation typed fills the row's empty fields from its latest record
     bool dirty = false;          ///< the grid holds changes not yet stored
     QList<int> removedRecords;   ///< keys of rows taken out, deleted by the next save
     StoredRecords stored;        ///< what the database holds for the records shown

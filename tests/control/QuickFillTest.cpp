@@ -1,0 +1,95 @@
+// Whole records from their explanation: an explanation earlier records
+// carry fills the empty account and amount from the latest of them, as one
+// undo step with the explanation; what the cashier typed stands; the host
+// can turn it off, and the bag keeps the choice.
+#include "support/SampleJournal.h"
+
+#include "grid/Sheet.h"
+#include "ledger/BookRow.h"
+
+#include <kxjournal/EditCycle.h>
+#include <kxjournal/PropertyBag.h>
+
+namespace {
+
+struct Filling : kxtest::SampleJournal {
+    Filling() : SampleJournal(200)
+    {
+        journal.setAsker([](const QString &, const QString &) { return true; });
+        g = kx::Sheet::of(journal.Grid());
+        const kx::JournalColumns columns(*g);
+        // The latest record of an explanation that recurs, and its figures.
+        for (int r = g->rows() - 1; r > g->fixedRows() && source < 0; --r) {
+            const kx::BookRow row = kx::BookRow::of(*g, columns, r);
+            if (!row.isDated() || row.isSummary() || row.text(kx::JournalColumns::AccName).isEmpty())
+                continue;
+            source = r;
+        }
+        explain = g->text(source, QStringLiteral("Explain"));
+        blank = g->rows() - 1;
+    }
+    bool type(const char *key, const QString &text)
+    {
+        return g->editCycle()->editCell(blank, g->colIndex(QString::fromLatin1(key)), text);
+    }
+    QString at(const char *key) const { return g->text(blank, QString::fromLatin1(key)); }
+    kx::Sheet *g = nullptr;
+    int source = -1;
+    int blank = 0;
+    QString explain;
+};
+
+} // namespace
+
+TEST(QuickFill, TheLatestRecordOfAnExplanationFillsTheEmptyFieldsAsOneStep)
+{
+    Filling f;
+    ASSERT_GT(f.source, 0);
+    ASSERT_FALSE(f.explain.isEmpty());
+    ASSERT_TRUE(f.type("ShowName", QStringLiteral("2025-12-31")));
+    const QString balanceBefore = f.g->text(f.blank, QStringLiteral("Balance"));
+    ASSERT_TRUE(f.type("Explain", f.explain));
+    EXPECT_EQ(f.at("AccName"), f.g->text(f.source, QStringLiteral("AccName")));
+    EXPECT_EQ(f.at("AccID"), f.g->text(f.source, QStringLiteral("AccID")));
+    EXPECT_EQ(f.g->amount(f.blank, f.g->colIndex(QStringLiteral("Debit"))),
+              f.g->amount(f.source, f.g->colIndex(QStringLiteral("Debit"))));
+    EXPECT_EQ(f.g->amount(f.blank, f.g->colIndex(QStringLiteral("Credit"))),
+              f.g->amount(f.source, f.g->colIndex(QStringLiteral("Credit"))));
+    const kx::Currency moved = f.g->amount(f.blank, f.g->colIndex(QStringLiteral("Debit"))) -
+                               f.g->amount(f.blank, f.g->colIndex(QStringLiteral("Credit")));
+    ASSERT_FALSE(moved.isZero());
+    EXPECT_NE(f.g->text(f.blank, QStringLiteral("Balance")), balanceBefore) << "the balance follows the amount";
+
+    // One step: the explanation and what it filled go back together.
+    f.journal.undo();
+    EXPECT_EQ(f.at("Explain"), QString());
+    EXPECT_EQ(f.at("AccName"), QString());
+    EXPECT_EQ(f.at("Debit"), QString());
+    EXPECT_EQ(f.at("Credit"), QString());
+    EXPECT_EQ(f.at("ShowName").isEmpty(), false) << "the date typed before stays";
+}
+
+TEST(QuickFill, WhatWasTypedStandsAndTheHostMayTurnItOff)
+{
+    Filling f;
+    ASSERT_TRUE(f.type("ShowName", QStringLiteral("2025-12-31")));
+    ASSERT_TRUE(f.type("Debit", QStringLiteral("7.77")));
+    ASSERT_TRUE(f.type("Explain", f.explain));
+    EXPECT_EQ(f.at("AccName"), f.g->text(f.source, QStringLiteral("AccName"))) << "the empty account is filled";
+    EXPECT_EQ(f.g->amount(f.blank, f.g->colIndex(QStringLiteral("Debit"))), kx::Currency::fromText(QStringLiteral("7.77")).value())
+        << "the amount typed stands";
+    EXPECT_TRUE(f.at("Credit").isEmpty());
+
+    Filling off;
+    off.journal.setQuickFill(false);
+    kx::PropertyBag bag;
+    off.journal.WriteProperties(bag);
+    Filling restored;
+    restored.journal.ReadProperties(bag);
+    EXPECT_FALSE(restored.journal.quickFill()) << "the bag keeps the choice";
+    ASSERT_TRUE(restored.type("ShowName", QStringLiteral("2025-12-31")));
+    ASSERT_TRUE(restored.type("Explain", restored.explain));
+    EXPECT_TRUE(restored.at("AccName").isEmpty());
+    EXPECT_TRUE(restored.at("Debit").isEmpty());
+    EXPECT_TRUE(restored.at("Credit").isEmpty());
+}
