@@ -410,6 +410,11 @@ public:
     bool quickFill() const;
     /// Turns filling from the explanation on or off.
     void setQuickFill(bool on);
+    /// Whether a new record gets the next 单据号 of the book as it is dated
+    /// (default true; kept in the property bag as "AutoNumber").
+    bool autoNumber() const;
+    /// Turns numbering new records on or off.
+    void setAutoNumber(bool on);
     /// The folder Make writes into (default: the system's temporary folder).
     QString voucherFolder() const;
     /// Sets the folder Make writes into; empty: the temporary folder.

@@ -108,6 +108,7 @@ void Journal::WriteProperties(PropertyBag &bag) const
     bag.write(QStringLiteral("RowHeightMin"), RowHeightMin());
     // The user's arrangement: columns shown or hidden, widths, split panes.
     bag.write(QStringLiteral("QuickFill"), quickFill());
+    bag.write(QStringLiteral("AutoNumber"), autoNumber());
     bag.write(QStringLiteral("FieldShow"), FieldChoice::shownText(d->state.columns));
     bag.write(QStringLiteral("ColumnWidths"), FieldChoice::widthText(d->state.columns));
     bag.write(QStringLiteral("LayoutSizes"), d->frame->sizesText());
@@ -137,6 +138,8 @@ void Journal::ReadProperties(const PropertyBag &bag)
     d->state.looks.lockedForeColor = color("LockedForeColor", LockedForeColor());
     if (bag.contains(QStringLiteral("QuickFill")))
         setQuickFill(bag.read(QStringLiteral("QuickFill"), quickFill()).toBool());
+    if (bag.contains(QStringLiteral("AutoNumber")))
+        setAutoNumber(bag.read(QStringLiteral("AutoNumber"), autoNumber()).toBool());
     d->layout->applyLooks();
     if (bag.contains(QStringLiteral("FieldShow")) || bag.contains(QStringLiteral("ColumnWidths"))) {
         const QString shown = bag.read(QStringLiteral("FieldShow"), QString()).toString();
@@ -158,6 +161,16 @@ bool Journal::quickFill() const
 void Journal::setQuickFill(bool on)
 {
     d->state.quickFill = on;
+}
+
+bool Journal::autoNumber() const
+{
+    return d->state.autoNumber;
+}
+
+void Journal::setAutoNumber(bool on)
+{
+    d->state.autoNumber = on;
 }
 
 } // namespace kx

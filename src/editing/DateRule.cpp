@@ -133,6 +133,27 @@ void DateRule::afterEdit(EditContext &ctx, int row, int col)
                              !line.text(JournalColumns::Forex).isEmpty();
     if (holdsAmount && !ctx.batch)
         BalanceCalculator(ctx.book).calculate(row);
+    if (ctx.state.autoNumber && !ctx.batch)
+        numberNewRecord(ctx, row);
+}
+
+void DateRule::numberNewRecord(EditContext &ctx, int row)
+{
+    // A new record, dated and still without a number, takes the one after
+    // the nearest number above it, as renumbering would give it.
+    const BookRow line(ctx.grid, ctx.columns, row);
+    if (line.recId() > 0 || !line.text(JournalColumns::JnlNo).isEmpty() || line.isSummary())
+        return;
+    for (int r = row - 1; r > ctx.grid.fixedRows(); --r) {
+        const BookRow above = BookRow::of(ctx.grid, ctx.columns, r);
+        if (above.isSummary())
+            continue;
+        const QString next = BookRow::nextNumber(above.text(JournalColumns::JnlNo));
+        if (next.isEmpty())
+            continue;
+        line.setText(JournalColumns::JnlNo, next);
+        return;
+    }
 }
 
 } // namespace kx

@@ -29,6 +29,11 @@ public:
     static QDate reference(const EditContext &ctx, int row);
     /// Writes \a date into \a row as its date and its label.
     static void setRowDate(EditContext &ctx, int row, const QDate &date);
+
+private:
+    // Gives a new record its 单据号 once it is dated (unless the host turned
+    // numbering off): the one after the nearest number above.
+    static void numberNewRecord(EditContext &ctx, int row);
 };
 
 } // namespace kx

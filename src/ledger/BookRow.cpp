@@ -97,6 +97,27 @@ bool BookRow::isSummaryCell(const Sheet &grid, int row, int tagCol)
     return n < 0 || (n == 0 && grid.amount(row, tagCol).sign() < 0);
 }
 
+void BookRow::splitNumber(const QString &text, QString &prefix, qint64 &number)
+{
+    qsizetype cut = text.size();
+    while (cut > 0 && text.at(cut - 1).isDigit() && text.at(cut - 1).unicode() < 128)
+        --cut;
+    prefix = text.left(cut);
+    const QString digits = text.mid(cut).right(15);
+    number = digits.isEmpty() ? 0 : digits.toLongLong();
+}
+
+QString BookRow::nextNumber(const QString &previous)
+{
+    QString prefix;
+    qint64 number = 0;
+    splitNumber(previous, prefix, number);
+    const int width = int(previous.size() - prefix.size());
+    if (width == 0)
+        return QString();
+    return prefix + QStringLiteral("%1").arg(number + 1, width, 10, QLatin1Char('0'));
+}
+
 bool BookRow::isOpening() const
 {
     return m_row == m_grid->fixedRows();

@@ -37,6 +37,14 @@ public:
     /// The handle keeps the column places by reference: they must outlive it.
     static const BookRow of(const Sheet &grid, const JournalColumns &&columns, int row) = delete;
 
+    /// Splits a 单据号 into its prefix and its trailing digits' value ("收-009":
+    /// "收-", 9; the last 15 digits at most).
+    static void splitNumber(const QString &text, QString &prefix, qint64 &number);
+    /// The 单据号 after \a previous: the same prefix, the number one higher,
+    /// as wide as before (wider when it runs out: "99" → "100"); empty when
+    /// \a previous has no digits to go on from.
+    static QString nextNumber(const QString &previous);
+
     /// The grid row.
     int index() const { return m_row; }
     /// True for the book's first row, the opening balance.

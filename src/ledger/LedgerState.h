@@ -81,6 +81,7 @@ struct LedgerState {
     bool allowModify = true;     ///< the host's word; see mayModify()
     bool allowAudit = false;
     bool quickFill = true;       ///< an explanation typed fills the row's empty fields from its latest record
+    bool autoNumber = true;      ///< a new record takes the next 单据号 as it is dated
     bool dirty = false;          ///< the grid holds changes not yet stored
     QList<int> removedRecords;   ///< keys of rows taken out, deleted by the next save
     StoredRecords stored;        ///< what the database holds for the records shown

@@ -19,21 +19,6 @@
 
 namespace kx {
 
-namespace {
-
-// A record number splits at its last non-digit: "A0099" is "A" and 99.
-void splitNumber(const QString &text, QString &prefix, qint64 &number)
-{
-    qsizetype cut = text.size();
-    while (cut > 0 && text.at(cut - 1).isDigit() && text.at(cut - 1).unicode() < 128)
-        --cut;
-    prefix = text.left(cut);
-    const QString digits = text.mid(cut).right(15);
-    number = digits.isEmpty() ? 0 : digits.toLongLong();
-}
-
-} // namespace
-
 RowOperations::RowOperations(Book &book)
     : m_book(book), m_grid(book.sheet()), m_state(book.state()), m_host(book.host())
 {
@@ -175,7 +160,7 @@ bool RowOperations::renumber()
     int width = 0;
     if (r1 > first) {
         const QString above = m_grid.text(r1 - 1, noCol);
-        splitNumber(above, prefix, number);
+        BookRow::splitNumber(above, prefix, number);
         width = int(above.size() - prefix.size());
     }
     const RecordGuard guard(m_book);
@@ -191,7 +176,7 @@ bool RowOperations::renumber()
             const QString own = m_grid.text(r, noCol);
             QString ownPrefix;
             qint64 ownNumber = 0;
-            splitNumber(own, ownPrefix, ownNumber);
+            BookRow::splitNumber(own, ownPrefix, ownNumber);
             if (own.size() > ownPrefix.size()) {
                 prefix = ownPrefix;
                 number = ownNumber;

@@ -135,7 +135,8 @@ TEST(Journal, PersistedLooksRoundTripInTheirOrder)
                                         QStringLiteral("WarnBackColor"), QStringLiteral("LockedForeColor"),
                                         QStringLiteral("BackColorBkg"), QStringLiteral("GridColor"),
                                         QStringLiteral("GridColorFixed"), QStringLiteral("RowHeightMax"),
-                                        QStringLiteral("RowHeightMin"), QStringLiteral("QuickFill"), QStringLiteral("FieldShow"),
+                                        QStringLiteral("RowHeightMin"), QStringLiteral("QuickFill"), QStringLiteral("AutoNumber"),
+                                        QStringLiteral("FieldShow"),
                                         QStringLiteral("ColumnWidths"), QStringLiteral("LayoutSizes")}));
 
     Journal second;
@@ -147,7 +148,8 @@ TEST(Journal, PersistedLooksRoundTripInTheirOrder)
                                       QStringLiteral("BackColorFixed"), QStringLiteral("HotBackColor"),
                                       QStringLiteral("WarnBackColor"), QStringLiteral("BackColorBkg"),
                                       QStringLiteral("GridColor"), QStringLiteral("GridColorFixed"),
-                                      QStringLiteral("LockedForeColor"), QStringLiteral("QuickFill"), QStringLiteral("FieldShow"),
+                                      QStringLiteral("LockedForeColor"), QStringLiteral("QuickFill"), QStringLiteral("AutoNumber"),
+                                        QStringLiteral("FieldShow"),
                                       QStringLiteral("ColumnWidths"), QStringLiteral("LayoutSizes")}));
     EXPECT_EQ(second.BorderColor(), QColor(1, 2, 3));
     EXPECT_EQ(second.BackColor(), QColor(10, 20, 30));

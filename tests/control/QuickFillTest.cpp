@@ -93,3 +93,35 @@ TEST(QuickFill, WhatWasTypedStandsAndTheHostMayTurnItOff)
     EXPECT_TRUE(restored.at("Debit").isEmpty());
     EXPECT_TRUE(restored.at("Credit").isEmpty());
 }
+
+// A new record takes the next 单据号 as it is dated: the nearest number above
+// with its prefix and width, wider when it runs out; a number typed first
+// stands; the host can turn it off.
+TEST(Numbering, ANewRecordTakesTheNextNumberAsItIsDated)
+{
+    const auto numberAfter = [](const QString &above, const QString &between, bool on, const QString &typed = {}) {
+        Filling f;
+        f.journal.setAutoNumber(on);
+        const int no = f.g->colIndex(QStringLiteral("JnlNo"));
+        // The last record above the empty row, and one more above it.
+        const kx::JournalColumns columns(*f.g);
+        int last = f.blank - 1;
+        while (!kx::BookRow::of(*f.g, columns, last).isDated() || kx::BookRow::of(*f.g, columns, last).isSummary())
+            --last;
+        int earlier = last - 1;
+        while (kx::BookRow::of(*f.g, columns, earlier).isSummary())
+            --earlier;
+        f.g->setText(earlier, no, above);
+        f.g->setText(last, no, between);
+        if (!typed.isEmpty())
+            EXPECT_TRUE(f.type("JnlNo", typed));
+        EXPECT_TRUE(f.type("ShowName", QStringLiteral("2025-12-31")));
+        return f.at("JnlNo");
+    };
+    EXPECT_EQ(numberAfter(QStringLiteral("1"), QStringLiteral("收-0099"), true), QStringLiteral("收-0100"));
+    EXPECT_EQ(numberAfter(QStringLiteral("1"), QStringLiteral("99"), true), QStringLiteral("100"));
+    EXPECT_EQ(numberAfter(QStringLiteral("A7"), QString(), true), QStringLiteral("A8")) << "a record without a number is passed";
+    EXPECT_EQ(numberAfter(QStringLiteral("1"), QStringLiteral("12"), true, QStringLiteral("X1")), QStringLiteral("X1"))
+        << "a number typed first stands";
+    EXPECT_EQ(numberAfter(QStringLiteral("1"), QStringLiteral("12"), false), QString()) << "turned off";
+}
