@@ -30,8 +30,10 @@ TEST(ColumnModel, LaysDownItsThirtyColumns)
                           "Locked", "Row", "Reconciled"};
     for (int c = 0; c < 30; ++c)
         EXPECT_EQ(grid.colKey(c), QString::fromLatin1(keys[c])) << c;
-    EXPECT_EQ(grid.text(0, grid.colIndex(QStringLiteral("Field3"))), QStringLiteral("字段一"));
-    EXPECT_EQ(grid.text(0, grid.colIndex(QStringLiteral("Field4"))), QStringLiteral("字段二"));
+    // Each column has a name of its own: no two user fields alike, and the direction is named.
+    EXPECT_EQ(grid.text(0, grid.colIndex(QStringLiteral("Field3"))), QStringLiteral("字段三"));
+    EXPECT_EQ(grid.text(0, grid.colIndex(QStringLiteral("Field4"))), QStringLiteral("字段四"));
+    EXPECT_EQ(grid.text(0, grid.colIndex(QStringLiteral("Dir"))), QStringLiteral("方向"));
     EXPECT_EQ(grid.text(0, grid.colIndex(QStringLiteral("AccDoc"))), QStringLiteral("记账凭证"));
     for (const char *hidden : {"JnlDate", "Rate", "Forex", "fxBalance", "Field1", "Remark", "RecID", "Row", "AssistName",
                                "Reconciled"})
