@@ -7,6 +7,8 @@
 #include "bank/StatementReader.h"
 #include "bank/StatementStore.h"
 #include "ledger/Book.h"
+#include "output/DailyReport.h"
+#include "output/FileOutput.h"
 
 #include <QFileInfo>
 #include <QSaveFile>
@@ -206,6 +208,35 @@ int reconcile(const QString &url, const QString &code, const QDate &to, bool aut
                         qPrintable(r.difference().format(QStringLiteral("#,##0.00"))), qPrintable(out));
         return 0;
     });
+}
+
+int daily(const QString &url, const QString &code, const QDate &from, const QDate &to, const QString &out)
+{
+    const QString who = code.isEmpty() ? QStringLiteral("daily") : code;
+    if (!out.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive))
+        return failWith(who, QStringLiteral("资金日报表现在只能写成 .csv 文件：%1").arg(out));
+    ToolBook book;
+    int root = 0;
+    if (!code.isEmpty()) {
+        if (!book.open(url, code))
+            return 1;
+        root = book.bookId();
+    } else if (url.startsWith(QLatin1String("sqlite:")) && !QFileInfo::exists(url.mid(7))) {
+        return failWith(who, QStringLiteral("没有数据库文件 %1").arg(url.mid(7)));
+    }
+    const kx::Database db = kx::Database::open(url);
+    if (!db.isOpen())
+        return failWith(who, db.lastError());
+    const kx::Result<QList<kx::DailyReport::Line>> lines = kx::DailyReport::make(db, root, from, to);
+    if (!lines.ok())
+        return failWith(who, lines.error());
+    const QStringList keep =
+        url.startsWith(QLatin1String("sqlite:")) ? kx::FileOutput::databaseFiles(url.mid(7)) : QStringList();
+    if (const kx::Result<void> written = kx::DailyReport::writeCsv(lines.value(), from, to, out, keep); !written.ok())
+        return failWith(who, written.error());
+    std::printf("kxjournal: 资金日报表（%s 至 %s，%d 本日记账）已写入 %s\n", qPrintable(from.toString(Qt::ISODate)),
+                qPrintable(to.toString(Qt::ISODate)), int(lines.value().size()), qPrintable(out));
+    return 0;
 }
 
 } // namespace BankTool

@@ -26,4 +26,8 @@ int sampleStatement(const QString &url, const QString &code, const QDate &to, co
 int reconcile(const QString &url, const QString &code, const QDate &to, bool autoMatch, const QString &out,
               const QString &user);
 
+/// Writes the daily fund report of days \a from … \a to for book \a code of
+/// \a url and every book below it (empty: every book) into \a out (.csv).
+int daily(const QString &url, const QString &code, const QDate &from, const QDate &to, const QString &out);
+
 } // namespace BankTool

@@ -247,7 +247,8 @@ const QStringList &knownCommands()
 {
     static const QStringList commands{QStringLiteral("demo"),   QStringLiteral("sample"), QStringLiteral("voucher"),
                                       QStringLiteral("make"),   QStringLiteral("export"), QStringLiteral("print"),
-                                      QStringLiteral("check"),  QStringLiteral("statement"), QStringLiteral("reconcile")};
+                                      QStringLiteral("check"),  QStringLiteral("statement"), QStringLiteral("reconcile"),
+                                      QStringLiteral("daily")};
     return commands;
 }
 
@@ -297,7 +298,7 @@ ToolNeeds toolNeeds(int argc, char **argv)
         return ToolNeeds::Nothing;
     // A book is loaded, checked, made into a voucher or written as text
     // without fonts; a spreadsheet's widths and printed pages need them.
-    if (command == "make" || command == "check" || command == "statement")
+    if (command == "make" || command == "check" || command == "statement" || command == "daily")
         return ToolNeeds::Nothing;
     // The reconciliation's pages are drawn; its spreadsheet needs no font.
     if (command == "reconcile")
@@ -367,6 +368,7 @@ int main(int argc, char **argv)
                                                     "           import a bank statement (CSV, XLSX, XLS, OFX, camt.053) into a bank book\n"
                                                     "  statement sample\n"
                                                     "           write a bank's statement of a book up to --to, for trying reconciliation\n"
+                                                    "  daily    write the daily fund report of --from to --to (a book and those below it, or all)\n"
                                                     "  reconcile\n"
                                                     "           write a bank book's balance reconciliation on --to into a PDF or XLSX file"));
     parser.addHelpOption();
@@ -505,6 +507,17 @@ int main(int argc, char **argv)
             return 2;
         }
         return BankTool::importStatement(parser.value(dbOption), parser.value(book), args.at(2), parser.value(mapping));
+    }
+    if (command == QLatin1String("daily")) {
+        const QDate first = QDate::fromString(parser.value(from), Qt::ISODate);
+        const QDate last = QDate::fromString(parser.value(to), Qt::ISODate);
+        if (!parser.isSet(dbOption) || !first.isValid() || !last.isValid() || parser.value(out).isEmpty()) {
+            std::fprintf(stderr, "kxjournal: daily needs --db URL, --from DATE, --to DATE and --out FILE.csv "
+                                 "(--book CODE for one book and those below it)\n");
+            return 2;
+        }
+        return BankTool::daily(parser.value(dbOption), parser.isSet(book) ? parser.value(book) : QString(), first, last,
+                               parser.value(out));
     }
     if (command == QLatin1String("reconcile")) {
         const QDate until = QDate::fromString(parser.value(to), Qt::ISODate);
