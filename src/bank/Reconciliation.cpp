@@ -41,7 +41,9 @@ Currency Reconciliation::balanceOf(const Book &book, const QDate &to)
         const BookRow row = BookRow::of(grid, columns, r);
         if (row.isSummary())
             continue;
-        if (!row.isOpening() && (!row.isDated() || row.date() > to))
+        // Rows never saved are no records yet: the statement is reconciled
+        // with what is stored.
+        if (!row.isOpening() && (!row.isDated() || row.date() > to || row.recId() <= 0))
             continue;
         balance = balance + row.debit() - row.credit();
     }
@@ -126,16 +128,22 @@ Result<Reconciliation> Reconciliation::of(const QList<BankRecord> &records, Curr
     // record while no line of the statement by then stands for it.
     QSet<int> closedRecords;
     for (const StoredLine *l : upTo) {
-        bool closed = false;
+        // Closed only when every record it stands for is in the journal by
+        // then: a line ticked to a record of a later day is still open, and
+        // so are its records of earlier days.
+        QList<int> records;
+        bool closed = matches.contains(l->id);
         for (auto it = matches.constFind(l->id); it != matches.cend() && it.key() == l->id; ++it) {
             const BankRecord *rec = byKey.value(it.value());
-            if (rec && rec->date <= to) {
-                closed = true;
-                closedRecords.insert(rec->recId);
-            }
+            closed = closed && rec && rec->date <= to;
+            if (rec)
+                records << rec->recId;
         }
-        if (closed)
+        if (closed) {
+            for (const int recId : records)
+                closedRecords.insert(recId);
             continue;
+        }
         Item item{l->id, l->line.date, l->line.memo, l->line.reference, l->line.amount};
         if (!l->line.counterparty.isEmpty())
             item.text = item.text.isEmpty() ? l->line.counterparty : item.text + QStringLiteral("（") + l->line.counterparty + QStringLiteral("）");

@@ -212,8 +212,26 @@ StatementMatcher::Outcome StatementMatcher::match(const QList<StoredLine> &lines
             std::vector<int> recordOf, lineOf;
             const int paired = maximumPairs(tie, recordOf, lineOf);
             if (paired == int(tie.lines.size()) && paired == int(tie.records.size())) {
-                for (std::size_t i = 0; i < tie.lines.size(); ++i)
-                    take(tie.lines[i], tie.records[std::size_t(recordOf[i])]);
+                // Paired in the order of their days where that order keeps
+                // each pair inside the window: a month's end then parts no
+                // line from its record. Else the pairing found stands.
+                std::vector<int> byDayLines = tie.lines, byDayRecords = tie.records;
+                std::stable_sort(byDayLines.begin(), byDayLines.end(), [&](int a, int b) {
+                    return lines.at(groupLines[std::size_t(a)]).line.date < lines.at(groupLines[std::size_t(b)]).line.date;
+                });
+                std::stable_sort(byDayRecords.begin(), byDayRecords.end(), [&](int a, int b) {
+                    return records.at(groupRecords[std::size_t(a)]).date < records.at(groupRecords[std::size_t(b)]).date;
+                });
+                bool inOrder = true;
+                for (std::size_t i = 0; i < byDayLines.size() && inOrder; ++i)
+                    inOrder = std::abs(lines.at(groupLines[std::size_t(byDayLines[i])]).line.date.daysTo(
+                                  records.at(groupRecords[std::size_t(byDayRecords[i])]).date)) <= days;
+                for (std::size_t i = 0; i < tie.lines.size(); ++i) {
+                    if (inOrder)
+                        take(byDayLines[i], byDayRecords[i]);
+                    else
+                        take(tie.lines[i], tie.records[std::size_t(recordOf[i])]);
+                }
             } else {
                 out.ambiguous += int(tie.lines.size());
             }

@@ -7,6 +7,7 @@
 #include "kxjournal/Database.h"
 
 #include <QDateTime>
+#include <algorithm>
 #include <QSet>
 #include <QSqlDriver>
 #include <sqlite3.h>
@@ -97,7 +98,15 @@ Result<ImportOutcome> StatementStore::import(int docId, const Statement &stateme
     }
     QList<const StatementLine *> adding;
     adding.reserve(statement.lines.size());
-    for (const StatementLine &line : statement.lines) {
+    // A bank that lists its newest lines first: kept oldest first, so the
+    // lines of a day stand in the order the bank booked them.
+    QList<const StatementLine *> ordered;
+    for (const StatementLine &line : statement.lines)
+        ordered << &line;
+    if (ordered.size() > 1 && ordered.first()->date > ordered.last()->date)
+        std::reverse(ordered.begin(), ordered.end());
+    for (const StatementLine *each : ordered) {
+        const StatementLine &line = *each;
         if (!line.reference.isEmpty() && stored.contains(lineKey(line.date, line.side, line.amount, line.reference)))
             ++outcome.skipped;
         else

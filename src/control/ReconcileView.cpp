@@ -383,10 +383,15 @@ void ReconcileView::recordFromSelected()
     if (!d.alive() || !d.edit || !d.settleEditor())
         return;
     Result<int> made = Error(QString());
+    // Marking the book dirty tells the host, which may delete the control,
+    // and this view with it.
+    const QPointer<ReconcileView> self(this);
     d.step(QStringLiteral("Reconcile"), QStringLiteral("生成记录"), [&] {
         made = m_session->recordFrom(lines.first(), d.edit->context(), d.edit->rules());
         return made.ok();
     });
+    if (!self)
+        return;
     if (!made.ok())
         return say(made.error(), true);
     if (d.alive())

@@ -90,6 +90,10 @@ void ExplainRule::quickFill(EditContext &ctx, int row, int col)
             const Currency value = source.amount(side);
             if (value.isValid() && !value.isZero()) {
                 grid.setAmount(row, columns[side], value);
+                // A record in a foreign currency brings its rate and foreign amount.
+                for (JournalColumns::Column fx : {JournalColumns::Rate, JournalColumns::Forex})
+                    if (columns[fx] >= 0 && here.text(fx).isEmpty() && !source.text(fx).isEmpty())
+                        here.setText(fx, source.text(fx));
                 amount = true;
                 break;
             }

@@ -102,8 +102,10 @@ void BookRow::splitNumber(const QString &text, QString &prefix, qint64 &number)
     qsizetype cut = text.size();
     while (cut > 0 && text.at(cut - 1).isDigit() && text.at(cut - 1).unicode() < 128)
         --cut;
+    // At most 15 digits are counted; digits before them stay with the prefix.
+    cut = std::max(cut, text.size() - 15);
     prefix = text.left(cut);
-    const QString digits = text.mid(cut).right(15);
+    const QString digits = text.mid(cut);
     number = digits.isEmpty() ? 0 : digits.toLongLong();
 }
 

@@ -436,3 +436,45 @@ INSTANTIATE_TEST_SUITE_P(Engines, StatementStoreTest, ::testing::Values(Engine::
                          [](const auto &info) { return kxtest::engineName(info.param); });
 INSTANTIATE_TEST_SUITE_P(Engines, Reconciling, ::testing::Values(Engine::Sqlite, Engine::Postgres),
                          [](const auto &info) { return kxtest::engineName(info.param); });
+
+// A line ticked to two records, one of them after the day: on that day the
+// line is still open and so is the record before it, and the two sides
+// agree. A statement listed newest first gives its day's last balance.
+TEST(ReconciliationEquation, ALineTickedAcrossTheDayAndANewestFirstStatement)
+{
+    kx::BankRecord r1, r2;
+    r1.recId = 1;
+    r1.date = QDate(2025, 1, 30);
+    r1.amount = money("600");
+    r2.recId = 2;
+    r2.date = QDate(2025, 2, 1);
+    r2.amount = money("400");
+    kx::StoredLine l;
+    l.id = 7;
+    l.line = bankLine(QDate(2025, 1, 31), kx::StatementSide::Receipt, money("1000"), QStringLiteral("X"));
+    l.line.balance = money("1000");
+    QMultiHash<int, int> matches;
+    matches.insert(7, 1);
+    matches.insert(7, 2);
+    const kx::Reconciliation r = kx::Reconciliation::of({r1, r2}, money("600"), {l}, matches, {}, QDate(2025, 1, 31)).value();
+    EXPECT_EQ(r.difference(), kx::Currency());
+    EXPECT_EQ(r.items[kx::Reconciliation::BankReceived].size(), 1);
+    EXPECT_EQ(r.items[kx::Reconciliation::BookReceived].size(), 1);
+
+    kxtest::TestDatabase testDb(Engine::Sqlite);
+    kx::Database db = testDb.open();
+    const int docId = kxtest::fillSampleBooks(db, 20, 1);
+    kx::Statement s;
+    s.hash = "newest-first";
+    s.lines << bankLine(QDate(2025, 1, 31), kx::StatementSide::Payment, money("200"), QStringLiteral("C"))
+            << bankLine(QDate(2025, 1, 31), kx::StatementSide::Receipt, money("500"), QStringLiteral("B"))
+            << bankLine(QDate(2025, 1, 30), kx::StatementSide::Receipt, money("500"), QStringLiteral("A"));
+    s.lines[0].balance = money("800");
+    s.lines[1].balance = money("1000");
+    s.lines[2].balance = money("500");
+    kx::StatementStore store(db);
+    ASSERT_TRUE(store.import(docId, s, QStringLiteral("倒序.csv"), QString()).ok());
+    const kx::Reconciliation back =
+        kx::Reconciliation::of({}, money("800"), store.lines(docId).value(), {}, {}, QDate(2025, 1, 31)).value();
+    EXPECT_EQ(back.bankBalance, money("800")) << "the day's last balance, not its first";
+}

@@ -149,3 +149,14 @@ TEST(StatementMatching, RandomStatementsMatchBackToTheRecordsTheyWereMadeOf)
     EXPECT_EQ(got, expected);
     EXPECT_EQ(found.ambiguous, 0);
 }
+
+// Lines and records all alike that pair off whole are paired in the order of
+// their days, so a month's end never parts a line from the record it stands
+// for; a day window that forbids the order keeps the pairing found.
+TEST(StatementMatching, ATieIsPairedInTheOrderOfItsDays)
+{
+    const StatementMatcher::Outcome found =
+        StatementMatcher::match({line(1, "2025-01-30", In, "100.00"), line(2, "2025-02-01", In, "100.00")},
+                                {record(11, "2025-01-31", In, "100.00"), record(12, "2025-02-02", In, "100.00")});
+    EXPECT_EQ(sorted(found.pairs), (Pairs{{1, 11}, {2, 12}}));
+}

@@ -120,6 +120,8 @@ TEST(Numbering, ANewRecordTakesTheNextNumberAsItIsDated)
     };
     EXPECT_EQ(numberAfter(QStringLiteral("1"), QStringLiteral("收-0099"), true), QStringLiteral("收-0100"));
     EXPECT_EQ(numberAfter(QStringLiteral("1"), QStringLiteral("99"), true), QStringLiteral("100"));
+    EXPECT_EQ(numberAfter(QStringLiteral("1"), QStringLiteral("20240131000000000001"), true), QStringLiteral("20240131000000000002"))
+        << "digits beyond the fifteen counted stay as they are";
     EXPECT_EQ(numberAfter(QStringLiteral("A7"), QString(), true), QStringLiteral("A8")) << "a record without a number is passed";
     EXPECT_EQ(numberAfter(QStringLiteral("1"), QStringLiteral("12"), true, QStringLiteral("X1")), QStringLiteral("X1"))
         << "a number typed first stands";
