@@ -6,6 +6,7 @@
 #include "output/PageLayout.h"
 #include "output/PagePainter.h"
 #include "output/PdfTextLayer.h"
+#include "output/SpreadsheetWriter.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -171,13 +172,8 @@ Result<void> ReconciliationReport::writeXlsx(const QString &path, const QStringL
     if (!book)
         return Error(QStringLiteral("不能建立电子表格。"));
     lxw_worksheet *ws = workbook_add_worksheet(book, caption().toUtf8().constData());
-    lxw_format *title = workbook_add_format(book);
-    format_set_bold(title);
-    format_set_font_size(title, 14);
-    lxw_format *header = workbook_add_format(book);
-    format_set_bold(header);
-    format_set_align(header, LXW_ALIGN_CENTER);
-    format_set_bottom(header, LXW_BORDER_THIN);
+    lxw_format *title = SpreadsheetWriter::titleFormat(book);
+    lxw_format *header = SpreadsheetWriter::headerFormat(book);
     lxw_format *amount = workbook_add_format(book);
     format_set_num_format(amount, "#,##0.00");
     lxw_format *boldAmount = workbook_add_format(book);

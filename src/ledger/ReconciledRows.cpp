@@ -28,7 +28,9 @@ void ReconciledRows::mark(Sheet &grid, const QSet<qint64> &matched)
     for (int r = grid.fixedRows(); r < grid.rows(); ++r) {
         const qint64 recId = grid.number(r, key);
         const bool on = recId > 0 && matched.contains(recId);
-        if ((grid.text(r, col) == tick()) != on) {
+        // The column holds a tick or nothing: its emptiness is the tick, read
+        // without making a text of every row.
+        if (grid.isEmpty(r, col) == on) {
             grid.setText(r, col, on ? tick() : QString());
             // A record ticked or unticked under the filter follows it.
             if (filtered(grid) && grid.isRowHidden(r) != on)
@@ -45,7 +47,7 @@ void ReconciledRows::filter(Sheet &grid, bool openOnly)
         return;
     // Only ticked rows are hidden or shown again: rows a host hid stay so.
     for (int r = grid.fixedRows(); r < grid.rows(); ++r)
-        if (grid.text(r, col) == tick() && grid.isRowHidden(r) != openOnly)
+        if (!grid.isEmpty(r, col) && grid.isRowHidden(r) != openOnly)
             grid.setRowHidden(r, openOnly);
 }
 

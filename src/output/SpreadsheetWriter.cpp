@@ -59,6 +59,23 @@ QString SpreadsheetWriter::sheetName(const QString &text)
     return name.isEmpty() ? QStringLiteral("日记账") : name;
 }
 
+lxw_format *SpreadsheetWriter::titleFormat(lxw_workbook *book)
+{
+    lxw_format *title = workbook_add_format(book);
+    format_set_bold(title);
+    format_set_font_size(title, 14);
+    return title;
+}
+
+lxw_format *SpreadsheetWriter::headerFormat(lxw_workbook *book)
+{
+    lxw_format *header = workbook_add_format(book);
+    format_set_bold(header);
+    format_set_align(header, LXW_ALIGN_CENTER);
+    format_set_bottom(header, LXW_BORDER_THIN);
+    return header;
+}
+
 Result<int> SpreadsheetWriter::write(const BookSheet &sheet, const QString &caption, const QString &path,
                                      const std::function<void(int)> &rowDone)
 {
@@ -82,13 +99,8 @@ Result<int> SpreadsheetWriter::write(const BookSheet &sheet, const QString &capt
 
     const Formats plain(book, false);
     const Formats bold(book, true);
-    lxw_format *title = workbook_add_format(book);
-    format_set_bold(title);
-    format_set_font_size(title, 14);
-    lxw_format *header = workbook_add_format(book);
-    format_set_bold(header);
-    format_set_align(header, LXW_ALIGN_CENTER);
-    format_set_bottom(header, LXW_BORDER_THIN);
+    lxw_format *title = titleFormat(book);
+    lxw_format *header = headerFormat(book);
 
     const auto &columns = sheet.columns();
     for (int k = 0; k < columns.size(); ++k)

@@ -6,6 +6,9 @@
 #include <QString>
 #include <functional>
 
+struct lxw_format;
+struct lxw_workbook;
+
 namespace kx {
 
 /// Writes a sheet as a spreadsheet file: a bold caption line with the book
@@ -23,6 +26,10 @@ public:
     /// longer than MaxCellText, which the file holds cut.
     static Result<int> write(const BookSheet &sheet, const QString &caption, const QString &path,
                              const std::function<void(int)> &rowDone);
+    /// The caption line's look in \a book: bold, 14 points.
+    static lxw_format *titleFormat(lxw_workbook *book);
+    /// The column headers' look in \a book: bold, centred, ruled below.
+    static lxw_format *headerFormat(lxw_workbook *book);
     /// \a text as a worksheet's name may be: at most 31 characters, none of []:*?/\ .
     static QString sheetName(const QString &text);
 };
