@@ -60,6 +60,9 @@ BalanceReach::BalanceReach(const EditContext &ctx)
 {
     // The balances as a recalculation makes them: rows without a day are
     // passed over, a summary row carries the balance through.
+    // The last whole balance pass noted the largest while nothing changed since.
+    if (ctx.book.balancePeak(m_peak))
+        return;
     RowAmounts read(ctx.book);
     Currency local, foreign;
     for (int i = 0; i < m_rows; ++i) {
@@ -69,6 +72,7 @@ BalanceReach::BalanceReach(const EditContext &ctx)
         foreign += read.forex;
         m_peak = std::max(m_peak, peakOf(local, foreign));
     }
+    ctx.book.noteBalancePeak(m_peak);
 }
 
 void BalanceReach::layOut() const

@@ -15,7 +15,9 @@ struct EditContext;
 /// A balance Save writes must come back as it went: on an engine that keeps
 /// fewer digits than an amount has, a change whose balances would pass that
 /// is refused, as is one whose balances leave the range of amounts. The
-/// balances are read once, keeping only the largest; a change that keeps
+/// largest balance is the one the last whole balance pass noted in the book
+/// while the sheet is unchanged since, else the balances are read once to
+/// find it; a change that keeps
 /// that one inside the bounds passes at once. Only a change that comes near
 /// them lays the balances out row by row. Changes taken in (accept()) move
 /// the balances of the rows below, so a paste checks row after row in one

@@ -271,6 +271,7 @@ void CellStore::put(int row, int col, Cell next)
         keepBefore(r, col, held);
     store(row, col, next);
     r.flags |= Touched;
+    ++m_writes;
 }
 
 Currency CellStore::textAmount(Cell c) const

@@ -38,6 +38,10 @@ public:
     /// Moves whenever rows or columns come, go or move, or a column changes
     /// form or list: what column() gave may then hold other cells.
     std::uint64_t layout() const { return m_layout; }
+    /// Moves whenever a cell's value is written (derived values apart) or
+    /// the layout moves: what was worked out from the values while it held
+    /// still holds.
+    std::uint64_t values() const { return m_layout + m_writes; }
     /// Grows or shrinks to \a n rows; new rows are empty and touched.
     void resizeRows(int n);
     /// Grows or shrinks every row to \a n columns.
@@ -234,6 +238,7 @@ private:
     int m_cols = 0;
     int m_irregular = 0;
     std::uint64_t m_layout = 0;
+    std::uint64_t m_writes = 0;
     std::vector<bool> m_kept;  ///< per column: keep its text as of the clean mark
     TextPool m_pool;
     GridChangesData *m_log = nullptr;

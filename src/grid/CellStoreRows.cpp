@@ -34,6 +34,7 @@ void CellStore::restoreRow(int row, const RowCopy &copy)
     if (row < 0 || row >= rows())
         return;
     Row &r = m_rows[std::size_t(row)];
+    ++m_writes;
     countIrregular(r, -1);
     r = Row();
     for (int c = 0; c < m_cols; ++c)

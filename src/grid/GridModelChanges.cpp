@@ -19,6 +19,8 @@ int GridChanges::size() const { return d ? int(d->entries.size()) : 0; }
 bool GridChanges::isComplete() const { return !d || d->complete; }
 
 quint64 Sheet::revision() const { return d->revision; }
+
+quint64 Sheet::valueRevision() const { return d->store.values(); }
 bool Sheet::isRecordingChanges() const { return d->log != nullptr; }
 
 void Sheet::beginChanges()

@@ -167,6 +167,10 @@ public:
     /// marks or shape: a record of changes fits the grid only while the
     /// grid's revision is the one seen when the record was made.
     quint64 revision() const;
+    /// A number that grows with every change of a cell's value or of the
+    /// rows and columns, but not with derived values, looks or marks: what
+    /// a whole pass worked out from the values holds while it stays.
+    quint64 valueRevision() const;
     /// Bytes the cells, marks and pooled texts take beyond the texts'
     /// characters (for measurements).
     std::size_t storeBytes() const;

@@ -228,6 +228,13 @@ void BalanceCalculator::calculate(int startRow)
     }
     m_balanceCells = m_fxBalanceCells = nullptr;
     m_grid.setTag(tag);
+    // A whole pass saw every balance: what it found bounds them until the
+    // sheet changes again. An overflow stays invalid to the end of the pass.
+    if (startRow == first) {
+        const bool overflowed = !t.balance.isValid() || !t.fxBalance.isValid();
+        m_book.noteBalancePeak(overflowed ? __int128(INT64_MAX) * 4
+                                          : std::max<__int128>(m_peak.size.raw(), m_fxPeak.size.raw()));
+    }
     keepPeak(m_balance, m_peak, startRow);
     keepPeak(m_fxBalance, m_fxPeak, startRow);
     // The worked-out columns this grid has, wherever they sit.

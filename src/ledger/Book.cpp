@@ -19,4 +19,19 @@ int Book::rows() const
     return m_sheet->rows();
 }
 
+void Book::noteBalancePeak(__int128 peak)
+{
+    m_balancePeak = peak;
+    m_peakRevision = m_sheet->valueRevision();
+    m_peakKnown = true;
+}
+
+bool Book::balancePeak(__int128 &peak) const
+{
+    if (!m_peakKnown || m_peakRevision != m_sheet->valueRevision())
+        return false;
+    peak = m_balancePeak;
+    return true;
+}
+
 } // namespace kx

@@ -61,11 +61,23 @@ public:
     /// The grid rows, the header row included.
     int rows() const;
 
+    /// Notes \a peak as the largest magnitude any running balance or
+    /// foreign balance of the book reaches now (beyond every amount when one
+    /// overflowed), as a whole pass over the rows found it.
+    void noteBalancePeak(__int128 peak);
+    /// The peak noted last, while no value of the sheet has changed since
+    /// (a write through the grid a host holds counts too); false when
+    /// unknown.
+    bool balancePeak(__int128 &peak) const;
+
 private:
     std::unique_ptr<Sheet> m_sheet;
     LedgerState m_state;
     LedgerHost *m_host;
     ContextSource m_context;
+    __int128 m_balancePeak = 0;
+    quint64 m_peakRevision = 0;
+    bool m_peakKnown = false;
 };
 
 } // namespace kx

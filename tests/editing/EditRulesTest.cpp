@@ -293,6 +293,22 @@ TEST_P(AmountEntry, AmountsAndBalancesTheEngineCannotHoldExactlyAreRefused)
 INSTANTIATE_TEST_SUITE_P(Engines, AmountEntry, ::testing::Values(kxtest::Engine::Sqlite, kxtest::Engine::Postgres),
                          [](const auto &info) { return kxtest::engineName(info.param); });
 
+// The largest balance is remembered from the last pass over the book; an
+// amount a host writes into the grid itself must still count, with or
+// without a pass of its own.
+TEST(EditRules, BalancesAHostWroteCountWhenAnAmountIsChecked)
+{
+    EditingBook b;
+    b.boxes.clear();
+    ASSERT_TRUE(b.type(2, "Debit", QStringLiteral("600"))) << "a pass notes the small balances";
+    b.journal->Grid()->setText(4, b.col("Debit"), QStringLiteral("99999999999.9999"));
+    b.journal->Grid()->setText(4, b.col("Credit"), QString());
+    EXPECT_FALSE(b.type(2, "Debit", QStringLiteral("700")));
+    EXPECT_EQ(b.text(2, "Debit"), QStringLiteral("600"));
+    ASSERT_FALSE(b.boxes.isEmpty());
+    EXPECT_EQ(b.boxes.last(), QStringLiteral("这样输入后，第4行的余额超出了账簿能准确保存的位数（最多15位有效数字）。"));
+}
+
 // A row whose amount is typed before its date becomes a record when the date
 // comes: its balance, and those of the records below, follow at once.
 TEST(EditRules, ARowDatedAfterItsAmountGetsItsBalance)
