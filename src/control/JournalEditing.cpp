@@ -44,7 +44,7 @@ int Journal::findAccountByPath(const QString &path)
 
 QString Journal::GetExplainList()
 {
-    return ExplainRule().comboList(d->edit->context(), d->grid->row(), d->grid->col());
+    return ExplainRule::texts(d->edit->context());
 }
 
 } // namespace kx

@@ -1,6 +1,7 @@
 #include "kxjournal/Schema.h"
 
 #include "data/BankSchema.h"
+#include "data/ExplainMemo.h"
 #include "data/SqlAccess.h"
 #include "data/Transaction.h"
 #include "kxjournal/Database.h"
@@ -60,6 +61,7 @@ Result<void> Schema::create(Database &db)
     const bool postgres = db.engine() == Database::PostgresEngine;
     QStringList all = statements(postgres);
     all += BankSchema::statements(postgres ? SqlDialect::Postgres : SqlDialect::Sqlite);
+    all += ExplainMemo::statement(postgres ? SqlDialect::Postgres : SqlDialect::Sqlite);
     for (const QString &sql : all) {
         const Result<void> s = sqlRun(db, {sql, {}});
         if (!s.ok())

@@ -32,6 +32,7 @@ void EditContext::forgetBook()
     accountsBook = -1;
     explainListBook = -1;
     explainList.clear();
+    explainMemo.clear();
 }
 
 JournalColumns::Column EditContext::columnAt(int col) const

@@ -62,7 +62,8 @@ struct EditContext {
     QHash<int, AccountLookup::Account> accountsById;  ///< in a batch: accounts read
     QString explainHistory;      ///< explanations typed, newest first, each followed by "|"
     QString explainList;         ///< the book's explanation list, read once per book
-    int explainListBook = -1;    ///< the book explainList was read for
+    int explainListBook = -1;    ///< the book explainList and explainMemo were read for
+    QStringList explainMemo;     ///< the explanations kept for the book on purpose (常用摘要)
     AccountChart accounts;       ///< see chart()
     int accountsBook = -1;       ///< the book the chart's use counts are of
 };

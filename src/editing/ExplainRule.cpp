@@ -1,5 +1,6 @@
 #include "editing/ExplainRule.h"
 
+#include "data/ExplainMemo.h"
 #include "editing/AccountLookup.h"
 #include "editing/EditContext.h"
 #include "grid/ColumnReader.h"
@@ -15,24 +16,93 @@ bool ExplainRule::handles(JournalColumns::Column column) const
     return column == JournalColumns::Explain;
 }
 
-QString ExplainRule::comboList(EditContext &ctx, int, int) const
+namespace {
+
+QStringList offered(EditContext &ctx)
 {
     const int book = ctx.state.savedDocId();
     if (ctx.explainListBook != book) {
         ctx.explainList.clear();
-        if (const Database *db = ctx.db())
+        ctx.explainMemo.clear();
+        if (const Database *db = ctx.db()) {
             ctx.explainList = AccountLookup(*db).bookExplains(book);
+            ctx.explainMemo = ExplainMemo::load(*db, book).valueOr(QStringList());
+        }
         ctx.explainListBook = book;
     }
-    // What was typed lately comes first; each text once.
+    // What the cashier keeps comes first, then what was typed lately; each
+    // text once.
     QStringList items;
+    for (const QString &t : ctx.explainMemo)
+        if (!items.contains(t))
+            items << t;
     for (const QString &t : ctx.explainHistory.split(QLatin1Char('|'), Qt::SkipEmptyParts))
         if (!items.contains(t))
             items << t;
     for (const QString &t : ctx.explainList.split(QLatin1Char('|'), Qt::SkipEmptyParts))
         if (!items.contains(t))
             items << t;
+    return items;
+}
+
+} // namespace
+
+QString ExplainRule::texts(EditContext &ctx)
+{
+    const QStringList items = offered(ctx);
     return items.isEmpty() ? QString() : QLatin1Char('|') + items.join(QLatin1Char('|'));
+}
+
+QString ExplainRule::comboList(EditContext &ctx, int, int) const
+{
+    const QStringList items = offered(ctx);
+    if (items.isEmpty())
+        return {};
+    const QStringList notes = hints(ctx, items);
+    QString list;
+    for (int i = 0; i < items.size(); ++i) {
+        list += QLatin1Char('|') + items.at(i);
+        if (!notes.at(i).isEmpty())
+            list += QLatin1Char('\t') + notes.at(i);
+    }
+    return list;
+}
+
+QStringList ExplainRule::hints(const EditContext &ctx, const QStringList &texts)
+{
+    QStringList out(texts.size());
+    const Sheet &grid = ctx.grid;
+    const int col = ctx.columns[JournalColumns::Explain];
+    if (col < 0 || texts.isEmpty())
+        return out;
+    // The texts as the cells that hold them: equal texts are one pooled
+    // cell, so the column is read from the bottom up without a text made.
+    QHash<quint64, int> wanted;
+    for (int i = 0; i < texts.size(); ++i) {
+        bool held = false;
+        const Cell cell = grid.cellStore().cellOf(texts.at(i), held);
+        if (held && cell.kind() != Cell::Empty)
+            wanted.insert(cell.bits(), i);
+    }
+    ColumnReader cells(grid.cellStore(), col);
+    for (int r = grid.rows() - 1; r >= grid.fixedRows() && !wanted.isEmpty(); --r) {
+        const auto it = wanted.constFind(cells.at(r).bits());
+        if (it == wanted.constEnd())
+            continue;
+        const BookRow record = BookRow::of(grid, ctx.columns, r);
+        if (record.isSummary() || !record.isDated() || record.isOpening())
+            continue;
+        const Currency debit = record.debit(), credit = record.credit();
+        QString note = record.text(JournalColumns::AccName);
+        if (!debit.isZero() || !credit.isZero()) {
+            const bool inSide = !debit.isZero();
+            note += (note.isEmpty() ? QString() : QStringLiteral("  ")) + (inSide ? QStringLiteral("借 ") : QStringLiteral("贷 ")) +
+                    (inSide ? debit : credit).format(QStringLiteral("#,##0.00"));
+        }
+        out[it.value()] = note;
+        wanted.erase(it);
+    }
+    return out;
 }
 
 void ExplainRule::afterEdit(EditContext &ctx, int row, int col)

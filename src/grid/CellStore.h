@@ -101,6 +101,21 @@ public:
     /// Lists again the columns that turned dense since they were last
     /// compacted, where few of their cells differ from one.
     void compactGrown();
+    /// The cell \a text is held as, for comparing cells with it: a typed
+    /// cell for the canonical form of a number or a day, the pooled text
+    /// else; \a held is false when no cell holds that text.
+    Cell cellOf(const QString &text, bool &held) const
+    {
+        bool isText = false;
+        const Cell typed = Cell::classify(text, isText);
+        if (!isText) {
+            held = true;
+            return typed;
+        }
+        const std::uint32_t id = m_pool.find(text);
+        held = id != UINT32_MAX;
+        return held ? Cell::text(id) : Cell();
+    }
     /// The cell's text, as written.
     QString text(int row, int col) const;
     /// Writes a text; false when the cell already held it (nothing changes).

@@ -1,4 +1,5 @@
 #include "grid/GridDelegate.h"
+#include "grid/ComboHints.h"
 #include "grid/GridViewPrivate.h"
 
 #include "kxjournal/EditCycle.h"
@@ -126,8 +127,7 @@ QWidget *GridDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem 
         cb->setEditable(true);
         cb->setInsertPolicy(QComboBox::NoInsert);
         cb->setFrame(false);
-        for (const QString &item : list.split(QLatin1Char('|'), Qt::SkipEmptyParts))
-            cb->addItem(item);
+        ComboHints::fill(cb, list);
         return cb;
     }
     auto *le = new QLineEdit(parent);

@@ -22,6 +22,12 @@ public:
     void retain(std::uint32_t id) { ++m_refs[id]; }
     /// Drops a reference to \a id; the text goes when none is left.
     void release(std::uint32_t id);
+    /// The id of \a text when a cell holds it, else UINT32_MAX; adds no reference.
+    std::uint32_t find(const QString &text) const
+    {
+        const auto it = m_ids.constFind(text);
+        return it == m_ids.constEnd() ? UINT32_MAX : it.value();
+    }
     /// The text of a live id.
     const QString &text(std::uint32_t id) const { return m_texts[id]; }
     /// A hash of the text of a live id, made once when it was pooled.

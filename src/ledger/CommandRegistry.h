@@ -27,6 +27,7 @@ enum class CommandId {
     CheckBook,
     Statistics,
     Recalc,
+    ExplainMemo,
     AccDoc,
     DocSelect,
     RemoveDoc,
@@ -73,6 +74,7 @@ enum class CommandCondition {
     SelectionLinked,
     VoucherToMake,
     BookChosen,
+    ChangeableBook,      ///< one book shown that may change, records or not
 };
 
 /// Where a command's keys are answered.

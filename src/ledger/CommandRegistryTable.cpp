@@ -32,6 +32,7 @@ const std::vector<CommandSpec> &CommandRegistry::table()
         {I::CheckBook, "mnuCheckBook", "", "检查账簿", "book", "", J, C::HasRecords, false},
         {I::Statistics, "mnuStatistics", "", "统计", "book", "", J, C::HasRecords, false},
         {I::Recalc, "mnuRecalc", "", "重新计算余额", "book", "", J, C::HasRecords, false},
+        {I::ExplainMemo, "mnuExplainMemo", "ExplainMemo", "常用摘要...", "book", "", J, C::ChangeableBook, false},
 
         {I::AccDoc, "mnuAccDoc", "", "查看凭证", "voucher", "", J, C::VoucherToLookAt, false},
         {I::DocSelect, "mnuDocSelect", "", "选择凭证...", "voucher", "", J, C::SelectionLinkable, false},

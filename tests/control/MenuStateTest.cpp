@@ -136,7 +136,7 @@ TEST(MenuState, ItemsAreEnabledExactlyWhenTheyCanRunOnTheRowAndBook)
                             QStringLiteral("mnuInsertRows"), QStringLiteral("mnuDeleteRows"),
                             QStringLiteral("mnuRenumber"), QStringLiteral("mnuDelHistory"),
                             QStringLiteral("mnuInsSumRow"), QStringLiteral("mnuCloseBook"),
-                            QStringLiteral("mnuDocSelect")})},
+                            QStringLiteral("mnuDocSelect"), QStringLiteral("mnuExplainMemo")})},
         {"an empty clipboard: paste has nothing to enter",
          [](EditingBook &b) {
              QGuiApplication::clipboard()->clear();
