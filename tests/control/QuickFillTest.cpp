@@ -127,3 +127,30 @@ TEST(Numbering, ANewRecordTakesTheNextNumberAsItIsDated)
         << "a number typed first stands";
     EXPECT_EQ(numberAfter(QStringLiteral("1"), QStringLiteral("12"), false), QString()) << "turned off";
 }
+
+// A summary row is no record to copy; a closed month's records take nothing.
+TEST(QuickFill, SummaryRowsAreNoSourceAndClosedRecordsTakeNothing)
+{
+    Filling f;
+    // Early in the book, so that the last days stay open to new records.
+    const int summary = f.g->fixedRows() + 4;
+    ASSERT_TRUE(f.journal.InsSumRow(summary - 1));
+    const kx::JournalColumns columns(*f.g);
+    ASSERT_TRUE(kx::BookRow::of(*f.g, columns, summary).isSummary());
+    f.g->setText(summary, f.g->colIndex(QStringLiteral("Explain")), QStringLiteral("只在汇总行上的摘要"));
+    f.blank = f.g->rows() - 1;
+    ASSERT_TRUE(f.type("ShowName", QStringLiteral("2025-12-31")));
+    ASSERT_TRUE(f.type("Explain", QStringLiteral("只在汇总行上的摘要")));
+    EXPECT_TRUE(f.at("AccName").isEmpty());
+    EXPECT_TRUE(f.at("Debit").isEmpty());
+    EXPECT_TRUE(f.at("Credit").isEmpty());
+
+    Filling closed;
+    ASSERT_TRUE(closed.journal.CloseBook());
+    ASSERT_TRUE(closed.journal.Save());
+    // The record with the account emptied on purpose, in the closed month.
+    const QString account = closed.g->text(closed.source, QStringLiteral("AccName"));
+    EXPECT_FALSE(closed.g->editCycle()->editCell(closed.source, closed.g->colIndex(QStringLiteral("Explain")), closed.explain));
+    EXPECT_EQ(closed.g->text(closed.source, QStringLiteral("AccName")), account);
+    EXPECT_FALSE(closed.journal.IsDirty());
+}
