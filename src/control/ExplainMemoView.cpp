@@ -1,6 +1,7 @@
 #include "control/ExplainMemoView.h"
 
 #include "control/JournalPrivate.h"
+#include "control/SideView.h"
 #include "data/ExplainMemo.h"
 #include "editing/EditSession.h"
 #include "grid/Sheet.h"
@@ -19,23 +20,9 @@ namespace kx {
 
 ExplainMemoView *ExplainMemoView::open(JournalPrivate &d)
 {
-    const std::shared_ptr<JournalPrivate> keep = d.shared_from_this();
-    if (!d.mayStart() || d.cancels(QStringLiteral("ExplainMemo")) || !d.alive() || !d.settleEditor() || !d.alive())
-        return nullptr;
-    AccContext *acc = d.context();
-    if (!acc) {
-        d.failure(QStringLiteral("没有连接到账套。"), true);
-        return nullptr;
-    }
-    if (auto *shown = d.q->findChild<ExplainMemoView *>(QString(), Qt::FindDirectChildrenOnly)) {
-        shown->raise();
-        shown->activateWindow();
-        return shown;
-    }
-    auto *view = new ExplainMemoView(d, *acc, d.q);
-    view->setAttribute(Qt::WA_DeleteOnClose);
-    view->show();
-    return view;
+    return openSideView<ExplainMemoView>(
+        d, QStringLiteral("ExplainMemo"), [&d](AccContext &acc) { return new ExplainMemoView(d, acc, d.q); },
+        [](ExplainMemoView *) {});
 }
 
 ExplainMemoView::ExplainMemoView(JournalPrivate &d, AccContext &acc, QWidget *parent)

@@ -1,4 +1,5 @@
 #include "control/ReconcileView.h"
+#include "control/SideView.h"
 
 #include "control/JournalPrivate.h"
 #include "editing/EditSession.h"
@@ -127,25 +128,14 @@ ReconcileView::~ReconcileView() = default;
 
 ReconcileView *ReconcileView::open(JournalPrivate &d)
 {
-    const std::shared_ptr<JournalPrivate> keep = d.shared_from_this();
-    if (!d.mayStart() || d.cancels(QStringLiteral("Reconcile")) || !d.alive() || !d.settleEditor() || !d.alive())
-        return nullptr;
-    AccContext *acc = d.context();
-    if (!acc) {
-        d.failure(QStringLiteral("没有连接到账套。"), true);
-        return nullptr;
-    }
-    if (auto *shown = d.q->findChild<ReconcileView *>(QString(), Qt::FindDirectChildrenOnly)) {
-        shown->reload();
-        shown->raise();
-        shown->activateWindow();
-        return shown;
-    }
-    auto *view = new ReconcileView(d, *acc, d.q);
-    view->setAttribute(Qt::WA_DeleteOnClose);
-    view->reload();
-    view->show();
-    return view;
+    return openSideView<ReconcileView>(
+        d, QStringLiteral("Reconcile"),
+        [&d](AccContext &acc) {
+            auto *view = new ReconcileView(d, acc, d.q);
+            view->reload();
+            return view;
+        },
+        [](ReconcileView *shown) { shown->reload(); });
 }
 
 bool ReconcileView::contextGone()
