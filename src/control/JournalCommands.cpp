@@ -8,6 +8,7 @@
 #include "control/LayoutController.h"
 #include "control/OutputController.h"
 #include "control/ReconcileView.h"
+#include "control/DailyReportView.h"
 #include "kxjournal/Journal.h"
 #include "ledger/ColumnModel.h"
 #include "ledger/ReconciledRows.h"
@@ -31,6 +32,7 @@ void JournalCommands::offer(JournalPrivate &d)
     r.bind(I::Export, [p](const QString &) { p->q->Export(); });
     r.bind(I::Print, [p](const QString &) { p->output->printPreview(); });
     r.bind(I::Reconcile, [p](const QString &) { ReconcileView::open(*p); });
+    r.bind(I::DailyReport, [p](const QString &) { DailyReportView::open(*p); });
     r.bind(I::FindNext, [p](const QString &) { p->output->findBar->isVisible() ? p->output->findBar->step(true) : p->output->openFindBar(); });
     r.bind(I::FindPrevious,
            [p](const QString &) { p->output->findBar->isVisible() ? p->output->findBar->step(false) : p->output->openFindBar(); });

@@ -35,6 +35,7 @@ enum class CommandId {
     Export,
     Print,
     Reconcile,
+    DailyReport,
     PackJnl,
     Refresh,
     DefaultFormatItem,
@@ -73,6 +74,7 @@ enum class CommandCondition {
     SelectionLinked,
     VoucherToMake,
     BookChosen,
+    Connected,           ///< a context whose database is open
 };
 
 /// Where a command's keys are answered.

@@ -128,6 +128,8 @@ bool MenuConditions::holds(CommandCondition condition) const
         return !state.isConsolidated() && selectionLinkable();
     case C::BookChosen:
         return state.book.docId >= 1;
+    case C::Connected:
+        return m_facts.connected;
     }
     return true;
 }
