@@ -210,6 +210,13 @@ TEST_P(DailyReportFiles, TheFiguresInEachFileAreTheRecordsSumsLevelByLevel)
         EXPECT_TRUE(listed == inSpan.value(id)) << listed.size() << " listed, " << inSpan.value(id).size() << " in the month";
     }
 
+    // The last day with a record, by the engine, against the records.
+    QDate lastInSpan;
+    for (const QList<Record> &list : std::as_const(inSpan))
+        for (const Record &r : list)
+            lastInSpan = std::max(lastInSpan, r.date);
+    EXPECT_EQ(kx::DailyReport::lastDay(db, 0, to).value(), lastInSpan);
+
     kx::DailyReportWriter report(lines, from, to, QStringLiteral("王出纳"));
     report.setMadeOn(QDate(2025, 5, 2));
     report.setEntries(entries.value());
