@@ -177,7 +177,7 @@ void DailyReportWriter::layout(Sheet &grid, const QSizeF &area, const QFont &fon
     const QList<Printed> all =
         printedLines(m_lines, m_entries, [this](const BookDirectory::Book &b) { return depth(b); }, total());
     grid.setCols(Columns + 1);
-    grid.setRows(1 + int(all.size()));
+    grid.setRows(1);
     double rest = area.width();
     for (double w : Widths)
         rest -= w;
@@ -194,11 +194,16 @@ void DailyReportWriter::layout(Sheet &grid, const QSizeF &area, const QFont &fon
     QFont bold = font;
     bold.setBold(true);
     const QFontMetricsF boldMetrics(bold);
+    struct Placed {
+        int page;
+        double height;
+        QStringList cells;
+        bool strong;
+    };
+    QList<Placed> placed;
     int page = 1;
     double used = 0;
-    for (int i = 0; i < int(all.size()); ++i) {
-        const Printed &p = all.at(i);
-        const int r = i + 1;
+    const auto place = [&](const Printed &p, bool opensPage) {
         const bool strong = p.kind == Printed::Total || p.kind == Printed::EntryHead || p.line.book.hasChildren;
         QStringList cells = cellsOf(p, figure);
         // Figures and short texts stay on one line, cut with "…" when too long;
@@ -212,16 +217,34 @@ void DailyReportWriter::layout(Sheet &grid, const QSizeF &area, const QFont &fon
             m.boundingRect(QRectF(0, 0, w, 1e6), Qt::TextWordWrap | Qt::TextWrapAnywhere, cells.at(1)).height() + 4);
         // A list's heading stays on the page of its first record.
         const double need = p.kind == Printed::EntryHead ? height + LineHeight : height;
-        if (used + need > room && used > 0) {
+        const bool breaks = used + need > room && used > 0;
+        if (breaks) {
             ++page;
             used = 0;
         }
+        if (breaks && opensPage) {
+            // A list going on over a page is headed again there.
+            Printed head;
+            head.kind = Printed::EntryHead;
+            head.depth = p.depth;
+            const QStringList heads = cellsOf(head, figure);
+            placed << Placed{page, LineHeight, heads, true};
+            used += LineHeight;
+        }
         used += height;
-        grid.setRowHeight(r, int(std::ceil(height)));
-        grid.setText(r, 0, QString::number(page));
+        placed << Placed{page, height, cells, strong};
+    };
+    for (const Printed &p : all)
+        place(p, p.kind == Printed::Entry);
+    grid.setRows(1 + int(placed.size()));
+    for (int i = 0; i < int(placed.size()); ++i) {
+        const Placed &l = placed.at(i);
+        const int r = i + 1;
+        grid.setRowHeight(r, int(std::ceil(l.height)));
+        grid.setText(r, 0, QString::number(l.page));
         for (int c = 1; c <= Columns; ++c)
-            grid.setText(r, c, cells.at(c - 1));
-        grid.setSubtotal(r, strong);
+            grid.setText(r, c, l.cells.at(c - 1));
+        grid.setSubtotal(r, l.strong);
     }
 }
 

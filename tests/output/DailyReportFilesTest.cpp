@@ -22,6 +22,7 @@
 #include <QMap>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QSet>
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
 #include <gtest/gtest.h>
@@ -422,4 +423,46 @@ TEST(DailyReportTool, WritesEachKindOfFileByItsExtension)
     EXPECT_EQ(err.count(QLatin1Char('\n')), 1) << qPrintable(err);
     EXPECT_TRUE(err.contains(QStringLiteral(".pdf"))) << qPrintable(err);
     EXPECT_FALSE(QFile::exists(dir.filePath(QStringLiteral("日报.txt"))));
+}
+
+// On paper a book's records going on over a page are headed again there,
+// and no line is lost to the break.
+TEST(DailyReportFiles, AListGoingOverAPageIsHeadedAgain)
+{
+    kxtest::TestDatabase testDb(Engine::Sqlite);
+    int bookId = 0;
+    {
+        kx::Database conn = testDb.open();
+        bookId = kxtest::fillSampleBooks(conn, 1500, 1);
+        ASSERT_GT(bookId, 0);
+    }
+    kx::SqlAccContext acc(testDb.open());
+    const QDate from(2025, 8, 1), to(2025, 8, 31);
+    const QList<kx::DailyReport::Line> lines = kx::DailyReport::make(acc.Connection(), bookId, from, to).value();
+    const QList<kx::DailyReport::Entry> month = kx::DailyReport::entries(acc.Connection(), {bookId}, from, to).value().value(bookId);
+    ASSERT_GE(month.size(), 40);
+    kx::DailyReportWriter report(lines, from, to);
+    report.setEntries({{bookId, month}});
+    kx::Sheet grid;
+    QFont font(QStringLiteral("Noto Sans CJK SC"));
+    font.setPixelSize(11);
+    report.layout(grid, QSizeF(770, 400), font);
+    int pages = 1, heads = 0, listed = 0;
+    QSet<QString> pagesListing;
+    for (int r = 1; r < grid.rows(); ++r) {
+        const bool head = grid.text(r, 3) == QStringLiteral("对方科目");
+        heads += head ? 1 : 0;
+        if (QDate::fromString(grid.text(r, 1), Qt::ISODate).isValid()) {
+            ++listed;
+            pagesListing.insert(grid.text(r, 0));
+        }
+        if (r > 1 && grid.text(r, 0) != grid.text(r - 1, 0)) {
+            ++pages;
+            EXPECT_FALSE(QDate::fromString(grid.text(r, 1), Qt::ISODate).isValid()) << "page " << pages << " opens on a record";
+        }
+    }
+    EXPECT_GE(pages, 3);
+    EXPECT_EQ(heads, int(pagesListing.size())) << "the list's heading on each page it runs over";
+    EXPECT_EQ(listed, month.size());
+    EXPECT_EQ(grid.text(grid.rows() - 1, 2), QStringLiteral("合计"));
 }
