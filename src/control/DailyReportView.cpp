@@ -137,7 +137,7 @@ DailyReportView::DailyReportView(AccContext &acc, int bookId, QWidget *parent) :
     m_records->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_records->verticalHeader()->hide();
     m_records->verticalHeader()->setDefaultSectionSize(22);
-    m_records->horizontalHeader()->setStretchLastSection(true);
+    m_records->horizontalHeader()->setSectionResizeMode(3, QHeaderView::Stretch);
     auto *split = new QSplitter(Qt::Vertical);
     split->addWidget(m_lines);
     split->addWidget(m_records);

@@ -403,7 +403,7 @@ Result<void> DailyReportWriter::writeCsv(const QString &path, const QStringList 
             text = QLatin1Char('"') + text.replace(QLatin1Char('"'), QStringLiteral("\"\"")) + QLatin1Char('"');
         return text;
     };
-    QString text = QStringLiteral("资金日报表,%1 至 %2\r\n").arg(m_from.toString(Qt::ISODate), m_to.toString(Qt::ISODate));
+    QString text = QStringLiteral("资金日报表,%1\r\n").arg(DailyReport::span(m_from, m_to));
     text += DailyReport::headers().join(QLatin1Char(',')) + QStringLiteral("\r\n");
     // Levels indented by two blanks each, as a text reader lines them up.
     QList<Printed> all =
