@@ -8,6 +8,7 @@
 #include "bank/StatementStore.h"
 #include "ledger/Book.h"
 #include "output/DailyReport.h"
+#include "output/DailyReportWriter.h"
 #include "output/FileOutput.h"
 
 #include <QFileInfo>
@@ -210,11 +211,12 @@ int reconcile(const QString &url, const QString &code, const QDate &to, bool aut
     });
 }
 
-int daily(const QString &url, const QString &code, const QDate &from, const QDate &to, const QString &out)
+int daily(const QString &url, const QString &code, const QDate &from, const QDate &to, const QString &out, bool rows,
+          const QString &preparer)
 {
     const QString who = code.isEmpty() ? QStringLiteral("daily") : code;
-    if (!out.endsWith(QLatin1String(".csv"), Qt::CaseInsensitive))
-        return failWith(who, QStringLiteral("资金日报表现在只能写成 .csv 文件：%1").arg(out));
+    if (!kx::DailyReportWriter::knowsExtension(out))
+        return failWith(who, QStringLiteral("资金日报表只能写成 .pdf、.xlsx 或 .csv 文件：%1").arg(out));
     ToolBook book;
     int root = 0;
     if (!code.isEmpty()) {
@@ -230,12 +232,23 @@ int daily(const QString &url, const QString &code, const QDate &from, const QDat
     const kx::Result<QList<kx::DailyReport::Line>> lines = kx::DailyReport::make(db, root, from, to);
     if (!lines.ok())
         return failWith(who, lines.error());
+    kx::DailyReportWriter report(lines.value(), from, to, preparer);
+    if (rows) {
+        QList<int> bottoms;
+        for (const kx::DailyReport::Line &l : lines.value())
+            if (!l.book.hasChildren)
+                bottoms << l.book.id;
+        const kx::Result<QHash<int, QList<kx::DailyReport::Entry>>> entries = kx::DailyReport::entries(db, bottoms, from, to);
+        if (!entries.ok())
+            return failWith(who, entries.error());
+        report.setEntries(entries.value());
+    }
     const QStringList keep =
         url.startsWith(QLatin1String("sqlite:")) ? kx::FileOutput::databaseFiles(url.mid(7)) : QStringList();
-    if (const kx::Result<void> written = kx::DailyReport::writeCsv(lines.value(), from, to, out, keep); !written.ok())
+    if (const kx::Result<void> written = report.write(out, keep); !written.ok())
         return failWith(who, written.error());
-    std::printf("kxjournal: 资金日报表（%s 至 %s，%d 本日记账）已写入 %s\n", qPrintable(from.toString(Qt::ISODate)),
-                qPrintable(to.toString(Qt::ISODate)), int(lines.value().size()), qPrintable(out));
+    std::printf("kxjournal: 资金日报表（%s，%d 本日记账）已写入 %s\n", qPrintable(kx::DailyReport::span(from, to)),
+                int(lines.value().size()), qPrintable(out));
     return 0;
 }
 

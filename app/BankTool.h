@@ -27,7 +27,10 @@ int reconcile(const QString &url, const QString &code, const QDate &to, bool aut
               const QString &user);
 
 /// Writes the daily fund report of days \a from … \a to for book \a code of
-/// \a url and every book below it (empty: every book) into \a out (.csv).
-int daily(const QString &url, const QString &code, const QDate &from, const QDate &to, const QString &out);
+/// \a url and the books below it (empty: every book) into \a out, a PDF,
+/// XLSX or CSV file by its extension, prepared by \a preparer; \a rows lists
+/// each bottom book's records of the span under it. Exit code.
+int daily(const QString &url, const QString &code, const QDate &from, const QDate &to, const QString &out, bool rows,
+          const QString &preparer);
 
 } // namespace BankTool

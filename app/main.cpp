@@ -298,8 +298,11 @@ ToolNeeds toolNeeds(int argc, char **argv)
         return ToolNeeds::Nothing;
     // A book is loaded, checked, made into a voucher or written as text
     // without fonts; a spreadsheet's widths and printed pages need them.
-    if (command == "make" || command == "check" || command == "statement" || command == "daily")
+    if (command == "make" || command == "check" || command == "statement")
         return ToolNeeds::Nothing;
+    // The daily report's pages are drawn; its spreadsheet and text need no font.
+    if (command == "daily")
+        return out.toLower().endsWith(".pdf") ? ToolNeeds::Drawing : ToolNeeds::Nothing;
     // The reconciliation's pages are drawn; its spreadsheet needs no font.
     if (command == "reconcile")
         return out.toLower().endsWith(".pdf") ? ToolNeeds::Drawing : ToolNeeds::Nothing;
@@ -369,6 +372,7 @@ int main(int argc, char **argv)
                                                     "  statement sample\n"
                                                     "           write a bank's statement of a book up to --to, for trying reconciliation\n"
                                                     "  daily    write the daily fund report of --from to --to (a book and those below it, or all)\n"
+                                                    "           into a PDF, XLSX or CSV file (--rows lists the records)\n"
                                                     "  reconcile\n"
                                                     "           write a bank book's balance reconciliation on --to into a PDF or XLSX file"));
     parser.addHelpOption();
@@ -412,6 +416,9 @@ int main(int argc, char **argv)
     const QCommandLineOption reconcileShot(QStringLiteral("reconcile-view"),
                                            QStringLiteral("With --screenshot: draw the bank reconciliation view instead (demo)."));
     parser.addOption(reconcileShot);
+    const QCommandLineOption dailyRows(QStringLiteral("rows"),
+                                       QStringLiteral("List each bottom book's records of the days under it (daily)."));
+    parser.addOption(dailyRows);
     const QCommandLineOption previewShot(QStringLiteral("preview"),
                                          QStringLiteral("With --screenshot: draw the print preview instead (demo)."));
     const QCommandLineOption mapping(QStringLiteral("mapping"),
@@ -512,12 +519,13 @@ int main(int argc, char **argv)
         const QDate first = QDate::fromString(parser.value(from), Qt::ISODate);
         const QDate last = QDate::fromString(parser.value(to), Qt::ISODate);
         if (!parser.isSet(dbOption) || !first.isValid() || !last.isValid() || parser.value(out).isEmpty()) {
-            std::fprintf(stderr, "kxjournal: daily needs --db URL, --from DATE, --to DATE and --out FILE.csv "
-                                 "(--book CODE for one book and those below it)\n");
+            std::fprintf(stderr, "kxjournal: daily needs --db URL, --from DATE, --to DATE and --out "
+                                 "FILE.pdf|FILE.xlsx|FILE.csv (--book CODE for one book and those below it, "
+                                 "--rows to list the records)\n");
             return 2;
         }
         return BankTool::daily(parser.value(dbOption), parser.isSet(book) ? parser.value(book) : QString(), first, last,
-                               parser.value(out));
+                               parser.value(out), parser.isSet(dailyRows), parser.isSet(user) ? parser.value(user) : QString());
     }
     if (command == QLatin1String("reconcile")) {
         const QDate until = QDate::fromString(parser.value(to), Qt::ISODate);

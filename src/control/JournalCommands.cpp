@@ -9,6 +9,7 @@
 #include "control/OutputController.h"
 #include "control/ExplainMemoView.h"
 #include "control/ReconcileView.h"
+#include "control/DailyReportView.h"
 #include "kxjournal/Journal.h"
 #include "ledger/ColumnModel.h"
 #include "ledger/ReconciledRows.h"
@@ -33,6 +34,7 @@ void JournalCommands::offer(JournalPrivate &d)
     r.bind(I::Print, [p](const QString &) { p->output->printPreview(); });
     r.bind(I::Reconcile, [p](const QString &) { ReconcileView::open(*p); });
     r.bind(I::ExplainMemo, [p](const QString &) { ExplainMemoView::open(*p); });
+    r.bind(I::DailyReport, [p](const QString &) { DailyReportView::open(*p); });
     r.bind(I::FindNext, [p](const QString &) { p->output->findBar->isVisible() ? p->output->findBar->step(true) : p->output->openFindBar(); });
     r.bind(I::FindPrevious,
            [p](const QString &) { p->output->findBar->isVisible() ? p->output->findBar->step(false) : p->output->openFindBar(); });

@@ -6,6 +6,8 @@
 #include "editing/EditSession.h"
 #include "grid/GridViewPrivate.h"
 #include "grid/Sheet.h"
+#include "kxjournal/AccContext.h"
+#include "kxjournal/Database.h"
 #include "kxjournal/GridView.h"
 #include "kxjournal/Journal.h"
 #include "ledger/ColumnFit.h"
@@ -136,6 +138,7 @@ bool LayoutController::menuAllows(CommandCondition condition) const
     facts.clipboardHasText = clipboardHasText;
     facts.canUndo = d.q->canUndo();
     facts.canRedo = d.q->canRedo();
+    facts.connected = d.context() && d.context()->Connection().isOpen();
     return MenuConditions(d.edit->context(), facts).holds(condition);
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "control/JournalPrivate.h"
+#include "kxjournal/AccContext.h"
+#include "kxjournal/Database.h"
 #include "kxjournal/Journal.h"
 
 #include <QString>
@@ -20,7 +22,7 @@ View *openSideView(JournalPrivate &d, const QString &command, Make make, Again a
     if (!d.mayStart() || d.cancels(command) || !d.alive() || !d.settleEditor() || !d.alive())
         return nullptr;
     AccContext *acc = d.context();
-    if (!acc) {
+    if (!acc || !acc->Connection().isOpen()) {
         d.failure(QStringLiteral("没有连接到账套。"), true);
         return nullptr;
     }

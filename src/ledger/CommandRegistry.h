@@ -36,6 +36,7 @@ enum class CommandId {
     Export,
     Print,
     Reconcile,
+    DailyReport,
     PackJnl,
     Refresh,
     DefaultFormatItem,
@@ -75,6 +76,7 @@ enum class CommandCondition {
     VoucherToMake,
     BookChosen,
     ChangeableBook,      ///< one book shown that may change, records or not
+    Connected,           ///< a context whose database is open
 };
 
 /// Where a command's keys are answered.

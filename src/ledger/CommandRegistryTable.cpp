@@ -43,6 +43,7 @@ const std::vector<CommandSpec> &CommandRegistry::table()
         {I::Export, "mnuExport", "Export", "导出...", "output", "", J, C::HasRows, false},
         {I::Print, "mnuPrint", "", "打印预览...", "output", "", J, C::HasRows, false},
         {I::Reconcile, "mnuReconcile", "Reconcile", "银行对账...", "output", "", J, C::OneBookRecords, false},
+        {I::DailyReport, "mnuDailyReport", "DailyReport", "资金日报表...", "output", "", J, C::Connected, false},
 
         {I::PackJnl, "mnuPackJnl", "", "合并显示", "view", "", J, C::Always, true},
         {I::Refresh, "mnuRefresh", "Refresh", "刷新", "view", "F5", J, C::BookChosen, false},

@@ -130,6 +130,8 @@ bool MenuConditions::holds(CommandCondition condition) const
         return state.book.docId >= 1;
     case C::ChangeableBook:
         return changeable() && state.book.docId >= 1;
+    case C::Connected:
+        return m_facts.connected;
     }
     return true;
 }

@@ -11,6 +11,7 @@ struct MenuFacts {
     bool clipboardHasText = false;  ///< something a paste would enter
     bool canUndo = false;
     bool canRedo = false;
+    bool connected = false;  ///< a context whose database is open
 };
 
 /// Decides which context-menu items can run now, from the current row, the

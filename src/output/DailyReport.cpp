@@ -2,11 +2,9 @@
 
 #include "data/SqlAccess.h"
 #include "kxjournal/Database.h"
-#include "output/BookSheet.h"
-#include "output/FileOutput.h"
 
+#include <QDateTime>
 #include <QHash>
-#include <QSaveFile>
 #include <functional>
 
 namespace kx {
@@ -22,6 +20,25 @@ QString dayLiteral(const Database &db, const QDate &day)
     // The format's own "%0…" marks stay out of QString::arg's reach.
     return QStringLiteral("printf('%04d-%02d-%02d', ") + QString::number(day.year()) + QStringLiteral(", ") +
            QString::number(day.month()) + QStringLiteral(", ") + QString::number(day.day()) + QLatin1Char(')');
+}
+
+// Ids are typed integers: they are the one thing written into a statement.
+QString idList(const QList<int> &ids)
+{
+    QStringList out;
+    for (const int id : ids)
+        out << QString::number(id);
+    return out.join(QLatin1Char(','));
+}
+
+// A day as the engines give it back: a date, a time stamp or ISO text.
+QDate dateOf(const QVariant &value)
+{
+    if (value.typeId() == QMetaType::QDate)
+        return value.toDate();
+    if (value.typeId() == QMetaType::QDateTime)
+        return value.toDateTime().date();
+    return QDate::fromString(value.toString().left(10), Qt::ISODate);
 }
 
 struct Sums {
@@ -109,32 +126,72 @@ Result<QList<DailyReport::Line>> DailyReport::make(const Database &db, int rootI
     return out;
 }
 
-Result<void> DailyReport::writeCsv(const QList<Line> &lines, const QDate &from, const QDate &to, const QString &path,
-                                   const QStringList &keep)
+QString DailyReport::span(const QDate &from, const QDate &to)
 {
-    QSaveFile out(path);
-    if (Result<void> opened = FileOutput::open(out, keep); !opened.ok())
-        return opened;
-    const auto field = [](QString text) {
-        if (text.contains(QLatin1Char(',')) || text.contains(QLatin1Char('"')) || text.contains(QLatin1Char('\n')))
-            text = QLatin1Char('"') + text.replace(QLatin1Char('"'), QStringLiteral("\"\"")) + QLatin1Char('"');
-        return text;
-    };
-    QString text = QStringLiteral("资金日报表,%1 至 %2\r\n").arg(from.toString(Qt::ISODate), to.toString(Qt::ISODate));
-    text += headers().join(QLatin1Char(',')) + QStringLiteral("\r\n");
-    for (const Line &l : lines) {
-        const QString indent(qMax(0, l.book.level - 1) * 2, QLatin1Char(' '));
-        text += QStringList{field(l.book.code), field(indent + l.book.name), BookSheet::twoDecimals(l.opening),
-                            QString::number(l.receiptCount), BookSheet::twoDecimals(l.receipts),
-                            QString::number(l.paymentCount), BookSheet::twoDecimals(l.payments),
-                            BookSheet::twoDecimals(l.closing())}
-                    .join(QLatin1Char(',')) +
-                QStringLiteral("\r\n");
+    if (from == to)
+        return from.toString(Qt::ISODate);
+    return QStringLiteral("%1 至 %2").arg(from.toString(Qt::ISODate), to.toString(Qt::ISODate));
+}
+
+Result<QHash<int, QList<DailyReport::Entry>>> DailyReport::entries(const Database &db, const QList<int> &bookIds,
+                                                                   const QDate &from, const QDate &to)
+{
+    if (!from.isValid() || !to.isValid() || to < from)
+        return Error(QStringLiteral("日期范围不对：开始日期不能晚于结束日期。"));
+    QHash<int, QList<Entry>> out;
+    if (bookIds.isEmpty())
+        return out;
+    const QString books = idList(bookIds);
+    // The opening row is a book's first stored row, whatever its day, as the
+    // report counts it; the amounts come as whole ten-thousandths.
+    const QString sql =
+        QStringLiteral("SELECT r.DocID, r.JnlDate, r.JnlNo, r.Explain, a.AccName, "
+                       "CAST(ROUND(COALESCE(r.Debit, 0) * 10000) AS BIGINT), "
+                       "CAST(ROUND(COALESCE(r.Credit, 0) * 10000) AS BIGINT) "
+                       "FROM kxJournalRecs r INNER JOIN (SELECT DocID, MIN(Row) AS FirstRow FROM kxJournalRecs "
+                       "WHERE Tag >= 0 AND DocID IN (%1) GROUP BY DocID) f ON f.DocID = r.DocID "
+                       "LEFT JOIN kxAccClass a ON a.AccID = r.AccID "
+                       "WHERE r.Tag >= 0 AND r.Row <> f.FirstRow AND r.JnlDate >= %2 AND r.JnlDate <= %3 "
+                       "ORDER BY r.DocID, r.Row, r.RecID")
+            .arg(books, dayLiteral(db, from), dayLiteral(db, to));
+    Result<QSqlQuery> q = sqlExec(db, {sql, {}});
+    if (!q.ok())
+        return Error(q.error());
+    QSqlQuery query = q.takeValue();
+    while (query.next()) {
+        Entry e;
+        e.date = dateOf(query.value(1));
+        e.number = query.value(2).toString();
+        e.explain = query.value(3).toString();
+        e.account = query.value(4).toString();
+        e.debit = Currency::fromRaw(query.value(5).toLongLong());
+        e.credit = Currency::fromRaw(query.value(6).toLongLong());
+        out[query.value(0).toInt()] << e;
     }
-    const QByteArray bytes = QByteArray("\xEF\xBB\xBF") + text.toUtf8();
-    if (out.write(bytes) != bytes.size())
-        return Error(FileOutput::cannotWrite(path, FileOutput::why(out)));
-    return FileOutput::commit(out);
+    return out;
+}
+
+Result<QDate> DailyReport::lastDay(const Database &db, int rootId, const QDate &upTo)
+{
+    QString sql = QStringLiteral("SELECT MAX(JnlDate) FROM kxJournalRecs WHERE Tag >= 0 AND JnlDate IS NOT NULL");
+    if (rootId != 0) {
+        const Result<BookDirectory> read = BookDirectory::read(db);
+        if (!read.ok())
+            return Error(read.error());
+        QList<int> ids;
+        for (const BookDirectory::Book &book : read.value().subtree(rootId))
+            ids << book.id;
+        if (ids.isEmpty())
+            return Error(QStringLiteral("没有这本日记账（编号 %1）。").arg(rootId));
+        sql += QStringLiteral(" AND DocID IN (%1)").arg(idList(ids));
+    }
+    if (upTo.isValid())
+        sql += QStringLiteral(" AND JnlDate <= ") + dayLiteral(db, upTo);
+    Result<QSqlQuery> q = sqlExec(db, {sql, {}});
+    if (!q.ok())
+        return Error(q.error());
+    QSqlQuery query = q.takeValue();
+    return query.next() ? dateOf(query.value(0)) : QDate();
 }
 
 } // namespace kx

@@ -5,6 +5,7 @@
 #include "kxjournal/Result.h"
 
 #include <QDate>
+#include <QHash>
 #include <QList>
 #include <QString>
 
@@ -32,10 +33,26 @@ public:
     /// below it (0: every book), in tree order, each book with books below it
     /// holding their totals.
     static Result<QList<Line>> make(const Database &db, int rootId, const QDate &from, const QDate &to);
-    /// Writes \a lines into \a path as comma-separated text (UTF-8 with a
-    /// byte-order mark, CR LF), headed by the span; never over \a keep.
-    static Result<void> writeCsv(const QList<Line> &lines, const QDate &from, const QDate &to, const QString &path,
-                                 const QStringList &keep = {});
+    /// One record of a book in the span, as it is listed under its book.
+    struct Entry {
+        QDate date;
+        QString number;   ///< 单据号
+        QString explain;  ///< 摘要
+        QString account;  ///< 对方科目 (the account's name)
+        Currency debit, credit;
+    };
+    /// The records of books \a bookIds dated \a from … \a to, each book's
+    /// in its own order (not its opening row, no summary rows); a book with
+    /// no record in the span is not in the answer.
+    static Result<QHash<int, QList<Entry>>> entries(const Database &db, const QList<int> &bookIds, const QDate &from,
+                                                    const QDate &to);
+    /// The last day on or before \a upTo (invalid: any day) that a record of
+    /// book \a rootId or a book below it (0: any book) is dated; invalid
+    /// when there is none.
+    static Result<QDate> lastDay(const Database &db, int rootId, const QDate &upTo = {});
+    /// The days of the report as it is headed: "2026-11-24" for one day,
+    /// "2026-11-01 至 2026-11-24" for more.
+    static QString span(const QDate &from, const QDate &to);
     /// The column headers of the report.
     static QStringList headers();
 };

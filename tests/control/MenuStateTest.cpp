@@ -179,7 +179,7 @@ TEST(MenuState, AConsolidatedOrEmptyBookOffersOnlyWhatReadsIt)
                               QStringLiteral("mnuRecalc"),   QStringLiteral("mnuFind"),      QStringLiteral("mnuExport"),
                               QStringLiteral("mnuPrint"),    QStringLiteral("mnuPackJnl"),   QStringLiteral("mnuRefresh"),
                               QStringLiteral("mnuDefaultFormat"), QStringLiteral("mnuFieldShow"),
-                              QStringLiteral("mnuSideTask"), QStringLiteral("mnuDocSelect")};
+                              QStringLiteral("mnuSideTask"), QStringLiteral("mnuDocSelect"), QStringLiteral("mnuDailyReport")};
     QStringList off = itemNames(journal);
     for (const QString &on : reading)
         off.removeAll(on);
