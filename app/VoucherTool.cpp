@@ -109,12 +109,12 @@ int VoucherTool::make(const MakeOptions &o)
     grid.select(first, grid.fixedCols(), last, grid.cols() - 1);
     // No folder named: the temporary one, as the control's default.
     const QString folder = o.out.isEmpty() ? QDir::tempPath() : o.out;
-    const kx::Result<QString> made =
-        kx::VoucherMaker(session.book()).make(folder, o.codec);
+    const kx::Result<QStringList> made = kx::VoucherMaker(session.book()).make(folder, o.codec, o.grouping);
     if (!made.ok())
         session.host().prompt(made.error(), false);
-    if (made.valueOr(QString()).isEmpty())
+    if (made.valueOr(QStringList()).isEmpty())
         return book.fail();
-    std::printf("%s\n", qPrintable(made.value()));
+    for (const QString &path : made.value())
+        std::printf("%s\n", qPrintable(path));
     return 0;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "voucher/VoucherPlan.h"
+
 #include <QDate>
 #include <QString>
 
@@ -19,11 +21,12 @@ public:
         QString user;      ///< who makes the voucher
         QString director;  ///< the accounting director
         QString codec;     ///< the file's code page
+        kx::VoucherGrouping grouping = kx::VoucherGrouping::All;  ///< one voucher, one per record, or per 收/付
     };
 
     /// Prints the voucher file at \a path as a table; 0 on success.
     static int print(const QString &path, const QString &codec);
-    /// Makes a voucher of the book's records dated \a options.from to
-    /// \a options.to and prints the file's path; 0 on success.
+    /// Makes the vouchers of the book's records dated \a options.from to
+    /// \a options.to and prints each file's path on a line; 0 on success.
     static int make(const MakeOptions &options);
 };

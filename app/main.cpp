@@ -269,7 +269,7 @@ ToolNeeds toolNeeds(int argc, char **argv)
 {
     static const QByteArrayList valued{"--db", "--screenshot", "--records", "--books", "--book", "--picker",
                                        "--from", "--to", "--out", "--type", "--types", "--user", "--director", "--codec",
-                                       "--mapping"};
+                                       "--mapping", "--per"};
     QByteArray command, type, out;
     bool screenshot = false;
     for (int i = 1; i < argc; ++i) {
@@ -363,7 +363,7 @@ int main(int argc, char **argv)
                                                     "  sample   write sample books into a database\n"
                                                     "  voucher FILE\n"
                                                     "           print a voucher exchange file as a table\n"
-                                                    "  make     make a voucher file of a book's records of some days\n"
+                                                    "  make     make voucher files of a book's records of some days\n"
                                                     "  export   write a book into a CSV, TSV or XLSX file\n"
                                                     "  print    write a book's printed pages into a PDF file\n"
                                                     "  check    check a book's dates and order (exit 1 with the finding)\n"
@@ -412,6 +412,10 @@ int main(int argc, char **argv)
                                       QStringLiteral("NAME"));
     const QCommandLineOption codec(QStringLiteral("codec"), QStringLiteral("Code page of the voucher file (voucher, make)."),
                                    QStringLiteral("NAME"), QStringLiteral("GBK"));
+    const QCommandLineOption per(QStringLiteral("per"),
+                                 QStringLiteral("One voucher per record, per 收/付 type, or all in one (make)."),
+                                 QStringLiteral("record|type|all"), QStringLiteral("all"));
+    parser.addOption(per);
     const QCommandLineOption menuShot(QStringLiteral("menu"), QStringLiteral("With --screenshot: show the context menu open (demo)."));
     const QCommandLineOption reconcileShot(QStringLiteral("reconcile-view"),
                                            QStringLiteral("With --screenshot: draw the bank reconciliation view instead (demo)."));
@@ -477,6 +481,12 @@ int main(int argc, char **argv)
         o.user = parser.value(user);
         o.director = parser.value(director);
         o.codec = parser.value(codec);
+        const std::optional<kx::VoucherGrouping> grouping = kx::VoucherPlan::grouping(parser.value(per));
+        if (!grouping) {
+            std::fprintf(stderr, "kxjournal: --per must be record, type or all, not \"%s\"\n", qPrintable(parser.value(per)));
+            return 1;
+        }
+        o.grouping = *grouping;
         if (o.url.isEmpty() || !o.from.isValid() || !o.to.isValid() || o.to < o.from) {
             std::fprintf(stderr, "kxjournal: make needs --db URL, --book CODE, --from DATE and --to DATE "
                                  "(yyyy-MM-dd, --from not after --to)\n");

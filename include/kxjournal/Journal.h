@@ -334,8 +334,9 @@ public:
     Q_INVOKABLE bool CheckBook();
     /// Links every selected row that may take a voucher to \a v; the others say why not.
     Q_INVOKABLE void SetDirID(int v);
-    /// Makes a voucher file of the selected records in voucherFolder() and
-    /// raises AfterMaked with its path; true when a file was written.
+    /// Makes voucher files of the selected records in voucherFolder(), one per
+    /// voucher (voucherGrouping()), and raises AfterMaked once per file, in
+    /// voucher order; true when a file was written.
     Q_INVOKABLE bool Make();
     /// Tells the host through FindMsg every row holding all the words of
     /// \a rSearchString, between "#BEGIN#" and "#END#"; FromNextRow is ignored.
@@ -423,6 +424,13 @@ public:
     QString voucherCodec() const;
     /// Sets the voucher file's code page; an unknown name is refused with a message.
     void setVoucherCodec(const QString &name);
+    /// How Make groups the selected records into vouchers, one file each:
+    /// "all" (one voucher, the default), "record" (one per record) or "type"
+    /// (one 收款 voucher of the records that bring money in, one 付款 voucher
+    /// of those that take it out); kept in the property bag as "VoucherGrouping".
+    QString voucherGrouping() const;
+    /// Sets the grouping; another name is refused with a message.
+    void setVoucherGrouping(const QString &name);
     /// Replaces how Export asks for a file name (an empty answer cancels).
     void setFileNameAsker(std::function<QString(const QString &suggested)> asker);
     /// Lays the book out on A4 pages and writes them into a PDF file.

@@ -7,6 +7,7 @@
 #include "kxjournal/GridView.h"
 #include "ledger/ColumnModel.h"
 #include "menu/FieldChoice.h"
+#include "voucher/VoucherPlan.h"
 
 namespace kx {
 
@@ -109,6 +110,7 @@ void Journal::WriteProperties(PropertyBag &bag) const
     // The user's arrangement: columns shown or hidden, widths, split panes.
     bag.write(QStringLiteral("QuickFill"), quickFill());
     bag.write(QStringLiteral("AutoNumber"), autoNumber());
+    bag.write(QStringLiteral("VoucherGrouping"), voucherGrouping());
     bag.write(QStringLiteral("FieldShow"), FieldChoice::shownText(d->state.columns));
     bag.write(QStringLiteral("ColumnWidths"), FieldChoice::widthText(d->state.columns));
     bag.write(QStringLiteral("LayoutSizes"), d->frame->sizesText());
@@ -140,6 +142,10 @@ void Journal::ReadProperties(const PropertyBag &bag)
         setQuickFill(bag.read(QStringLiteral("QuickFill"), quickFill()).toBool());
     if (bag.contains(QStringLiteral("AutoNumber")))
         setAutoNumber(bag.read(QStringLiteral("AutoNumber"), autoNumber()).toBool());
+    // A grouping this version does not know keeps the present one, quietly.
+    if (bag.contains(QStringLiteral("VoucherGrouping")))
+        if (const auto g = VoucherPlan::grouping(bag.read(QStringLiteral("VoucherGrouping"), voucherGrouping()).toString()))
+            setVoucherGrouping(VoucherPlan::nameOf(*g));
     d->layout->applyLooks();
     if (bag.contains(QStringLiteral("FieldShow")) || bag.contains(QStringLiteral("ColumnWidths"))) {
         const QString shown = bag.read(QStringLiteral("FieldShow"), QString()).toString();

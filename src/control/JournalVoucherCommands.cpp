@@ -21,6 +21,13 @@ void JournalVoucherCommands::offer(JournalPrivate &d)
         });
     });
     r.bind(CommandId::MakeDoc, [p](const QString &) { p->q->Make(); });
+    // How Make groups: one of three, so a click always chooses its own.
+    for (const auto &[id, grouping] : {std::pair{CommandId::VoucherPerRecord, VoucherGrouping::Record},
+                                       std::pair{CommandId::VoucherPerType, VoucherGrouping::Type},
+                                       std::pair{CommandId::VoucherAllInOne, VoucherGrouping::All}})
+        r.bind(
+            id, [p, grouping = grouping](const QString &) { p->vouchers->grouping = grouping; },
+            [p, grouping = grouping] { return p->vouchers->grouping == grouping; });
 }
 
 } // namespace kx

@@ -38,12 +38,15 @@ void Journal::SetDirID(int v)
 bool Journal::Make()
 {
     const std::shared_ptr<JournalPrivate> keep = d;
-    const QString path = keep->vouchers->make(voucherFolder());
-    // Raised once the operation is over, so the host's handler may use the control.
-    if (path.isEmpty() || !keep->alive())
-        return !path.isEmpty();
-    Q_EMIT AfterMaked(path);
-    return true;
+    const QStringList paths = keep->vouchers->make(voucherFolder());
+    // Raised once the operation is over, so the host's handler may use the
+    // control; once per file, in voucher order, while the control lives.
+    for (const QString &path : paths) {
+        if (!keep->alive())
+            break;
+        Q_EMIT AfterMaked(path);
+    }
+    return !paths.isEmpty();
 }
 
 QString Journal::voucherFolder() const { return d->vouchers->folder.isEmpty() ? QDir::tempPath() : d->vouchers->folder; }
@@ -56,6 +59,17 @@ void Journal::setVoucherCodec(const QString &name)
         d->vouchers->codec = name;
     else
         Prompt(QStringLiteral("不认识的编码“%1”，凭证文件仍用 %2 编码。").arg(name, d->vouchers->codec));
+}
+
+QString Journal::voucherGrouping() const { return VoucherPlan::nameOf(d->vouchers->grouping); }
+
+void Journal::setVoucherGrouping(const QString &name)
+{
+    if (const std::optional<VoucherGrouping> g = VoucherPlan::grouping(name))
+        d->vouchers->grouping = *g;
+    else
+        Prompt(QStringLiteral("不认识的凭证分组方式“%1”（可用 all、record、type），仍用 %2。")
+                   .arg(name, VoucherPlan::nameOf(d->vouchers->grouping)));
 }
 
 VoucherPicker *Journal::voucherPicker() const { return d->vouchers->picker; }

@@ -62,16 +62,16 @@ void VoucherController::lookAt()
         d.q->Make();
 }
 
-QString VoucherController::make(const QString &into)
+QStringList VoucherController::make(const QString &into)
 {
     JournalPrivate *const p = &d;
-    return d.exclusive(QStringLiteral("MakeAccDoc"), QString(), [p, &into, this] {
+    return d.exclusive(QStringLiteral("MakeAccDoc"), QStringList(), [p, &into, this] {
         if (!p->settleEditor() || !p->alive())
-            return QString();
-        const Result<QString> made = VoucherMaker(p->book).make(into, codec);
+            return QStringList();
+        const Result<QStringList> made = VoucherMaker(p->book).make(into, codec, grouping);
         if (!made.ok())
             p->prompt(made.error(), false);
-        return made.valueOr(QString());
+        return made.valueOr(QStringList());
     });
 }
 

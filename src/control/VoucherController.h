@@ -1,6 +1,9 @@
 #pragma once
 
+#include "voucher/VoucherPlan.h"
+
 #include <QString>
+#include <QStringList>
 
 namespace kx {
 
@@ -22,15 +25,16 @@ public:
     /// Asks the host to show the current row's voucher, or makes one of the
     /// selected rows when it has none.
     void lookAt();
-    /// Makes a voucher file of the selected rows in the folder \a into; the file
-    /// written, or empty when none was.
-    QString make(const QString &into);
+    /// Makes the voucher files of the selected rows in the folder \a into,
+    /// grouped as grouping says; the files written, in voucher order.
+    QStringList make(const QString &into);
     /// Forgets the widgets, which went with the control.
     void forgetWidgets() { picker = nullptr; }
 
     VoucherPicker *picker = nullptr;
     QString folder;                          ///< where Make writes (empty: the temporary folder)
     QString codec = QStringLiteral("GBK");  ///< the voucher file's code page
+    VoucherGrouping grouping = VoucherGrouping::All;  ///< one voucher, one per record, or per 收/付
 
 private:
     JournalPrivate &d;

@@ -38,6 +38,9 @@ const std::vector<CommandSpec> &CommandRegistry::table()
         {I::DocSelect, "mnuDocSelect", "", "选择凭证...", "voucher", "", J, C::SelectionLinkable, false},
         {I::RemoveDoc, "mnuRemoveDoc", "", "删除凭证链接", "voucher", "", J, C::SelectionLinked, false},
         {I::MakeDoc, "mnuMakeDoc", "", "生成凭证", "voucher", "", J, C::VoucherToMake, false},
+        {I::VoucherPerRecord, "mnuVoucherPerRecord", "", "按记录", "voucher", "", J, C::Always, true},
+        {I::VoucherPerType, "mnuVoucherPerType", "", "按收付类型", "voucher", "", J, C::Always, true},
+        {I::VoucherAllInOne, "mnuVoucherAllInOne", "", "合并为一张", "voucher", "", J, C::Always, true},
 
         {I::Find, "mnuFind", "", "查找...", "output", "Ctrl+F", J, C::HasRows, false},
         {I::Export, "mnuExport", "Export", "导出...", "output", "", J, C::HasRows, false},

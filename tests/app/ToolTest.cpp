@@ -231,6 +231,54 @@ TEST_F(ToolAndControl, CheckAndMakeRunWithoutAGuiAndMatchTheControl)
     EXPECT_EQ(QDir(path(QStringLiteral("tool"))).entryList(QDir::Files).size(), 1);
 }
 
+// Vouchers per record and per 收/付 type: the tool writes the files the
+// control writes, one per voucher, and names each on a line of its own.
+TEST_F(ToolAndControl, MakePerRecordOrTypeWritesTheControlsFiles)
+{
+    acc->setUserName(QStringLiteral("张三"));
+    acc->setDocTypes(QStringLiteral("记|收|付"));
+    acc->setCurPeriod(QStringLiteral("202501"));
+    acc->setPeriodStart(QDate(2025, 1, 1));
+    acc->setPeriodEnd(QDate(2025, 1, 31));
+    ASSERT_TRUE(journal.Load(book));
+    const kx::GridModel &g = *journal.Grid();
+    const int dateCol = g.colIndex(QStringLiteral("JnlDate"));
+    int first = -1, last = -1;
+    for (int r = g.fixedRows(); r < g.rows(); ++r) {
+        const QDate day = QDate::fromString(g.text(r, dateCol), Qt::ISODate);
+        if (day.isValid() && day >= QDate(2025, 1, 1) && day <= QDate(2025, 1, 31)) {
+            first = first < 0 ? r : first;
+            last = r;
+        }
+    }
+    ASSERT_GT(last, first);
+    QStringList made;
+    QObject::connect(&journal, &kx::Journal::AfterMaked, [&](const QString &p) { made << p; });
+    for (const QString per : {QStringLiteral("record"), QStringLiteral("type")}) {
+        SCOPED_TRACE(per.toStdString());
+        made.clear();
+        journal.Grid()->select(first, g.fixedCols(), last, g.cols() - 1);
+        journal.setVoucherFolder(path(QStringLiteral("control-") + per));
+        journal.setVoucherGrouping(per);
+        ASSERT_TRUE(journal.Make());
+        const Ran ran = tool(bookArgs(QStringLiteral("make"))
+                                 << QStringLiteral("--from") << QStringLiteral("2025-01-01") << QStringLiteral("--to")
+                                 << QStringLiteral("2025-01-31") << QStringLiteral("--types") << QStringLiteral("记|收|付")
+                                 << QStringLiteral("--user") << QStringLiteral("张三") << QStringLiteral("--per") << per
+                                 << QStringLiteral("--out") << path(QStringLiteral("tool-") + per),
+                             Platform::None);
+        EXPECT_EQ(ran.rc, 0) << qPrintable(ran.err);
+        const QStringList written = ran.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        EXPECT_EQ(QDir(path(QStringLiteral("tool-") + per)).entryList(QDir::Files).size(), written.size());
+        ASSERT_EQ(written.size(), made.size());
+        EXPECT_GT(written.size(), 1);
+        if (per == QLatin1String("type"))
+            EXPECT_EQ(written.size(), 2);
+        for (int i = 0; i < written.size(); ++i)
+            EXPECT_EQ(fileBytes(written.at(i)), fileBytes(made.at(i))) << i;
+    }
+}
+
 // A sample of this year has no record in days to come, and the tool says
 // nothing on stderr where no desktop session named a runtime folder.
 TEST(ToolSample, ThisYearsSampleStopsAtTodayAndTheToolIsQuiet)

@@ -136,6 +136,7 @@ TEST(Journal, PersistedLooksRoundTripInTheirOrder)
                                         QStringLiteral("BackColorBkg"), QStringLiteral("GridColor"),
                                         QStringLiteral("GridColorFixed"), QStringLiteral("RowHeightMax"),
                                         QStringLiteral("RowHeightMin"), QStringLiteral("QuickFill"), QStringLiteral("AutoNumber"),
+                                        QStringLiteral("VoucherGrouping"),
                                         QStringLiteral("FieldShow"),
                                         QStringLiteral("ColumnWidths"), QStringLiteral("LayoutSizes")}));
 
@@ -149,6 +150,7 @@ TEST(Journal, PersistedLooksRoundTripInTheirOrder)
                                       QStringLiteral("WarnBackColor"), QStringLiteral("BackColorBkg"),
                                       QStringLiteral("GridColor"), QStringLiteral("GridColorFixed"),
                                       QStringLiteral("LockedForeColor"), QStringLiteral("QuickFill"), QStringLiteral("AutoNumber"),
+                                        QStringLiteral("VoucherGrouping"),
                                         QStringLiteral("FieldShow"),
                                       QStringLiteral("ColumnWidths"), QStringLiteral("LayoutSizes")}));
     EXPECT_EQ(second.BorderColor(), QColor(1, 2, 3));

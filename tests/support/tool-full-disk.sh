@@ -10,7 +10,7 @@ tool=$1
 db=$2
 work=$3
 if [ "${KX_IN_NAMESPACE:-}" != 1 ]; then
-  rm -rf "$work" && mkdir -p "$work/disk" "$work/tmp" || exit 1
+  rm -rf "$work" && mkdir -p "$work/disk" "$work/tmp" "$work/vouchers" || exit 1
   unshare -rm true 2>/dev/null || { echo "no mount namespace here: skipped"; exit 77; }
   KX_IN_NAMESPACE=1 exec unshare -rm "$0" "$@"
 fi
@@ -48,4 +48,14 @@ case "$rc:$msg" in
 *) echo "FAIL: a spreadsheet with a full temporary folder gave rc=$rc: $msg"; fails=$((fails + 1)) ;;
 esac
 [ "$(cat "$work/keep.xlsx")" = old ] || { echo "FAIL: keep.xlsx was replaced"; fails=$((fails + 1)); }
+# Vouchers one per record on a disk with room for a few of them: none is left.
+mount -t tmpfs -o size=64k none "$work/vouchers" || exit 77
+dd if=/dev/zero of="$work/vouchers/fill" bs=4k count=12 >/dev/null 2>&1
+msg=$(QT_QPA_PLATFORM=offscreen "$tool" make --db "sqlite:$db" --book 020101 --from 2000-01-01 --to 2099-12-31 --per record --out "$work/vouchers" 2>&1)
+rc=$?
+case "$rc:$msg" in
+1:*"kxjournal: 不能写凭证文件"*) echo "refused vouchers that did not all fit" ;;
+*) echo "FAIL: vouchers per record on a nearly full disk gave rc=$rc: $msg"; fails=$((fails + 1)) ;;
+esac
+ls "$work/vouchers" | grep '\.kxe$' && { echo "FAIL: voucher files left behind"; fails=$((fails + 1)); }
 [ "$fails" -eq 0 ] && echo "nothing lost"
