@@ -11,6 +11,7 @@
 #include <QBarSet>
 #include <QChart>
 #include <QChildEvent>
+#include <QFontMetrics>
 #include <QLayout>
 #include <QLegend>
 #include <QLineSeries>
@@ -60,17 +61,27 @@ BalanceChart::BalanceChart(const Book &book, QWidget *panel)
         *m_payments << 0;
         m_balances->append(m - 1, 0);
     }
+    m_receipts->setColor(QColor(0x2e, 0x86, 0xc1));
+    m_payments->setColor(QColor(0xe6, 0x7e, 0x22));
     m_balances->setName(QStringLiteral("余额"));
+    m_balances->setPen(QPen(QColor(0x1e, 0x84, 0x49), 2));
     auto *bars = new QBarSeries;
     bars->append(m_receipts);
     bars->append(m_payments);
     chart->addSeries(bars);
     chart->addSeries(m_balances);
     m_months->append(months);
-    m_amounts->setTitleText(QStringLiteral("收支"));
-    m_amounts->setLabelFormat(QStringLiteral("%.0f"));
-    m_balanceAxis->setTitleText(QStringLiteral("余额"));
-    m_balanceAxis->setLabelFormat(QStringLiteral("%.0f"));
+    m_months->setTruncateLabels(false);
+    // A side panel is narrow: small labels, whole yuan, the legend names the line.
+    QFont small = font();
+    small.setPointSizeF(small.pointSizeF() * 0.8);
+    for (QAbstractAxis *axis : std::initializer_list<QAbstractAxis *>{m_months, m_amounts, m_balanceAxis})
+        axis->setLabelsFont(small);
+    chart->legend()->setFont(small);
+    for (QValueAxis *axis : {m_amounts, m_balanceAxis}) {
+        axis->setLabelFormat(QStringLiteral("%.0f"));
+        axis->setTickCount(5);
+    }
     chart->addAxis(m_months, Qt::AlignBottom);
     chart->addAxis(m_amounts, Qt::AlignLeft);
     chart->addAxis(m_balanceAxis, Qt::AlignRight);
@@ -81,6 +92,13 @@ BalanceChart::BalanceChart(const Book &book, QWidget *panel)
     chart->setTitle(QStringLiteral("余额与收支"));
     setChart(chart);
 
+    // Month names stand upright while they fit under their bars, else turned.
+    connect(chart, &QChart::plotAreaChanged, this, [this](const QRectF &plot) {
+        const int wide = QFontMetrics(m_months->labelsFont()).horizontalAdvance(QStringLiteral("12月")) + 4;
+        const int angle = plot.width() / 12 < wide ? -90 : 0;
+        if (m_months->labelsAngle() != angle)
+            m_months->setLabelsAngle(angle);
+    });
     connect(m_receipts, &QBarSet::clicked, this, &BalanceChart::choose);
     connect(m_payments, &QBarSet::clicked, this, &BalanceChart::choose);
 
