@@ -122,10 +122,11 @@ BalanceChart::BalanceChart(const Book &book, QWidget *panel)
         const Sheet &grid = m_book.sheet();
         const int left = grid.gridCol(from), right = grid.gridCol(to);
         const JournalColumns columns = m_book.columns();
-        // Looks, texts and the worked-out balances move no figure of the chart.
+        // Looks and texts move no figure of the chart. A balance pass
+        // announces the balance column: a new direction is seen there.
         for (int col : {columns[JournalColumns::JnlDate], columns[JournalColumns::Debit],
                         columns[JournalColumns::Credit], columns[JournalColumns::Tag],
-                        m_book.state().outlineColumn(grid)}) {
+                        columns[JournalColumns::Balance], m_book.state().outlineColumn(grid)}) {
             if (col >= left && col <= right) {
                 changed();
                 return;

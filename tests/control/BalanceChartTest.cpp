@@ -139,6 +139,12 @@ TEST(BalanceChart, TypingUndoAndAHiddenPanelAreFollowed)
     const MonthTotals totals(chart->book());
     EXPECT_EQ(totals.month(1).payments, money("350"));
     expectShows(*chart, totals);
+
+    // A credit book draws its balance on the credit side.
+    b.journal->setDirection(QStringLiteral("贷"));
+    QApplication::processEvents();
+    EXPECT_EQ(chart->balances()->at(0).y(), -1250.5);
+    expectShows(*chart, MonthTotals(chart->book()));
 }
 
 TEST(BalanceChart, AClickedMonthTakesTheCursorToItsFirstRecord)
