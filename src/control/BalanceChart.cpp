@@ -103,9 +103,9 @@ BalanceChart::BalanceChart(const Book &book, QWidget *panel)
     connect(m_payments, &QBarSet::clicked, this, &BalanceChart::choose);
 
     // Many changes in one pass of the event loop (a paste, a load and its
-    // balance pass) make one recompute. A timer, not a queued call: a
-    // queued call is a posted event of normal priority and would run before
-    // the view's paint request, which is posted at low priority.
+    // balance pass) make one recompute, on a zero timer: the edit returns at
+    // once, the events it left waiting (the grid's repaint among them) are
+    // delivered first, and the figures follow.
     m_soon->setSingleShot(true);
     m_soon->setInterval(0);
     connect(m_soon, &QTimer::timeout, this, [this] {

@@ -20,9 +20,9 @@ class MonthTotals;
 /// It follows the book: any change of the days, amounts or kinds of its
 /// rows, rows coming or going, a load, an undo, asks for one recompute on a
 /// zero-delay timer, so a keystroke or a paste of many rows costs one, made
-/// after the view has painted the change (paint requests are posted events,
-/// which the event loop delivers before it runs timers). Nothing is worked
-/// out while the chart is out of sight; it catches up when shown.
+/// once the events the change left waiting (the grid's repaint among them)
+/// have been delivered, never inside the edit. Nothing is worked out while
+/// the chart is out of sight; it catches up when shown.
 ///
 /// A click on a month's bar or its name under the axis sends monthChosen()
 /// with the grid row of the month's first record.

@@ -56,6 +56,20 @@ void expectShows(const BalanceChart &chart, const MonthTotals &totals)
     }
 }
 
+// Notes, at each paint of the grid, whether the chart still waited then.
+struct PaintWatch : QObject {
+    explicit PaintWatch(const BalanceChart &chart) : chart(chart) {}
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint && paints++ == 0)
+            staleAtFirstPaint = chart.isStale();
+        return false;
+    }
+    const BalanceChart &chart;
+    int paints = 0;
+    bool staleAtFirstPaint = false;
+};
+
 Currency money(const char *text)
 {
     return Currency::fromText(QString::fromLatin1(text)).value();
@@ -104,9 +118,16 @@ TEST(BalanceChart, TypingUndoAndAHiddenPanelAreFollowed)
     EXPECT_EQ(chart->payments()->at(0), 250);
     EXPECT_EQ(chart->balances()->at(11).y(), 1250);
 
+    QApplication::processEvents();
+    PaintWatch watch(*chart);
+    b.journal->gridView()->viewport()->installEventFilter(&watch);
     ASSERT_TRUE(b.type(2, "Debit", QStringLiteral("600.5")));
     EXPECT_TRUE(chart->isStale()) << "the recompute waits for the event loop";
     QApplication::processEvents();
+    b.journal->gridView()->viewport()->removeEventFilter(&watch);
+    EXPECT_GT(watch.paints, 0);
+    EXPECT_TRUE(watch.staleAtFirstPaint) << "the grid shows what was typed before the chart is worked out";
+    EXPECT_FALSE(chart->isStale());
     EXPECT_EQ(chart->receipts()->at(0), 600.5);
     EXPECT_EQ(chart->balances()->at(0).y(), 1350.5);
     expectShows(*chart, MonthTotals(chart->book()));
