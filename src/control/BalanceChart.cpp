@@ -39,7 +39,7 @@ void fit(QValueAxis *axis, double low, double high)
 } // namespace
 
 BalanceChart::BalanceChart(const Book &book, QWidget *panel)
-    : QChartView(panel), m_book(book), m_panel(panel), m_receipts(new QBarSet(QStringLiteral("收入"))),
+    : QChartView(new QChart, panel), m_book(book), m_panel(panel), m_receipts(new QBarSet(QStringLiteral("收入"))),
       m_payments(new QBarSet(QStringLiteral("支出"))), m_balances(new QLineSeries),
       m_months(new QBarCategoryAxis), m_amounts(new QValueAxis), m_balanceAxis(new QValueAxis),
       m_soon(new QTimer(this))
@@ -50,7 +50,8 @@ BalanceChart::BalanceChart(const Book &book, QWidget *panel)
     setFocusPolicy(Qt::NoFocus);
     setMinimumSize(160, 160);
 
-    auto *chart = new QChart;
+    // Made with its chart: a chart set later would leave the view's first one behind.
+    QChart *chart = this->chart();
     chart->setAnimationOptions(QChart::NoAnimation);
     chart->legend()->setAlignment(Qt::AlignBottom);
     chart->setMargins(QMargins(2, 2, 2, 2));
@@ -90,7 +91,6 @@ BalanceChart::BalanceChart(const Book &book, QWidget *panel)
     m_balances->attachAxis(m_months);
     m_balances->attachAxis(m_balanceAxis);
     chart->setTitle(QStringLiteral("余额与收支"));
-    setChart(chart);
 
     // Month names stand upright while they fit under their bars, else turned.
     connect(chart, &QChart::plotAreaChanged, this, [this](const QRectF &plot) {
