@@ -1,6 +1,7 @@
 #include "control/BalanceChart.h"
 
 #include "grid/Sheet.h"
+#include "kxjournal/Currency.h"
 #include "ledger/Book.h"
 #include "ledger/JournalColumns.h"
 #include "ledger/LedgerState.h"
@@ -34,6 +35,12 @@ void fit(QValueAxis *axis, double low, double high)
         high = low + 1;
     axis->setRange(low, high);
     axis->applyNiceNumbers();
+}
+
+// A figure past what money holds (the grid shows it as #溢出) draws nothing.
+double shown(Currency figure)
+{
+    return figure.isValid() ? figure.toDouble() : 0.0;
 }
 
 } // namespace
@@ -173,12 +180,12 @@ void BalanceChart::recompute()
     const MonthTotals totals(m_book);
     m_year = totals.year();
     double barLow = 0, barHigh = 0;
-    double low = totals.opening().toDouble(), high = low;
+    double low = shown(totals.opening()), high = low;
     QList<QPointF> line;
     for (int m = 1; m <= 12; ++m) {
         const MonthTotals::Month &month = totals.month(m);
-        const double in = month.receipts.toDouble(), out = month.payments.toDouble();
-        const double balance = month.closing.toDouble();
+        const double in = shown(month.receipts), out = shown(month.payments);
+        const double balance = shown(month.closing);
         m_receipts->replace(m - 1, in);
         m_payments->replace(m - 1, out);
         line << QPointF(m - 1, balance);

@@ -9,6 +9,8 @@
 
 #include <QDate>
 
+#include <climits>
+
 namespace kx {
 
 namespace {
@@ -31,6 +33,30 @@ struct MonthOfDay {
     }
 };
 
+// A sum of amounts kept exact in 128 bits: no overflow check per addition, the range
+// looked at once at the end. An invalid amount (a figure too wide) makes the
+// sum invalid.
+struct Sum {
+    __int128 value = 0;
+    bool bad = false;
+
+    void add(Currency amount)
+    {
+        bad |= !amount.isValid();
+        value += amount.raw();
+    }
+    void take(const Sum &other)
+    {
+        bad |= other.bad;
+        value += other.value;
+    }
+    Currency currency(bool negate = false) const
+    {
+        const __int128 v = negate ? -value : value;
+        return bad || v > INT64_MAX || v <= INT64_MIN ? Currency::invalid() : Currency::fromRaw(std::int64_t(v));
+    }
+};
+
 } // namespace
 
 MonthTotals::MonthTotals(const Book &book)
@@ -44,7 +70,10 @@ MonthTotals::MonthTotals(const Book &book)
     ColumnReader dates(grid.cellStore(), dateCol);
     // What the rows of each month move the balance by; the opening row
     // counts here but is no receipt or payment.
-    std::array<Currency, 12> moved{};
+    std::array<Sum, 12> moved{}, in{}, out{};
+    Sum before;
+    std::array<int, 12> firstRows;
+    firstRows.fill(-1);
     MonthOfDay at;
     for (int row = first; row < grid.rows(); ++row) {
         if (read.read(row) != RowAmounts::Record)
@@ -54,34 +83,36 @@ MonthTotals::MonthTotals(const Book &book)
             continue;
         at.place(day.payload());
         if (at.year < m_year) {
-            m_opening = m_opening + (read.debit - read.credit);
+            before.add(read.debit);
+            before.add(-read.credit);
             continue;
         }
         if (at.year > m_year) {
             // A later year: everything counted so far is brought into it.
-            for (const Currency &change : moved)
-                m_opening = m_opening + change;
-            moved.fill(Currency());
-            m_months.fill(Month());
+            for (const Sum &change : moved)
+                before.take(change);
+            moved.fill(Sum());
+            in.fill(Sum());
+            out.fill(Sum());
+            firstRows.fill(-1);
             m_year = at.year;
         }
         const std::size_t m = std::size_t(at.month - 1);
-        moved[m] = moved[m] + (read.debit - read.credit);
+        moved[m].add(read.debit);
+        moved[m].add(-read.credit);
         if (row == first)
             continue;
-        Month &month = m_months[m];
-        month.receipts = month.receipts + read.debit;
-        month.payments = month.payments + read.credit;
-        if (month.firstRow < 0)
-            month.firstRow = row;
+        in[m].add(read.debit);
+        out[m].add(read.credit);
+        if (firstRows[m] < 0)
+            firstRows[m] = row;
     }
     const bool creditSide = book.state().balanceSide() == BalanceSide::Credit;
-    if (creditSide)
-        m_opening = Currency() - m_opening;
-    Currency balance = m_opening;
+    m_opening = before.currency(creditSide);
+    Sum balance = before;
     for (std::size_t m = 0; m < m_months.size(); ++m) {
-        balance = creditSide ? balance - moved[m] : balance + moved[m];
-        m_months[m].closing = balance;
+        balance.take(moved[m]);
+        m_months[m] = {in[m].currency(), out[m].currency(), balance.currency(creditSide), firstRows[m]};
     }
 }
 

@@ -143,6 +143,19 @@ TEST_F(MonthFigures, ACreditBookCountsItsBalanceOnTheCreditSide)
     EXPECT_EQ(totals.month(4).closing, money("730"));
 }
 
+TEST_F(MonthFigures, SumsPastWhatMoneyHoldsAreInvalidAndTheExactBalanceComesBack)
+{
+    add({"2026-01-01", "", ""});
+    add({"2026-05-02", "900000000000000", ""});
+    add({"2026-05-03", "900000000000000", ""});
+    add({"2026-06-04", "", "900000000000000"});
+    const MonthTotals totals(book);
+    EXPECT_FALSE(totals.month(5).receipts.isValid());
+    EXPECT_FALSE(totals.month(5).closing.isValid());
+    EXPECT_EQ(totals.month(6).closing, money("900000000000000")) << "the sum is kept exact, not wrapped";
+    EXPECT_EQ(totals.month(6).payments, money("900000000000000"));
+}
+
 TEST_F(MonthFigures, ABookWithoutDaysHasNoYear)
 {
     add({"", "10", ""});
