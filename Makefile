@@ -28,6 +28,7 @@ screenshot: deps $(DEMO_DIR)/build.ninja
 	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --db sqlite:build/screenshot.db --menu --screenshot docs/context-menu.png
 	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --db sqlite:build/screenshot.db --picker yh --screenshot docs/account-picker.png
 	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --db sqlite:build/screenshot.db --preview --screenshot docs/print-preview.png
+	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --db sqlite:build/screenshot.db --side-panel --screenshot docs/side-panel.png
 	$(DEMO_DIR)/app/kxjournal statement sample --db sqlite:build/screenshot.db --book 020101 --to $$(date +%Y)-10-31 --out build/statement.csv
 	$(DEMO_DIR)/app/kxjournal statement import --db sqlite:build/screenshot.db --book 020101 build/statement.csv
 	$(DEMO_DIR)/app/kxjournal reconcile --db sqlite:build/screenshot.db --book 020101 --to $$(date +%Y)-10-31 --auto --user 王会计 --out build/reconcile.pdf

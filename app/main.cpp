@@ -129,13 +129,15 @@ private:
 };
 
 // What the demo draws for a screenshot: the window alone, or with the
-// context menu open, the account picker searching, or the print preview.
+// context menu open, the account picker searching, the side panel's chart,
+// or the print preview.
 struct Shot {
     QString file;
     QString pickerSearch;  ///< null: no picker
     bool menu = false;
     bool preview = false;
     bool reconcile = false;
+    bool side = false;
 };
 
 // Draws the window (and a popup over it) into the shot's file.
@@ -145,6 +147,8 @@ int takeShot(DemoWindow &window, const Shot &shot)
     // Show the latest records, as a bookkeeper opening the book would see them.
     journal->setRow(journal->Rows());
     QWidget *over = nullptr;
+    if (shot.side)
+        journal->DoCommand(QStringLiteral("SideVisible"), QStringLiteral("True"));
     if (!shot.pickerSearch.isNull()) {
         kx::GridModel *grid = journal->Grid();
         const int col = grid->colIndex(QStringLiteral("AccName"));
@@ -178,6 +182,9 @@ int takeShot(DemoWindow &window, const Shot &shot)
         over->resize(1180, shot.preview ? 820 : 600);
     }
     QCoreApplication::processEvents();
+    // The chart's figures come in one pass of events, its layout in the next ones.
+    for (int pass = 0; shot.side && pass < 3; ++pass)
+        QCoreApplication::processEvents();
     QPixmap picture;
     if (shot.preview || shot.reconcile) {
         picture = over->grab();
@@ -417,6 +424,9 @@ int main(int argc, char **argv)
                                  QStringLiteral("record|type|all"), QStringLiteral("all"));
     parser.addOption(per);
     const QCommandLineOption menuShot(QStringLiteral("menu"), QStringLiteral("With --screenshot: show the context menu open (demo)."));
+    const QCommandLineOption sideShot(QStringLiteral("side-panel"),
+                                      QStringLiteral("With --screenshot: show the side panel and its balance chart (demo)."));
+    parser.addOption(sideShot);
     const QCommandLineOption reconcileShot(QStringLiteral("reconcile-view"),
                                            QStringLiteral("With --screenshot: draw the bank reconciliation view instead (demo)."));
     parser.addOption(reconcileShot);
@@ -555,6 +565,7 @@ int main(int argc, char **argv)
         shot.menu = parser.isSet(menuShot);
         shot.preview = parser.isSet(previewShot);
         shot.reconcile = parser.isSet(reconcileShot);
+        shot.side = parser.isSet(sideShot);
         return runDemo(app, url, shot, parser.value(book), parser.isSet(packed), clock, parser.isSet(firstFrame));
     }
     std::fprintf(stderr, "kxjournal: unknown command '%s'; the commands are %s (see kxjournal --help)\n",

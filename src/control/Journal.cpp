@@ -1,5 +1,6 @@
 #include "kxjournal/Journal.h"
 
+#include "control/BalanceChart.h"
 #include "control/EditingController.h"
 #include "control/JournalCommands.h"
 #include "control/JournalFrame.h"
@@ -51,6 +52,9 @@ Journal::Journal(QWidget *parent) : QWidget(parent), d(std::make_shared<JournalP
     d->commands.setGate([this](const Command &) { return d->mayStart(); });
     d->menu = new JournalMenu(d->commands, this);
     d->layout->setUp();
+    // The side panel shows the book's year until the host puts its own widgets there.
+    auto *chart = new BalanceChart(d->book, d->frame->sidePanel());
+    connect(chart, &BalanceChart::monthChosen, this, [this](int row) { setRow(row); });
 
     d->asker = [this](const QString &text, const QString &title) {
         return QMessageBox::question(this, title.isEmpty() ? Caption() : title, text,

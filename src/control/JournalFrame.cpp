@@ -10,6 +10,8 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace kx {
 
 namespace {
@@ -132,9 +134,18 @@ void JournalFrame::setBorderColor(const QColor &color)
 
 void JournalFrame::setSidePanelVisible(bool visible)
 {
+    const bool first = visible && m_side->isHidden() && m_sideSizes.size() != 2;
     m_side->setVisible(visible);
-    if (visible && m_sideSizes.size() == 2 && m_sideSizes.at(1) > 0)
+    if (visible && m_sideSizes.size() == 2 && m_sideSizes.at(1) > 0) {
         m_columns->setSizes(m_sideSizes);
+    } else if (first) {
+        // Shown for the first time with no sizes kept: room for the chart
+        // to be read, a third of the width, the grid keeping the rest.
+        const int total = m_columns->width();
+        const int side = std::min(std::max(total / 3, 400), total / 2);
+        if (side > 0)
+            m_columns->setSizes({total - side, side});
+    }
 }
 
 bool JournalFrame::isSidePanelVisible() const

@@ -44,7 +44,8 @@ public:
     /// Gives the option button the look of image key \a key: "Jnl" a single
     /// book, "Jnl1" a consolidated journal.
     void setImageKey(const QString &key);
-    /// The side panel, for the host's own widgets.
+    /// The side panel, for the host's own widgets; until the host puts one
+    /// there it shows the book's balance chart (BalanceChart).
     QFrame *sidePanel() const { return m_side; }
     /// Places \a bar under the grid, across the body.
     void addFooter(QWidget *bar);
