@@ -27,6 +27,8 @@ screenshot: deps $(DEMO_DIR)/build.ninja
 	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --db sqlite:build/screenshot.db --screenshot docs/screenshot.png
 	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --db sqlite:build/screenshot.db --menu --screenshot docs/context-menu.png
 	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --db sqlite:build/screenshot.db --picker yh --screenshot docs/account-picker.png
+	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --db sqlite:build/screenshot.db --explain-list --screenshot docs/explain-list.png
+	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --db sqlite:build/screenshot.db --daily-view --screenshot docs/daily-report.png
 	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --db sqlite:build/screenshot.db --preview --screenshot docs/print-preview.png
 	QT_QPA_PLATFORM=offscreen $(DEMO_DIR)/app/kxjournal demo --db sqlite:build/screenshot.db --side-panel --screenshot docs/side-panel.png
 	$(DEMO_DIR)/app/kxjournal statement sample --db sqlite:build/screenshot.db --book 020101 --to $$(date +%Y)-10-31 --out build/statement.csv

@@ -1,24 +1,19 @@
 #include "BankTool.h"
 #include "CheckTool.h"
+#include "DemoShot.h"
 #include "DemoWindow.h"
 #include "OutputTool.h"
 #include "VoucherTool.h"
 
 #include "SampleBooks.h"
 
-#include <kxjournal/AccountPicker.h>
 #include <kxjournal/BookDirectory.h>
 #include <kxjournal/Database.h>
-#include <kxjournal/EditCycle.h>
-#include <kxjournal/GridModel.h>
 #include <kxjournal/GridView.h>
 #include <kxjournal/Journal.h>
 #include <kxjournal/SqlAccContext.h>
 
 #include <QApplication>
-#include <QMenu>
-#include <QPainter>
-#include <QPixmap>
 #include <QCommandLineParser>
 #include <QDate>
 #include <QDir>
@@ -127,80 +122,6 @@ private:
     bool m_quit;
     bool m_done = false;
 };
-
-// What the demo draws for a screenshot: the window alone, or with the
-// context menu open, the account picker searching, the side panel's chart,
-// or the print preview.
-struct Shot {
-    QString file;
-    QString pickerSearch;  ///< null: no picker
-    bool menu = false;
-    bool preview = false;
-    bool reconcile = false;
-    bool side = false;
-};
-
-// Draws the window (and a popup over it) into the shot's file.
-int takeShot(DemoWindow &window, const Shot &shot)
-{
-    kx::Journal *journal = window.journal();
-    // Show the latest records, as a bookkeeper opening the book would see them.
-    journal->setRow(journal->Rows());
-    QWidget *over = nullptr;
-    if (shot.side)
-        journal->DoCommand(QStringLiteral("SideVisible"), QStringLiteral("True"));
-    if (!shot.pickerSearch.isNull()) {
-        kx::GridModel *grid = journal->Grid();
-        const int col = grid->colIndex(QStringLiteral("AccName"));
-        grid->setCursor(journal->Rows(), col);
-        journal->gridView()->edit(grid->indexAt(journal->Rows(), col));
-        grid->editCycle()->clickButton();
-        journal->accountPicker()->setSearchText(shot.pickerSearch);
-    }
-    if (shot.menu) {
-        const int row = std::max(journal->Rows() - 24, 1);
-        journal->Grid()->setCursor(row, journal->Grid()->colIndex(QStringLiteral("Explain")));
-        const QRect cell = journal->gridView()->visualRect(journal->Grid()->indexAt(row, journal->Grid()->colIndex(QStringLiteral("Explain"))));
-        // Opened high enough that the whole menu lies inside the window's picture.
-        QPoint at = journal->gridView()->viewport()->mapToGlobal(cell.center());
-        const int bottom = window.mapToGlobal(QPoint(0, window.height())).y();
-        at.setY(std::max(window.mapToGlobal(QPoint(0, 0)).y(),
-                         std::min(at.y(), bottom - journal->contextMenu()->sizeHint().height() - 4)));
-        journal->contextMenu()->popup(at);
-        over = journal->contextMenu();
-    }
-    if (shot.preview || shot.reconcile) {
-        journal->menuAction(shot.preview ? QStringLiteral("mnuPrint") : QStringLiteral("mnuReconcile"))->trigger();
-        const QLatin1String name(shot.preview ? "printPreview" : "reconcileView");
-        for (QWidget *w : QApplication::topLevelWidgets())
-            if (w->objectName() == name && w->isVisible())
-                over = w;
-        if (!over) {
-            std::fprintf(stderr, "kxjournal: the %s did not open\n", shot.preview ? "print preview" : "reconciliation view");
-            return 1;
-        }
-        over->resize(1180, shot.preview ? 820 : 600);
-    }
-    QCoreApplication::processEvents();
-    // The chart's figures come in one pass of events, its layout in the next ones.
-    for (int pass = 0; shot.side && pass < 3; ++pass)
-        QCoreApplication::processEvents();
-    QPixmap picture;
-    if (shot.preview || shot.reconcile) {
-        picture = over->grab();
-    } else {
-        picture = window.grab();
-        if (over) {
-            QPainter painter(&picture);
-            painter.drawPixmap(window.mapFromGlobal(over->mapToGlobal(QPoint(0, 0))), over->grab());
-        }
-    }
-    if (!picture.save(shot.file)) {
-        std::fprintf(stderr, "kxjournal: cannot write %s\n", qPrintable(shot.file));
-        return 1;
-    }
-    return 0;
-}
 
 int runDemo(QCoreApplication &app, const QString &url, const Shot &shot, const QString &book, bool packed,
             const QElapsedTimer &clock, bool firstFrame)
@@ -430,6 +351,12 @@ int main(int argc, char **argv)
     const QCommandLineOption reconcileShot(QStringLiteral("reconcile-view"),
                                            QStringLiteral("With --screenshot: draw the bank reconciliation view instead (demo)."));
     parser.addOption(reconcileShot);
+    const QCommandLineOption dailyShot(QStringLiteral("daily-view"),
+                                       QStringLiteral("With --screenshot: draw the daily fund report window instead (demo)."));
+    parser.addOption(dailyShot);
+    const QCommandLineOption explainShot(QStringLiteral("explain-list"),
+                                         QStringLiteral("With --screenshot: show the explanation list open on the empty row (demo)."));
+    parser.addOption(explainShot);
     const QCommandLineOption dailyRows(QStringLiteral("rows"),
                                        QStringLiteral("List each bottom book's records of the days under it (daily)."));
     parser.addOption(dailyRows);
@@ -566,6 +493,8 @@ int main(int argc, char **argv)
         shot.preview = parser.isSet(previewShot);
         shot.reconcile = parser.isSet(reconcileShot);
         shot.side = parser.isSet(sideShot);
+        shot.daily = parser.isSet(dailyShot);
+        shot.explainList = parser.isSet(explainShot);
         return runDemo(app, url, shot, parser.value(book), parser.isSet(packed), clock, parser.isSet(firstFrame));
     }
     std::fprintf(stderr, "kxjournal: unknown command '%s'; the commands are %s (see kxjournal --help)\n",

@@ -116,6 +116,10 @@ DailyReportView::DailyReportView(AccContext &acc, int bookId, QWidget *parent) :
     m_lines->setRootIsDecorated(true);
     m_lines->setUniformRowHeights(true);
     m_lines->setSelectionMode(QAbstractItemView::SingleSelection);
+    // The book's name takes the room left; the figures keep their width.
+    m_lines->header()->setStretchLastSection(false);
+    m_lines->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    m_lines->header()->setSectionResizeMode(1, QHeaderView::Stretch);
     m_records = new QTableWidget(0, 7);
     m_records->setObjectName(QStringLiteral("dailyRecords"));
     m_records->setHorizontalHeaderLabels({QStringLiteral("日记账"), QStringLiteral("日期"), QStringLiteral("单据号"),
