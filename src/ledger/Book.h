@@ -66,17 +66,22 @@ public:
     /// overflowed), as a whole pass over the rows found it.
     void noteBalancePeak(__int128 peak);
     /// The peak noted last, while no value of the sheet has changed since
-    /// (a write through the grid a host holds counts too); false when
-    /// unknown.
+    /// (a write through the grid a host holds counts too) and the balances
+    /// are read from the same columns (the host may name another column
+    /// the one that makes a row a record); false when unknown.
     bool balancePeak(__int128 &peak) const;
 
 private:
+    /// The columns balances are read from, as one number.
+    quint64 balanceColumns() const;
+
     std::unique_ptr<Sheet> m_sheet;
     LedgerState m_state;
     LedgerHost *m_host;
     ContextSource m_context;
     __int128 m_balancePeak = 0;
     quint64 m_peakRevision = 0;
+    quint64 m_peakColumns = 0;
     bool m_peakKnown = false;
 };
 

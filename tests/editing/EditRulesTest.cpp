@@ -307,6 +307,17 @@ TEST(EditRules, BalancesAHostWroteCountWhenAnAmountIsChecked)
     EXPECT_EQ(b.text(2, "Debit"), QStringLiteral("600"));
     ASSERT_FALSE(b.boxes.isEmpty());
     EXPECT_EQ(b.boxes.last(), QStringLiteral("这样输入后，第4行的余额超出了账簿能准确保存的位数（最多15位有效数字）。"));
+
+    // Which column makes a row a record is the host's too: an undated row
+    // with a large amount becomes a record when the explanation decides.
+    b.journal->Grid()->setText(4, b.col("Debit"), QStringLiteral("1"));
+    ASSERT_TRUE(b.type(2, "Debit", QStringLiteral("650"))) << "a pass notes the small balances again";
+    const int blank = b.grid->rows() - 1;
+    ASSERT_TRUE(b.type(blank, "Explain", QStringLiteral("预存")));
+    ASSERT_TRUE(b.type(blank, "Debit", QStringLiteral("99999999999.9999"))) << "undated: no balance yet";
+    b.journal->setOutlineKey(QStringLiteral("Explain"));
+    EXPECT_FALSE(b.type(2, "Debit", QStringLiteral("700")));
+    EXPECT_EQ(b.boxes.last(), QStringLiteral("这样输入后，第%1行的余额超出了账簿能准确保存的位数（最多15位有效数字）。").arg(blank));
 }
 
 // A row whose amount is typed before its date becomes a record when the date
