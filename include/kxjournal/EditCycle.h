@@ -4,6 +4,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <memory>
 
 namespace kx {
@@ -51,8 +52,14 @@ public:
     /// ellipsis button, "a|b|c" a drop-down list, empty a plain text box.
     /// Reset to the column's list when an edit begins; beforeEdit may set it.
     QString comboList() const;
-    /// Sets the editor kind (see comboList()).
+    /// Sets the editor kind (see comboList()); forgets the hints.
     void setComboList(const QString &list);
+    /// What the drop-down list shows beside each item, dimmed, in the order
+    /// of the items (an empty text: nothing); never part of an item.
+    /// Emptied when an edit begins and when the list is set.
+    QStringList comboHints() const;
+    /// Sets the hints of the list's items (see comboHints()).
+    void setComboHints(const QStringList &hints);
 
     /// Starts an edit of (\a row, \a col): raises beforeEdit; false when it
     /// was cancelled or the cell cannot be edited.

@@ -203,8 +203,7 @@ public:
     DataType colDataType(int col) const;
     /// Alignment of a column (by data type when none was set).
     Qt::Alignment colAlignment(int col) const;
-    /// The column's combo list: "|..." an ellipsis button, "a|b|c" a drop-down, empty a text box;
-    /// an item "text\thint" offers text, with the hint shown beside it in the list.
+    /// The column's combo list: "|..." an ellipsis button, "a|b|c" a drop-down, empty a text box.
     QString colComboList(int col) const;
     /// Moves column \a from (texts, looks, data, key and settings) to index \a to.
     void moveColTo(int from, int to);

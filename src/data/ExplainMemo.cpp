@@ -45,7 +45,8 @@ Result<QStringList> ExplainMemo::cleaned(const QStringList &texts)
 {
     QStringList out;
     for (const QString &text : texts) {
-        const QString t = text.trimmed();
+        // A tab becomes a blank, as in a typed explanation.
+        const QString t = QString(text).replace(QLatin1Char('\t'), QLatin1Char(' ')).trimmed();
         if (t.contains(QLatin1Char('|')) || t.contains(QLatin1Char('\n')) || t.contains(QLatin1Char('\r')))
             return Error(QStringLiteral("常用摘要“%1”不能含有“|”或换行。").arg(t.simplified()));
         if (!t.isEmpty() && !out.contains(t))

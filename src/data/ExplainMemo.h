@@ -23,8 +23,8 @@ public:
     /// database has no such table yet.
     static Result<QStringList> load(const Database &db, int docId);
     /// Keeps \a texts for book \a docId in place of what it kept, in one
-    /// transaction, making the table when missing. Texts are trimmed; empty
-    /// ones and repeats go. Refused, with nothing changed, for a text
+    /// transaction, making the table when missing. Texts are trimmed, a tab
+    /// becomes a blank; empty ones and repeats go. Refused, with nothing changed, for a text
     /// holding "|" or a line break.
     static Result<QStringList> save(Database &db, int docId, const QStringList &texts);
     /// The texts \a texts keeps: trimmed, without empty ones and repeats;

@@ -4,6 +4,11 @@ namespace kx {
 
 EditRule::~EditRule() = default;
 
+QStringList EditRule::comboHints(EditContext &, int, int, const QString &) const
+{
+    return {};
+}
+
 QString EditRule::comboList(EditContext &, int, int) const
 {
     return {};

@@ -22,6 +22,9 @@ public:
     /// The editor for (\a row, \a col) on a row that may be changed: "|..." a text
     /// box with an ellipsis button, "a|b" a drop-down list, empty a text box.
     virtual QString comboList(EditContext &ctx, int row, int col) const;
+    /// What the drop-down list \a list shows beside each of its items (see
+    /// EditCycle::comboHints()); none by default.
+    virtual QStringList comboHints(EditContext &ctx, int row, int col, const QString &list) const;
     /// Checks and may rewrite \a text, the changed text for (row, col);
     /// false refuses it, saying why through EditContext::refuse() when the
     /// edit pipeline's plain word for the column would not do.

@@ -61,14 +61,18 @@ void EditSession::onBeforeEdit(int row, int col, bool &cancel)
         cancel = true;
         return;
     }
+    QStringList hints;
     if (list.isEmpty()) {
         const JournalColumns::Column column = m_ctx.columnAt(col);
-        if (column == JournalColumns::AccDoc)
+        if (column == JournalColumns::AccDoc) {
             list = BookRow::of(m_ctx.grid, m_ctx.columns, row).recId() > 0 ? QStringLiteral("|...") : QString();
-        else if (EditRule *rule = ruleFor(col))
+        } else if (EditRule *rule = ruleFor(col)) {
             list = rule->comboList(m_ctx, row, col);
+            hints = rule->comboHints(m_ctx, row, col, list);
+        }
     }
     m_ctx.grid.editCycle()->setComboList(list);
+    m_ctx.grid.editCycle()->setComboHints(hints);
     if (!m_recording) {
         m_recording = true;
         m_dropStep = false;

@@ -55,17 +55,12 @@ QString ExplainRule::texts(EditContext &ctx)
 
 QString ExplainRule::comboList(EditContext &ctx, int, int) const
 {
-    const QStringList items = offered(ctx);
-    if (items.isEmpty())
-        return {};
-    const QStringList notes = hints(ctx, items);
-    QString list;
-    for (int i = 0; i < items.size(); ++i) {
-        list += QLatin1Char('|') + items.at(i);
-        if (!notes.at(i).isEmpty())
-            list += QLatin1Char('\t') + notes.at(i);
-    }
-    return list;
+    return texts(ctx);
+}
+
+QStringList ExplainRule::comboHints(EditContext &ctx, int, int, const QString &list) const
+{
+    return hints(ctx, list.split(QLatin1Char('|'), Qt::SkipEmptyParts));
 }
 
 QStringList ExplainRule::hints(const EditContext &ctx, const QStringList &texts)

@@ -19,9 +19,10 @@ class ExplainRule : public EditRule
 {
 public:
     bool handles(JournalColumns::Column column) const override;
-    /// The list with hints: "|text\thint|…" (see GridModel::setColComboList()).
     QString comboList(EditContext &ctx, int row, int col) const override;
-    /// The explanations offered, in order, without hints ("|a|b").
+    /// Beside each explanation, the account and amount of its latest record.
+    QStringList comboHints(EditContext &ctx, int row, int col, const QString &list) const override;
+    /// The explanations offered, in order ("|a|b").
     static QString texts(EditContext &ctx);
     /// What the list says beside \a text: the account and amount of the
     /// latest record carrying it ("银行存款  借 1,250.00"), for each of

@@ -16,18 +16,18 @@ constexpr int Gap = 24;
 
 ComboHints::ComboHints(QObject *parent) : QStyledItemDelegate(parent) {}
 
-void ComboHints::fill(QComboBox *box, const QString &list)
+void ComboHints::fill(QComboBox *box, const QString &list, const QStringList &hints)
 {
     bool hinted = false;
     int widest = 0;
     const QFontMetrics metrics(box->font());
-    for (const QString &item : list.split(QLatin1Char('|'), Qt::SkipEmptyParts)) {
-        const int tab = int(item.indexOf(QLatin1Char('\t')));
-        const QString text = tab < 0 ? item : item.left(tab);
+    const QStringList items = list.split(QLatin1Char('|'), Qt::SkipEmptyParts);
+    for (int i = 0; i < items.size(); ++i) {
+        const QString &text = items.at(i);
         box->addItem(text);
-        if (tab < 0)
+        const QString hint = i < hints.size() ? hints.at(i) : QString();
+        if (hint.isEmpty())
             continue;
-        const QString hint = item.mid(tab + 1);
         box->setItemData(box->count() - 1, hint, HintRole);
         box->setItemData(box->count() - 1, hint, Qt::ToolTipRole);
         widest = std::max(widest, metrics.horizontalAdvance(text) + Gap + metrics.horizontalAdvance(hint));

@@ -12,6 +12,7 @@ public:
     GridModel *const grid;
     QString editText;
     QString comboList;
+    QStringList comboHints;
     int row = -1;
     int col = -1;
     bool editing = false;
@@ -55,6 +56,17 @@ QString EditCycle::comboList() const
 void EditCycle::setComboList(const QString &list)
 {
     d->comboList = list;
+    d->comboHints.clear();
+}
+
+QStringList EditCycle::comboHints() const
+{
+    return d->comboHints;
+}
+
+void EditCycle::setComboHints(const QStringList &hints)
+{
+    d->comboHints = hints;
 }
 
 void EditCycle::setEditText(const QString &text)
@@ -69,6 +81,7 @@ bool EditCycle::begin(int row, int col)
     d->row = row;
     d->col = col;
     d->comboList = d->grid->colComboList(col);
+    d->comboHints.clear();
     d->editText = d->grid->text(row, col);
     d->stored = false;
     // Marked as editing before the event so a handler sees editRow()/editCol().

@@ -127,7 +127,7 @@ QWidget *GridDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem 
         cb->setEditable(true);
         cb->setInsertPolicy(QComboBox::NoInsert);
         cb->setFrame(false);
-        ComboHints::fill(cb, list);
+        ComboHints::fill(cb, list, model->editCycle()->comboHints());
         return cb;
     }
     auto *le = new QLineEdit(parent);

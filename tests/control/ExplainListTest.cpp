@@ -49,6 +49,8 @@ TEST_P(ExplainMemoStore, KeepsEachBooksListInOrderAndRefusesItWhole)
     EXPECT_EQ(kx::ExplainMemo::load(db.open(), book).value(), kept) << "another cashier reads the same list";
     EXPECT_TRUE(kx::ExplainMemo::load(conn, book + 1).value().isEmpty()) << "each book its own";
 
+    EXPECT_EQ(kx::ExplainMemo::cleaned({QStringLiteral("备用\t金")}).value(), QStringList({QStringLiteral("备用 金")}))
+        << "a tab becomes a blank, as typed";
     for (const QString &bad : {QStringLiteral("收|付"), QStringLiteral("两\n行")}) {
         const kx::Result<QStringList> refused = kx::ExplainMemo::save(conn, book, {QStringLiteral("新的"), bad});
         ASSERT_FALSE(refused.ok());
@@ -118,8 +120,9 @@ TEST(ExplainList, KeptExplanationsComeFirstAndEachShowsItsLatestRecord)
                                         : QStringLiteral("借 ") + debit.format(QStringLiteral("#,##0.00"));
     EXPECT_EQ(box->itemData(1, kx::ComboHints::HintRole).toString(),
               l.g->text(source, QStringLiteral("AccName")) + QStringLiteral("  ") + side);
-    for (int i = 0; i < box->count(); ++i)
-        EXPECT_FALSE(box->itemText(i).contains(QLatin1Char('\t'))) << i;
+    // A host reading the list from the edit cycle gets the explanations alone.
+    EXPECT_EQ(l.g->editCycle()->comboList().split(QLatin1Char('|'), Qt::SkipEmptyParts).mid(0, 2),
+              QStringList({QStringLiteral("月末盘点"), recurring}));
 
     // Picking enters the explanation, never its hint; the record fills from it.
     box->setCurrentIndex(1);
@@ -132,6 +135,23 @@ TEST(ExplainList, KeptExplanationsComeFirstAndEachShowsItsLatestRecord)
     const QString list = l.journal.GetExplainList();
     EXPECT_TRUE(list.startsWith(QStringLiteral("|月末盘点|") + recurring + QLatin1Char('|'))) << list.toStdString();
     EXPECT_FALSE(list.contains(QLatin1Char('\t')));
+}
+
+// An account's name holding the list's separator stays in the hint.
+TEST(ExplainList, AHintHoldingTheSeparatorMakesNoItem)
+{
+    Listing l;
+    const int source = l.g->rows() - 2;
+    const QString explain = l.g->text(source, l.explainCol);
+    ASSERT_EQ(l.latestWith(explain), source);
+    l.g->setText(source, l.g->colIndex(QStringLiteral("AccName")), QStringLiteral("其他应收款|个人"));
+    QComboBox *box = l.openList();
+    ASSERT_NE(box, nullptr);
+    const int at = box->findText(explain);
+    ASSERT_GE(at, 0);
+    EXPECT_TRUE(box->itemData(at, kx::ComboHints::HintRole).toString().startsWith(QStringLiteral("其他应收款|个人  ")));
+    for (int i = 0; i < box->count(); ++i)
+        EXPECT_FALSE(box->itemText(i).startsWith(QStringLiteral("个人"))) << box->itemText(i).toStdString();
 }
 
 TEST(ExplainList, TheCashierEditsTheKeptListInItsView)
