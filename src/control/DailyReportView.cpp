@@ -56,7 +56,12 @@ DailyReportView *DailyReportView::open(JournalPrivate &d)
     DailyReportView *view = openSideView<DailyReportView>(
         d, QStringLiteral("DailyReport"),
         [&d](AccContext &acc) { return new DailyReportView(acc, d.state.savedDocId(), d.q); },
-        [](DailyReportView *shown) { shown->reload(); });
+        [&d](DailyReportView *shown) {
+            if (shown->m_bookId != d.state.savedDocId())
+                return false;
+            shown->reload();
+            return true;
+        });
     if (view && d.alive() && d.state.dirty)
         view->say(QStringLiteral("日记账有没有存储的修改，报表只含已经存储的记录。"), true);
     return view;

@@ -22,7 +22,7 @@ ExplainMemoView *ExplainMemoView::open(JournalPrivate &d)
 {
     return openSideView<ExplainMemoView>(
         d, QStringLiteral("ExplainMemo"), [&d](AccContext &acc) { return new ExplainMemoView(d, acc, d.q); },
-        [](ExplainMemoView *) {});
+        [&d](ExplainMemoView *shown) { return shown->m_book == d.state.savedDocId(); });
 }
 
 ExplainMemoView::ExplainMemoView(JournalPrivate &d, AccContext &acc, QWidget *parent)

@@ -135,7 +135,10 @@ ReconcileView *ReconcileView::open(JournalPrivate &d)
             view->reload();
             return view;
         },
-        [](ReconcileView *shown) { shown->reload(); });
+        [](ReconcileView *shown) {
+            shown->reload();
+            return true;
+        });
 }
 
 bool ReconcileView::contextGone()

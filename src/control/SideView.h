@@ -12,7 +12,9 @@ namespace kx {
 
 /// Opens the one view of kind \a View the control shows beside the journal
 /// for \a command (made by \a make from the context, then shown), or raises
-/// the one already open, which \a again may refresh. Nothing opens when the
+/// the one already open, which \a again refreshes; when \a again says it no
+/// longer fits (it was opened for another book), it closes and a new one
+/// opens. Nothing opens when the
 /// host cancels the command, the control goes meanwhile, or there is no
 /// context (said). The view, or nullptr.
 template <class View, class Make, class Again>
@@ -27,10 +29,16 @@ View *openSideView(JournalPrivate &d, const QString &command, Make make, Again a
         return nullptr;
     }
     if (auto *shown = d.q->template findChild<View *>(QString(), Qt::FindDirectChildrenOnly)) {
-        again(shown);
-        shown->raise();
-        shown->activateWindow();
-        return shown;
+        if (again(shown)) {
+            shown->raise();
+            shown->activateWindow();
+            return shown;
+        }
+        // Gone at the next turn of the event loop, which may be inside it
+        // (a file asker it opened); out of the control's children at once.
+        shown->hide();
+        shown->setParent(nullptr);
+        shown->deleteLater();
     }
     View *view = make(*acc);
     view->setAttribute(Qt::WA_DeleteOnClose);

@@ -214,3 +214,28 @@ TEST(ExplainList, TheViewOutlivesItsContextAndGoesWithTheControl)
     l.reset();
     EXPECT_TRUE(view.isNull());
 }
+
+// A kept list opened for one book is not saved into another.
+TEST(ExplainList, OpeningAgainOnAnotherBookShowsThatBooksList)
+{
+    kxtest::TestDatabase db(kxtest::Engine::Sqlite);
+    kx::Database conn = db.open();
+    const int first = kxtest::fillSampleBooks(conn, 40, 2);
+    ASSERT_TRUE(kx::ExplainMemo::save(conn, first, {QStringLiteral("第一本的摘要")}).ok());
+    kx::SqlAccContext acc(db.open());
+    kx::Journal journal;
+    journal.setAcc(&acc);
+    journal.setAsker([](const QString &, const QString &) { return true; });
+    ASSERT_TRUE(journal.Load(first));
+    journal.show();
+    journal.DoCommand(QStringLiteral("ExplainMemo"));
+    const kx::Result<QVariant> other =
+        kx::sqlScalar(conn, {QStringLiteral("SELECT MIN(asID) FROM kxJournal WHERE asID <> %1 AND AssistCode LIKE '0201%'").arg(first), {}});
+    ASSERT_TRUE(other.ok());
+    ASSERT_TRUE(journal.Load(other.value().toInt()));
+    journal.DoCommand(QStringLiteral("ExplainMemo"));
+    QCoreApplication::processEvents();
+    const QList<QListWidget *> lists = journal.findChildren<QListWidget *>(QStringLiteral("explainMemoList"));
+    ASSERT_EQ(lists.size(), 1);
+    EXPECT_EQ(lists.first()->count(), 0) << "the second book keeps nothing yet";
+}
