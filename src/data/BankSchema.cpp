@@ -69,22 +69,15 @@ QStringList BankSchema::statements(SqlDialect::Kind kind)
 
 bool BankSchema::exists(const Database &db)
 {
-    if (!db.isOpen())
-        return false;
-    // A PostgreSQL catalogue names a table of another schema "schema.table".
-    const QString last = tables().last().toLower();
-    for (const QString &name : db.handle().tables())
-        if (name.toLower() == last || name.toLower().endsWith(QLatin1Char('.') + last))
-            return true;
-    return false;
+    // The tables are made together: when the last one is there, all are.
+    return sqlHasTable(db, tables().last());
 }
 
 Result<void> BankSchema::ensure(Database &db)
 {
     if (!db.isOpen())
         return Error(QStringLiteral("数据库没有打开。"));
-    // The tables are made together: when the last one is there, all are.
-    if (sqlScalar(db, {QStringLiteral("SELECT COUNT(*) FROM kxBankMapping WHERE DocID = 0"), {}}).ok())
+    if (exists(db))
         return {};
     const SqlDialect::Kind kind = sqlDialect(db).kind();
     const bool guarded = kind == SqlDialect::Sqlite || kind == SqlDialect::Postgres;

@@ -8,25 +8,6 @@
 
 namespace kx {
 
-namespace {
-
-const QString Table = QStringLiteral("kxexplainmemo");
-
-bool hasTable(const Database &db)
-{
-    // Asked of the catalogue: a failing statement would spoil a transaction
-    // the host holds open. PostgreSQL names a table of another schema
-    // "schema.table".
-    for (const QString &name : db.handle().tables()) {
-        const QString lower = name.toLower();
-        if (lower == Table || lower.endsWith(QLatin1Char('.') + Table))
-            return true;
-    }
-    return false;
-}
-
-} // namespace
-
 QString ExplainMemo::statement(SqlDialect::Kind kind)
 {
     switch (kind) {
@@ -59,7 +40,7 @@ Result<QStringList> ExplainMemo::load(const Database &db, int docId)
 {
     if (!db.isOpen())
         return Error(QStringLiteral("数据库没有打开。"));
-    if (!hasTable(db))
+    if (!sqlHasTable(db, QStringLiteral("kxExplainMemo")))
         return QStringList();
     const Result<QVariant> v =
         sqlScalar(db, {QStringLiteral("SELECT Explains FROM kxExplainMemo WHERE DocID = %1").arg(docId), {}});
@@ -76,7 +57,7 @@ Result<QStringList> ExplainMemo::save(Database &db, int docId, const QStringList
     if (!kept.ok())
         return kept;
     const SqlDialect::Kind kind = sqlDialect(db).kind();
-    const bool made = hasTable(db);
+    const bool made = sqlHasTable(db, QStringLiteral("kxExplainMemo"));
     Transaction tx(db);
     if (!tx.ok())
         return Error(tx.error());

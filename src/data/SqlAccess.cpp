@@ -95,6 +95,26 @@ Result<QVariant> sqlFirstRowField(const Database &db, const SqlStatement &statem
     return QVariant();
 }
 
+bool sqlHasTable(const Database &db, const QString &table)
+{
+    if (!db.isOpen())
+        return false;
+    if (db.engine() == Database::PostgresEngine) {
+        // NULL when no table of that name is on the search path.
+        const QVariant found = sqlScalar(db, {QStringLiteral("SELECT to_regclass(?)::text"), {table.toLower()}}).valueOr(QVariant());
+        return found.isValid() && !found.isNull();
+    }
+    if (db.engine() == Database::SqliteEngine)
+        return sqlScalar(db, {QStringLiteral("SELECT COUNT(*) FROM sqlite_master WHERE type = 'table' AND name = ? COLLATE NOCASE"),
+                              {table}})
+                   .valueOr(QVariant(0))
+                   .toInt() > 0;
+    for (const QString &name : db.handle().tables())
+        if (name.compare(table, Qt::CaseInsensitive) == 0)
+            return true;
+    return false;
+}
+
 Result<void> sqlRun(const Database &db, const SqlStatement &statement)
 {
     if (pg_conn *conn = PgRowReader::connectionOf(db)) {

@@ -34,6 +34,11 @@ Result<QVariant> sqlScalar(const Database &db, const SqlStatement &statement);
 /// field of exactly that name, else one that differs only in case (some
 /// engines fold names). Invalid when there is no row or no such field.
 Result<QVariant> sqlFirstRowField(const Database &db, const SqlStatement &statement, const QString &field);
+/// True when \a table is a table the statements on \a db reach (on
+/// PostgreSQL: on the search path, not merely in some schema). Asked so
+/// that nothing fails when it is missing: a failed statement would spoil a
+/// transaction the host holds open.
+bool sqlHasTable(const Database &db, const QString &table);
 /// Runs a statement whose rows are not needed.
 Result<void> sqlRun(const Database &db, const SqlStatement &statement);
 

@@ -34,6 +34,11 @@ TEST_P(ExplainMemoStore, KeepsEachBooksListInOrderAndRefusesItWhole)
     kxtest::TestDatabase db(GetParam());
     kx::Database conn = db.open();
     const int book = kxtest::fillSampleBooks(conn, 10, 1);
+    // Another company's books beside these (on PostgreSQL a schema of its
+    // own) have the table: it is not this one's.
+    kxtest::TestDatabase beside(GetParam());
+    kx::Database besideConn = beside.open();
+    kxtest::fillSampleBooks(besideConn, 10, 1);
     // A database made before the list existed has no table: nothing is kept.
     ASSERT_TRUE(kx::sqlRun(conn, {QStringLiteral("DROP TABLE kxExplainMemo"), {}}).ok());
     const kx::Result<QStringList> none = kx::ExplainMemo::load(conn, book);
