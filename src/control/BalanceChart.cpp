@@ -116,11 +116,15 @@ BalanceChart::BalanceChart(const Book &book, QWidget *panel)
     m_soon->setSingleShot(true);
     m_soon->setInterval(0);
     connect(m_soon, &QTimer::timeout, this, [this] {
-        // The grid is still being rewritten (a pass, a paste): later.
-        if (!m_book.sheet().tag().isEmpty()) {
+        // The grid is still being rewritten (a pass, a paste): later. A
+        // host may keep a tag of its own on the grid: after a second the
+        // figures are worked out all the same.
+        if (!m_book.sheet().tag().isEmpty() && m_waits < MaxWaits) {
+            ++m_waits;
             m_soon->start(50);
             return;
         }
+        m_waits = 0;
         if (m_stale && isVisible())
             recompute();
     });

@@ -83,6 +83,8 @@ private:
     int m_firstRows[12];
     int m_year = 0;
     bool m_stale = true;
+    static constexpr int MaxWaits = 20;  ///< 50 ms each while the grid is tagged busy
+    int m_waits = 0;
 };
 
 } // namespace kx

@@ -253,3 +253,18 @@ TEST(BalanceChart, TheHostDeletingTheControlWhileARecomputeWaitsIsSafe)
         EXPECT_TRUE(chart.isNull()) << (later ? "deleteLater" : "delete");
     }
 }
+
+// A host may keep a tag of its own on the grid: the chart still follows.
+TEST(BalanceChart, AHostsOwnGridTagHoldsTheChartBackOnlyAWhile)
+{
+    kxtest::EditingBook b;
+    b.journal->resize(1200, 600);
+    b.journal->show();
+    showSide(*b.journal);
+    BalanceChart *chart = chartOf(*b.journal);
+    ASSERT_NE(chart, nullptr);
+    b.journal->Grid()->setTag(QStringLiteral("宿主的标记"));
+    ASSERT_TRUE(b.type(2, "Debit", QStringLiteral("600.5")));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !chart->isStale(); }, 3000));
+    EXPECT_EQ(chart->receipts()->at(0), 600.5);
+}
