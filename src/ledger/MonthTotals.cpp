@@ -112,7 +112,10 @@ MonthTotals::MonthTotals(const Book &book)
     Sum balance = before;
     for (std::size_t m = 0; m < m_months.size(); ++m) {
         balance.take(moved[m]);
-        m_months[m] = {in[m].currency(), out[m].currency(), balance.currency(creditSide), firstRows[m]};
+        // Receipts are what the book's own side takes in, as vouchers group
+        // them: the credits of a 贷 book.
+        m_months[m] = {creditSide ? out[m].currency() : in[m].currency(), creditSide ? in[m].currency() : out[m].currency(),
+                       balance.currency(creditSide), firstRows[m]};
     }
 }
 

@@ -12,8 +12,9 @@ class Book;
 /// receipts and payments of each month and the balance at its end.
 ///
 /// The year is the latest year any record is dated in (a book running
-/// across a new year shows the new one). Receipts are the debits and
-/// payments the credits of the records dated in the month. The balance at a
+/// across a new year shows the new one). Receipts are the amounts on the
+/// book's own side (the debits; the credits of a 贷 book) and payments those
+/// on the other, of the records dated in the month. The balance at a
 /// month's end is what the balance pass would run to there: every record
 /// dated up to the month's last day, the opening row included (it counts
 /// toward the balance, never as a receipt or payment, nor as a month's first

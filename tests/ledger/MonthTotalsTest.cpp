@@ -68,8 +68,9 @@ protected:
                                          : balance + money(l.debit) - money(l.credit);
                 if (i == 0 || day.year() != year || day.month() != m)
                     continue;
-                in = in + money(l.debit);
-                out = out + money(l.credit);
+                // A 贷 book takes in on its credit side.
+                in = in + money(creditBook ? l.credit : l.debit);
+                out = out + money(creditBook ? l.debit : l.credit);
                 if (first < 0)
                     first = row;
             }
@@ -141,6 +142,8 @@ TEST_F(MonthFigures, ACreditBookCountsItsBalanceOnTheCreditSide)
     const MonthTotals totals(book);
     expectFigures(totals, 2026, true);
     EXPECT_EQ(totals.month(4).closing, money("730"));
+    EXPECT_EQ(totals.month(4).receipts, money("30")) << "the credit side takes in";
+    EXPECT_EQ(totals.month(4).payments, money("100"));
 }
 
 TEST_F(MonthFigures, SumsPastWhatMoneyHoldsAreInvalidAndTheExactBalanceComesBack)
