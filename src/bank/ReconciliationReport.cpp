@@ -1,18 +1,14 @@
 #include "bank/ReconciliationReport.h"
 
 #include "grid/Sheet.h"
-#include "output/BookPrinter.h"
 #include "output/FileOutput.h"
 #include "output/PageLayout.h"
-#include "output/PagePainter.h"
-#include "output/PdfTextLayer.h"
+#include "output/ReportPdf.h"
 #include "output/SpreadsheetWriter.h"
 
-#include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
 #include <QFontMetricsF>
-#include <QPdfWriter>
 #include <QSaveFile>
 #include <QTemporaryDir>
 #include <xlsxwriter.h>
@@ -129,34 +125,8 @@ Result<void> ReconciliationReport::write(const QString &path, const QStringList 
 
 Result<void> ReconciliationReport::printToPdf(const QString &path, const QStringList &keep) const
 {
-    QSaveFile out(path);
-    if (Result<void> opened = FileOutput::open(out, keep); !opened.ok())
-        return opened;
-    QFont font(QStringLiteral("Noto Sans CJK SC"));
-    font.setPixelSize(11);
-    QBuffer pdf;
-    pdf.open(QIODevice::WriteOnly);
-    {
-        QPdfWriter writer(&pdf);
-        writer.setResolution(1200);
-        writer.setCreator(QStringLiteral("kxAccJournal"));
-        writer.setTitle(caption());
-        QPageLayout page = BookPrinter::page();
-        page.setOrientation(QPageLayout::Portrait);
-        writer.setPageLayout(page);
-        Sheet grid;
-        layout(grid, writer.pageLayout().paintRect(QPageLayout::Point).size(), font);
-        PagePainter painter(grid, caption(), QString(), font);
-        painter.setSubtitle(subtitle());
-        if (const Result<void> printed = painter.print(writer, path); !printed.ok())
-            return Error(FileOutput::cannotWrite(path, printed.error()));
-    }
-    if (!pdf.data().trimmed().endsWith("%%EOF"))
-        return Error(FileOutput::cannotWrite(path, QStringLiteral("PDF 文件没有写完。")));
-    const QByteArray bytes = PdfTextLayer::readable(pdf.data(), font);
-    if (out.write(bytes) != bytes.size())
-        return Error(FileOutput::cannotWrite(path, FileOutput::why(out)));
-    return FileOutput::commit(out);
+    return ReportPdf::write(path, keep, caption(), subtitle(), QPageLayout::Portrait,
+                            [this](Sheet &grid, const QSizeF &area, const QFont &font) { layout(grid, area, font); });
 }
 
 Result<void> ReconciliationReport::writeXlsx(const QString &path, const QStringList &keep) const

@@ -1,18 +1,14 @@
 #include "output/DailyReportWriter.h"
 
 #include "grid/Sheet.h"
-#include "output/BookPrinter.h"
 #include "output/BookSheet.h"
 #include "output/FileOutput.h"
 #include "output/PageLayout.h"
-#include "output/PagePainter.h"
-#include "output/PdfTextLayer.h"
+#include "output/ReportPdf.h"
 #include "output/SpreadsheetWriter.h"
 
-#include <QBuffer>
 #include <QFile>
 #include <QFontMetricsF>
-#include <QPdfWriter>
 #include <QSaveFile>
 #include <QSet>
 #include <QTemporaryDir>
@@ -250,34 +246,8 @@ void DailyReportWriter::layout(Sheet &grid, const QSizeF &area, const QFont &fon
 
 Result<void> DailyReportWriter::printToPdf(const QString &path, const QStringList &keep) const
 {
-    QSaveFile out(path);
-    if (Result<void> opened = FileOutput::open(out, keep); !opened.ok())
-        return opened;
-    QFont font(QStringLiteral("Noto Sans CJK SC"));
-    font.setPixelSize(11);
-    QBuffer pdf;
-    pdf.open(QIODevice::WriteOnly);
-    {
-        QPdfWriter writer(&pdf);
-        writer.setResolution(1200);
-        writer.setCreator(QStringLiteral("kxAccJournal"));
-        writer.setTitle(caption());
-        QPageLayout page = BookPrinter::page();
-        page.setOrientation(QPageLayout::Landscape);
-        writer.setPageLayout(page);
-        Sheet grid;
-        layout(grid, writer.pageLayout().paintRect(QPageLayout::Point).size(), font);
-        PagePainter painter(grid, caption(), QString(), font);
-        painter.setSubtitle(subtitle());
-        if (const Result<void> printed = painter.print(writer, path); !printed.ok())
-            return Error(FileOutput::cannotWrite(path, printed.error()));
-    }
-    if (!pdf.data().trimmed().endsWith("%%EOF"))
-        return Error(FileOutput::cannotWrite(path, QStringLiteral("PDF 文件没有写完。")));
-    const QByteArray bytes = PdfTextLayer::readable(pdf.data(), font);
-    if (out.write(bytes) != bytes.size())
-        return Error(FileOutput::cannotWrite(path, FileOutput::why(out)));
-    return FileOutput::commit(out);
+    return ReportPdf::write(path, keep, caption(), subtitle(), QPageLayout::Landscape,
+                            [this](Sheet &grid, const QSizeF &area, const QFont &font) { layout(grid, area, font); });
 }
 
 Result<void> DailyReportWriter::writeXlsx(const QString &path, const QStringList &keep) const
