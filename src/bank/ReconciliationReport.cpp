@@ -6,11 +6,8 @@
 #include "output/ReportPdf.h"
 #include "output/SpreadsheetWriter.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QFontMetricsF>
-#include <QSaveFile>
-#include <QTemporaryDir>
 #include <xlsxwriter.h>
 
 #include <cmath>
@@ -131,68 +128,54 @@ Result<void> ReconciliationReport::printToPdf(const QString &path, const QString
 
 Result<void> ReconciliationReport::writeXlsx(const QString &path, const QStringList &keep) const
 {
-    QSaveFile out(path);
-    if (Result<void> opened = FileOutput::open(out, keep); !opened.ok())
-        return opened;
-    QTemporaryDir scratch;
-    if (!scratch.isValid())
-        return Error(FileOutput::cannotWrite(path, QStringLiteral("不能建立临时文件夹。")));
-    const QString written = scratch.filePath(QStringLiteral("report.xlsx"));
-    lxw_workbook *book = workbook_new(QFile::encodeName(written).constData());
-    if (!book)
-        return Error(QStringLiteral("不能建立电子表格。"));
-    lxw_worksheet *ws = workbook_add_worksheet(book, caption().toUtf8().constData());
-    lxw_format *title = SpreadsheetWriter::titleFormat(book);
-    lxw_format *header = SpreadsheetWriter::headerFormat(book);
-    lxw_format *amount = workbook_add_format(book);
-    format_set_num_format(amount, "#,##0.00");
-    lxw_format *boldAmount = workbook_add_format(book);
-    format_set_num_format(boldAmount, "#,##0.00");
-    format_set_bold(boldAmount);
-    lxw_format *red = workbook_add_format(book);
-    format_set_num_format(red, "#,##0.00");
-    format_set_bold(red);
-    format_set_font_color(red, LXW_COLOR_RED);
-    lxw_format *bold = workbook_add_format(book);
-    format_set_bold(bold);
-    lxw_format *date = workbook_add_format(book);
-    format_set_num_format(date, "yyyy-mm-dd");
+    return SpreadsheetWriter::writeReport(path, keep, caption(), [this](lxw_workbook *book, lxw_worksheet *ws) {
+        lxw_format *title = SpreadsheetWriter::titleFormat(book);
+        lxw_format *header = SpreadsheetWriter::headerFormat(book);
+        lxw_format *amount = workbook_add_format(book);
+        format_set_num_format(amount, "#,##0.00");
+        lxw_format *boldAmount = workbook_add_format(book);
+        format_set_num_format(boldAmount, "#,##0.00");
+        format_set_bold(boldAmount);
+        lxw_format *red = workbook_add_format(book);
+        format_set_num_format(red, "#,##0.00");
+        format_set_bold(red);
+        format_set_font_color(red, LXW_COLOR_RED);
+        lxw_format *bold = workbook_add_format(book);
+        format_set_bold(bold);
+        lxw_format *date = workbook_add_format(book);
+        format_set_num_format(date, "yyyy-mm-dd");
 
-    lxw_error err = worksheet_write_string(ws, 0, 0, caption().toUtf8().constData(), title);
-    if (!err)
-        err = worksheet_write_string(ws, 1, 0, subtitle().toUtf8().constData(), nullptr);
-    for (int c = 0; c < 5 && !err; ++c) {
-        err = worksheet_write_string(ws, 2, lxw_col_t(c), Headers[c], header);
-        worksheet_set_column(ws, lxw_col_t(c), lxw_col_t(c), c == 3 ? 40 : c == 0 ? 24 : 16, nullptr);
-    }
-    lxw_row_t row = 3;
-    for (const Line &l : lines()) {
-        if (err)
-            break;
-        const bool strong = l.kind != Line::Item;
-        if (!l.label.isEmpty())
-            err = worksheet_write_string(ws, row, 0, l.label.toUtf8().constData(), strong ? bold : nullptr);
-        if (!err && l.date.isValid()) {
-            lxw_datetime when{l.date.year(), l.date.month(), l.date.day(), 0, 0, 0.0};
-            err = worksheet_write_datetime(ws, row, 1, &when, date);
+        lxw_error err = worksheet_write_string(ws, 0, 0, caption().toUtf8().constData(), title);
+        if (!err)
+            err = worksheet_write_string(ws, 1, 0, subtitle().toUtf8().constData(), nullptr);
+        for (int c = 0; c < 5 && !err; ++c) {
+            err = worksheet_write_string(ws, 2, lxw_col_t(c), Headers[c], header);
+            worksheet_set_column(ws, lxw_col_t(c), lxw_col_t(c), c == 3 ? 40 : c == 0 ? 24 : 16, nullptr);
         }
-        if (!err && !l.reference.isEmpty())
-            err = worksheet_write_string(ws, row, 2, l.reference.toUtf8().constData(), nullptr);
-        if (!err && !l.text.isEmpty())
-            err = worksheet_write_string(ws, row, 3, l.text.toUtf8().constData(), nullptr);
-        if (!err && l.amount.isValid()) {
-            lxw_format *f = l.kind == Line::Difference && !l.amount.isZero() ? red : strong ? boldAmount : amount;
-            // The figure as the spreadsheet sums it; four decimals at most, exact as a double.
-            err = worksheet_write_number(ws, row, 4, l.amount.toDouble(), f);
+        lxw_row_t row = 3;
+        for (const Line &l : lines()) {
+            if (err)
+                break;
+            const bool strong = l.kind != Line::Item;
+            if (!l.label.isEmpty())
+                err = worksheet_write_string(ws, row, 0, l.label.toUtf8().constData(), strong ? bold : nullptr);
+            if (!err && l.date.isValid()) {
+                lxw_datetime when{l.date.year(), l.date.month(), l.date.day(), 0, 0, 0.0};
+                err = worksheet_write_datetime(ws, row, 1, &when, date);
+            }
+            if (!err && !l.reference.isEmpty())
+                err = worksheet_write_string(ws, row, 2, l.reference.toUtf8().constData(), nullptr);
+            if (!err && !l.text.isEmpty())
+                err = worksheet_write_string(ws, row, 3, l.text.toUtf8().constData(), nullptr);
+            if (!err && l.amount.isValid()) {
+                lxw_format *f = l.kind == Line::Difference && !l.amount.isZero() ? red : strong ? boldAmount : amount;
+                // The figure as the spreadsheet sums it; four decimals at most, exact as a double.
+                err = worksheet_write_number(ws, row, 4, l.amount.toDouble(), f);
+            }
+            ++row;
         }
-        ++row;
-    }
-    const lxw_error closed = workbook_close(book);
-    if (!err)
-        err = closed;
-    if (err)
-        return Error(QStringLiteral("不能写出电子表格：%1").arg(QString::fromUtf8(lxw_strerror(err))));
-    return FileOutput::publish(written, out);
+        return int(err);
+    });
 }
 
 } // namespace kx

@@ -7,11 +7,9 @@
 #include "output/ReportPdf.h"
 #include "output/SpreadsheetWriter.h"
 
-#include <QFile>
 #include <QFontMetricsF>
 #include <QSaveFile>
 #include <QSet>
-#include <QTemporaryDir>
 #include <xlsxwriter.h>
 
 #include <cmath>
@@ -252,114 +250,100 @@ Result<void> DailyReportWriter::printToPdf(const QString &path, const QStringLis
 
 Result<void> DailyReportWriter::writeXlsx(const QString &path, const QStringList &keep) const
 {
-    QSaveFile out(path);
-    if (Result<void> opened = FileOutput::open(out, keep); !opened.ok())
-        return opened;
-    QTemporaryDir scratch;
-    if (!scratch.isValid())
-        return Error(FileOutput::cannotWrite(path, QStringLiteral("不能建立临时文件夹。")));
-    const QString written = scratch.filePath(QStringLiteral("report.xlsx"));
-    lxw_workbook *book = workbook_new(QFile::encodeName(written).constData());
-    if (!book)
-        return Error(QStringLiteral("不能建立电子表格。"));
-    lxw_worksheet *ws = workbook_add_worksheet(book, caption().toUtf8().constData());
-    lxw_format *title = SpreadsheetWriter::titleFormat(book);
-    lxw_format *header = SpreadsheetWriter::headerFormat(book);
-    const auto made = [book](bool strong, const char *number, int indentBy, bool quiet = false) {
-        lxw_format *f = workbook_add_format(book);
-        if (strong)
-            format_set_bold(f);
-        if (number)
-            format_set_num_format(f, number);
-        if (indentBy > 0)
-            format_set_indent(f, uint8_t(std::min(indentBy, 15)));
-        if (quiet)
-            format_set_font_color(f, LXW_COLOR_GRAY);
-        return f;
-    };
-    lxw_format *amount[2] = {made(false, "#,##0.00", 0), made(true, "#,##0.00", 0)};
-    lxw_format *count[2] = {made(false, "0", 0), made(true, "0", 0)};
-    lxw_format *plain[2] = {nullptr, made(true, nullptr, 0)};
-    lxw_format *date = made(false, "yyyy-mm-dd", 0);
-    lxw_format *entryHead = made(false, nullptr, 0, true);
-    // Indented names, made once per depth and weight.
-    QHash<int, lxw_format *> names;
-    const auto nameFormat = [&](int depth, bool strong, bool quiet = false) {
-        const int key = depth * 4 + (strong ? 1 : 0) + (quiet ? 2 : 0);
-        if (!names.contains(key))
-            names.insert(key, made(strong, nullptr, 2 * depth, quiet));
-        return names.value(key);
-    };
-    const auto text = [](const QString &t) { return t.left(SpreadsheetWriter::MaxCellText).toUtf8(); };
+    return SpreadsheetWriter::writeReport(path, keep, caption(), [this](lxw_workbook *book, lxw_worksheet *ws) {
+        lxw_format *title = SpreadsheetWriter::titleFormat(book);
+        lxw_format *header = SpreadsheetWriter::headerFormat(book);
+        const auto made = [book](bool strong, const char *number, int indentBy, bool quiet = false) {
+            lxw_format *f = workbook_add_format(book);
+            if (strong)
+                format_set_bold(f);
+            if (number)
+                format_set_num_format(f, number);
+            if (indentBy > 0)
+                format_set_indent(f, uint8_t(std::min(indentBy, 15)));
+            if (quiet)
+                format_set_font_color(f, LXW_COLOR_GRAY);
+            return f;
+        };
+        lxw_format *amount[2] = {made(false, "#,##0.00", 0), made(true, "#,##0.00", 0)};
+        lxw_format *count[2] = {made(false, "0", 0), made(true, "0", 0)};
+        lxw_format *plain[2] = {nullptr, made(true, nullptr, 0)};
+        lxw_format *date = made(false, "yyyy-mm-dd", 0);
+        lxw_format *entryHead = made(false, nullptr, 0, true);
+        // Indented names, made once per depth and weight.
+        QHash<int, lxw_format *> names;
+        const auto nameFormat = [&](int depth, bool strong, bool quiet = false) {
+            const int key = depth * 4 + (strong ? 1 : 0) + (quiet ? 2 : 0);
+            if (!names.contains(key))
+                names.insert(key, made(strong, nullptr, 2 * depth, quiet));
+            return names.value(key);
+        };
+        const auto text = [](const QString &t) { return t.left(SpreadsheetWriter::MaxCellText).toUtf8(); };
 
-    lxw_error err = worksheet_write_string(ws, 0, 0, caption().toUtf8().constData(), title);
-    if (!err)
-        err = worksheet_write_string(ws, 1, 0, subtitle().toUtf8().constData(), nullptr);
-    const QStringList headers = DailyReport::headers();
-    for (int c = 0; c < Columns && !err; ++c) {
-        err = worksheet_write_string(ws, 2, lxw_col_t(c), headers.at(c).toUtf8().constData(), header);
-        worksheet_set_column(ws, lxw_col_t(c), lxw_col_t(c), c == 1 ? 32 : c == 3 || c == 5 ? 10 : 16, nullptr);
-    }
-    if (!err)
-        worksheet_freeze_panes(ws, 3, 0);
-    lxw_row_col_options listed{};
-    listed.level = 1;
-    lxw_row_t row = 3;
-    const QList<Printed> all =
-        printedLines(m_lines, m_entries, [this](const BookDirectory::Book &b) { return depth(b); }, total());
-    for (const Printed &p : all) {
-        if (err)
-            break;
-        if (p.kind == Printed::Book || p.kind == Printed::Total) {
-            const DailyReport::Line &l = p.line;
-            const bool strong = p.kind == Printed::Total || l.book.hasChildren;
-            const QString name = p.kind == Printed::Total ? QStringLiteral("合计") : l.book.name;
-            if (!l.book.code.isEmpty())
-                err = worksheet_write_string(ws, row, 0, text(l.book.code).constData(), plain[strong]);
-            if (!err)
-                err = worksheet_write_string(ws, row, 1, text(name).constData(), nameFormat(p.depth, strong));
-            // Figures as the spreadsheet sums them; four decimals at most, exact as doubles.
-            const Currency figures[] = {l.opening, l.receipts, l.payments, l.closing()};
-            const lxw_col_t at[] = {2, 4, 6, 7};
-            for (int i = 0; i < 4 && !err; ++i)
-                err = worksheet_write_number(ws, row, at[i], figures[i].toDouble(), amount[strong]);
-            if (!err)
-                err = worksheet_write_number(ws, row, 3, l.receiptCount, count[strong]);
-            if (!err)
-                err = worksheet_write_number(ws, row, 5, l.paymentCount, count[strong]);
-        } else if (p.kind == Printed::EntryHead) {
-            worksheet_set_row_opt(ws, row, LXW_DEF_ROW_HEIGHT, nullptr, &listed);
-            const QStringList heads = entryHeaders();
-            for (int c = 0; c < Columns && !err; ++c)
-                if (!heads.at(c).isEmpty())
-                    err = worksheet_write_string(ws, row, lxw_col_t(c), heads.at(c).toUtf8().constData(),
-                                                 c == 1 ? nameFormat(p.depth, false, true) : entryHead);
-        } else {
-            worksheet_set_row_opt(ws, row, LXW_DEF_ROW_HEIGHT, nullptr, &listed);
-            const DailyReport::Entry &e = p.entry;
-            if (e.date.isValid()) {
-                lxw_datetime when{e.date.year(), e.date.month(), e.date.day(), 0, 0, 0.0};
-                err = worksheet_write_datetime(ws, row, 0, &when, date);
-            }
-            if (!err && !e.explain.isEmpty())
-                err = worksheet_write_string(ws, row, 1, text(e.explain).constData(), nameFormat(p.depth, false));
-            if (!err && !e.account.isEmpty())
-                err = worksheet_write_string(ws, row, 2, text(e.account).constData(), nullptr);
-            if (!err && !e.number.isEmpty())
-                err = worksheet_write_string(ws, row, 3, text(e.number).constData(), nullptr);
-            if (!err && !e.debit.isZero())
-                err = worksheet_write_number(ws, row, 4, e.debit.toDouble(), amount[0]);
-            if (!err && !e.credit.isZero())
-                err = worksheet_write_number(ws, row, 6, e.credit.toDouble(), amount[0]);
+        lxw_error err = worksheet_write_string(ws, 0, 0, caption().toUtf8().constData(), title);
+        if (!err)
+            err = worksheet_write_string(ws, 1, 0, subtitle().toUtf8().constData(), nullptr);
+        const QStringList headers = DailyReport::headers();
+        for (int c = 0; c < Columns && !err; ++c) {
+            err = worksheet_write_string(ws, 2, lxw_col_t(c), headers.at(c).toUtf8().constData(), header);
+            worksheet_set_column(ws, lxw_col_t(c), lxw_col_t(c), c == 1 ? 32 : c == 3 || c == 5 ? 10 : 16, nullptr);
         }
-        ++row;
-    }
-    const lxw_error closed = workbook_close(book);
-    if (!err)
-        err = closed;
-    if (err)
-        return Error(QStringLiteral("不能写出电子表格：%1").arg(QString::fromUtf8(lxw_strerror(err))));
-    return FileOutput::publish(written, out);
+        if (!err)
+            worksheet_freeze_panes(ws, 3, 0);
+        lxw_row_col_options listed{};
+        listed.level = 1;
+        lxw_row_t row = 3;
+        const QList<Printed> all =
+            printedLines(m_lines, m_entries, [this](const BookDirectory::Book &b) { return depth(b); }, total());
+        for (const Printed &p : all) {
+            if (err)
+                break;
+            if (p.kind == Printed::Book || p.kind == Printed::Total) {
+                const DailyReport::Line &l = p.line;
+                const bool strong = p.kind == Printed::Total || l.book.hasChildren;
+                const QString name = p.kind == Printed::Total ? QStringLiteral("合计") : l.book.name;
+                if (!l.book.code.isEmpty())
+                    err = worksheet_write_string(ws, row, 0, text(l.book.code).constData(), plain[strong]);
+                if (!err)
+                    err = worksheet_write_string(ws, row, 1, text(name).constData(), nameFormat(p.depth, strong));
+                // Figures as the spreadsheet sums them; four decimals at most, exact as doubles.
+                const Currency figures[] = {l.opening, l.receipts, l.payments, l.closing()};
+                const lxw_col_t at[] = {2, 4, 6, 7};
+                for (int i = 0; i < 4 && !err; ++i)
+                    err = worksheet_write_number(ws, row, at[i], figures[i].toDouble(), amount[strong]);
+                if (!err)
+                    err = worksheet_write_number(ws, row, 3, l.receiptCount, count[strong]);
+                if (!err)
+                    err = worksheet_write_number(ws, row, 5, l.paymentCount, count[strong]);
+            } else if (p.kind == Printed::EntryHead) {
+                worksheet_set_row_opt(ws, row, LXW_DEF_ROW_HEIGHT, nullptr, &listed);
+                const QStringList heads = entryHeaders();
+                for (int c = 0; c < Columns && !err; ++c)
+                    if (!heads.at(c).isEmpty())
+                        err = worksheet_write_string(ws, row, lxw_col_t(c), heads.at(c).toUtf8().constData(),
+                                                     c == 1 ? nameFormat(p.depth, false, true) : entryHead);
+            } else {
+                worksheet_set_row_opt(ws, row, LXW_DEF_ROW_HEIGHT, nullptr, &listed);
+                const DailyReport::Entry &e = p.entry;
+                if (e.date.isValid()) {
+                    lxw_datetime when{e.date.year(), e.date.month(), e.date.day(), 0, 0, 0.0};
+                    err = worksheet_write_datetime(ws, row, 0, &when, date);
+                }
+                if (!err && !e.explain.isEmpty())
+                    err = worksheet_write_string(ws, row, 1, text(e.explain).constData(), nameFormat(p.depth, false));
+                if (!err && !e.account.isEmpty())
+                    err = worksheet_write_string(ws, row, 2, text(e.account).constData(), nullptr);
+                if (!err && !e.number.isEmpty())
+                    err = worksheet_write_string(ws, row, 3, text(e.number).constData(), nullptr);
+                if (!err && !e.debit.isZero())
+                    err = worksheet_write_number(ws, row, 4, e.debit.toDouble(), amount[0]);
+                if (!err && !e.credit.isZero())
+                    err = worksheet_write_number(ws, row, 6, e.credit.toDouble(), amount[0]);
+            }
+            ++row;
+        }
+        return int(err);
+    });
 }
 
 Result<void> DailyReportWriter::writeCsv(const QString &path, const QStringList &keep) const

@@ -1,7 +1,10 @@
 #include "output/SpreadsheetWriter.h"
 
+#include "output/FileOutput.h"
+
 #include <QFile>
 #include <QFileInfo>
+#include <QSaveFile>
 #include <cerrno>
 #include <QTemporaryDir>
 #include <xlsxwriter.h>
@@ -155,6 +158,31 @@ Result<int> SpreadsheetWriter::write(const BookSheet &sheet, const QString &capt
     if (err != LXW_NO_ERROR)
         return Error(QStringLiteral("不能写出电子表格：%1").arg(QString::fromUtf8(lxw_strerror(err))));
     return cut;
+}
+
+Result<void> SpreadsheetWriter::writeReport(const QString &path, const QStringList &keep, const QString &name,
+                                            const std::function<int(lxw_workbook *, lxw_worksheet *)> &fill)
+{
+    QSaveFile out(path);
+    if (Result<void> opened = FileOutput::open(out, keep); !opened.ok())
+        return opened;
+    QTemporaryDir scratch;
+    if (!scratch.isValid())
+        return Error(FileOutput::cannotWrite(path, QStringLiteral("不能建立临时文件夹。")));
+    // The library writes a file of its own; it takes the place of the
+    // target only once it is whole.
+    const QString written = scratch.filePath(QStringLiteral("report.xlsx"));
+    lxw_workbook *book = workbook_new(QFile::encodeName(written).constData());
+    if (!book)
+        return Error(QStringLiteral("不能建立电子表格。"));
+    lxw_worksheet *ws = workbook_add_worksheet(book, name.toUtf8().constData());
+    int err = fill(book, ws);
+    const lxw_error closed = workbook_close(book);
+    if (!err)
+        err = closed;
+    if (err)
+        return Error(QStringLiteral("不能写出电子表格：%1").arg(QString::fromUtf8(lxw_strerror(lxw_error(err)))));
+    return FileOutput::publish(written, out);
 }
 
 } // namespace kx

@@ -4,10 +4,12 @@
 #include "output/BookSheet.h"
 
 #include <QString>
+#include <QStringList>
 #include <functional>
 
 struct lxw_format;
 struct lxw_workbook;
+struct lxw_worksheet;
 
 namespace kx {
 
@@ -32,6 +34,11 @@ public:
     static lxw_format *headerFormat(lxw_workbook *book);
     /// \a text as a worksheet's name may be: at most 31 characters, none of []:*?/\ .
     static QString sheetName(const QString &text);
+    /// Writes a report of one worksheet named \a name into \a path (never
+    /// over \a keep), whole or not at all: \a fill writes the cells and
+    /// gives the first error of libxlsxwriter (0: none).
+    static Result<void> writeReport(const QString &path, const QStringList &keep, const QString &name,
+                                    const std::function<int(lxw_workbook *, lxw_worksheet *)> &fill);
 };
 
 } // namespace kx
