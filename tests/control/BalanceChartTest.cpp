@@ -40,6 +40,15 @@ void showSide(kx::Journal &journal, bool on = true)
     QApplication::processEvents();
 }
 
+// The control shown with its side panel open; its chart.
+BalanceChart *shownChart(kx::Journal &journal)
+{
+    journal.resize(1200, 600);
+    journal.show();
+    showSide(journal);
+    return chartOf(journal);
+}
+
 // The drawn figures against the book's own, month by month.
 void expectShows(const BalanceChart &chart, const MonthTotals &totals)
 {
@@ -107,10 +116,7 @@ TEST(BalanceChart, ALoadedYearIsDrawnAsTheBookSumsIt)
 TEST(BalanceChart, TypingUndoAndAHiddenPanelAreFollowed)
 {
     kxtest::EditingBook b;
-    b.journal->resize(1200, 600);
-    b.journal->show();
-    showSide(*b.journal);
-    BalanceChart *chart = chartOf(*b.journal);
+    BalanceChart *chart = shownChart(*b.journal);
     ASSERT_NE(chart, nullptr);
     // Opening 1000 dated the year before, then +500, −200, −50 in January.
     EXPECT_EQ(chart->year(), 2025);
@@ -202,10 +208,7 @@ TEST(BalanceChart, AClickedMonthTakesTheCursorToItsFirstRecord)
 TEST(BalanceChart, AHostWidgetInTheSidePanelTakesThePlaceOfTheChart)
 {
     kxtest::EditingBook b;
-    b.journal->resize(1200, 600);
-    b.journal->show();
-    showSide(*b.journal);
-    BalanceChart *chart = chartOf(*b.journal);
+    BalanceChart *chart = shownChart(*b.journal);
     ASSERT_NE(chart, nullptr);
     auto *panel = b.journal->findChild<QFrame *>(QStringLiteral("C1EDesk"));
     ASSERT_NE(panel, nullptr);
@@ -258,10 +261,7 @@ TEST(BalanceChart, TheHostDeletingTheControlWhileARecomputeWaitsIsSafe)
 TEST(BalanceChart, AHostsOwnGridTagHoldsTheChartBackOnlyAWhile)
 {
     kxtest::EditingBook b;
-    b.journal->resize(1200, 600);
-    b.journal->show();
-    showSide(*b.journal);
-    BalanceChart *chart = chartOf(*b.journal);
+    BalanceChart *chart = shownChart(*b.journal);
     ASSERT_NE(chart, nullptr);
     b.journal->Grid()->setTag(QStringLiteral("宿主的标记"));
     ASSERT_TRUE(b.type(2, "Debit", QStringLiteral("600.5")));
