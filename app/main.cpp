@@ -304,7 +304,7 @@ int main(int argc, char **argv)
                                                     "  reconcile\n"
                                                     "           write a bank book's balance reconciliation on --to into a PDF or XLSX file"));
     parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("demo, sample, voucher, make, export, print, check, statement or reconcile"));
+    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("demo, sample, voucher, make, export, print, check, statement, reconcile or daily"));
     const QCommandLineOption dbOption(QStringLiteral("db"), QStringLiteral("Database URL (sqlite:PATH, postgresql://…)."),
                                       QStringLiteral("URL"));
     const QCommandLineOption screenshot(QStringLiteral("screenshot"), QStringLiteral("Write a PNG of the window to FILE and quit."),
