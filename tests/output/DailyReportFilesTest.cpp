@@ -315,18 +315,31 @@ TEST_P(DailyReportFiles, TheFiguresInEachFileAreTheRecordsSumsLevelByLevel)
 INSTANTIATE_TEST_SUITE_P(Engines, DailyReportFiles, ::testing::Values(Engine::Sqlite, Engine::Postgres),
                          [](const auto &info) { return kxtest::engineName(info.param); });
 
+namespace {
+
+// A SQLite book of 1,500 sample records and a context on it.
+struct SampleYear {
+    SampleYear() : testDb(Engine::Sqlite)
+    {
+        kx::Database conn = testDb.open();
+        bookId = kxtest::fillSampleBooks(conn, 1500, 1);
+        acc = std::make_unique<kx::SqlAccContext>(testDb.open());
+    }
+    kxtest::TestDatabase testDb;
+    int bookId = 0;
+    std::unique_ptr<kx::SqlAccContext> acc;
+};
+
+} // namespace
+
 // One day: the heading names the day alone, the records are that day's and
 // no other, the books without records that day list nothing.
 TEST(DailyReportFiles, OneDaysRecordsAreExactlyThatDays)
 {
-    kxtest::TestDatabase testDb(Engine::Sqlite);
-    int bookId = 0;
-    {
-        kx::Database conn = testDb.open();
-        bookId = kxtest::fillSampleBooks(conn, 1500, 1);
-        ASSERT_GT(bookId, 0);
-    }
-    kx::SqlAccContext acc(testDb.open());
+    const SampleYear sample;
+    const int bookId = sample.bookId;
+    ASSERT_GT(bookId, 0);
+    kx::SqlAccContext &acc = *sample.acc;
     const QList<Record> all = loadedRecords(acc, bookId);
     // The busiest day of the book.
     QMap<QDate, int> perDay;
@@ -429,14 +442,10 @@ TEST(DailyReportTool, WritesEachKindOfFileByItsExtension)
 // and no line is lost to the break.
 TEST(DailyReportFiles, AListGoingOverAPageIsHeadedAgain)
 {
-    kxtest::TestDatabase testDb(Engine::Sqlite);
-    int bookId = 0;
-    {
-        kx::Database conn = testDb.open();
-        bookId = kxtest::fillSampleBooks(conn, 1500, 1);
-        ASSERT_GT(bookId, 0);
-    }
-    kx::SqlAccContext acc(testDb.open());
+    const SampleYear sample;
+    const int bookId = sample.bookId;
+    ASSERT_GT(bookId, 0);
+    kx::SqlAccContext &acc = *sample.acc;
     const QDate from(2025, 8, 1), to(2025, 8, 31);
     const QList<kx::DailyReport::Line> lines = kx::DailyReport::make(acc.Connection(), bookId, from, to).value();
     const QList<kx::DailyReport::Entry> month = kx::DailyReport::entries(acc.Connection(), {bookId}, from, to).value().value(bookId);
